@@ -1,0 +1,12 @@
+# Libraries behind the library's own small interfaces; none of them shows in a public header.
+find_package(PkgConfig REQUIRED)
+find_package(Python3 3.11 REQUIRED COMPONENTS Interpreter)
+find_package(Threads REQUIRED)
+find_package(ZLIB REQUIRED)
+pkg_check_modules(EXPAT REQUIRED IMPORTED_TARGET expat)
+pkg_check_modules(LIBZIP REQUIRED IMPORTED_TARGET libzip)
+pkg_check_modules(DEFLATE REQUIRED IMPORTED_TARGET libdeflate)
+pkg_check_modules(GCRYPT REQUIRED IMPORTED_TARGET libgcrypt)
+if(ODFMODEL_USER_DATA)
+  pkg_check_modules(GSF REQUIRED IMPORTED_TARGET libgsf-1)
+endif()

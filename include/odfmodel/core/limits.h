@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace ODF {
+
+/// Bounds against hostile input. Each default is far above what honest documents hold and far below what would
+/// hurt the host; a host may set its own before `Open`.
+struct Limits {
+    /// Deepest nesting of elements. Real documents stay below 100; lists and sections nest without a limit of
+    /// their own, so this is what bounds them.
+    unsigned depth = 4096;
+    /// Attributes of one element; the widest class lists 172.
+    unsigned attributes = 4096;
+    /// UTF-8 bytes of one stretch of character data or of one attribute value.
+    std::size_t textBytes = std::size_t{256} << 20;
+    /// Bytes of XML in one part.
+    std::uint64_t partBytes = std::uint64_t{4} << 30;
+    /// Members of one archive; the largest real one seen holds about 2,000, office suites go to some 10,000.
+    std::size_t members = 1'000'000;
+    /// Uncompressed bytes of one member and of all members together: a deflate bomb stops here.
+    std::uint64_t memberBytes = std::uint64_t{4} << 30;
+    std::uint64_t totalBytes = std::uint64_t{16} << 30;
+    /// Key derivation work that an encrypted package may ask for.
+    std::uint32_t pbkdf2Iterations = 10'000'000;
+    std::uint32_t argon2Iterations = 64;
+    std::uint32_t argon2Lanes = 64;
+    std::uint32_t argon2MemoryKiB = 1U << 20;
+    /// How much larger than the source an XML part may grow through entities, once it is past `entityFreeBytes`.
+    float entityAmplification = 100.0F;
+    std::uint64_t entityFreeBytes = std::uint64_t{8} << 20;
+};
+
+} // namespace ODF
