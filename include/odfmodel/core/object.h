@@ -1,0 +1,213 @@
+#pragma once
+
+#include <odfmodel/core/date_time.h>
+#include <odfmodel/core/string.h>
+#include <odfmodel/export.h>
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+class CSDAttribute;
+class CSDObject;
+class CSDSerializer;
+class ISDPart;
+
+namespace ODF {
+struct ClassDescriptor;
+class ObjectAccess;
+
+/// Id of a text run: an unnamed `CSDStringValueObject` between the element children of a paragraph, heading or span.
+inline constexpr unsigned kTextRunId = 0x800002CC;
+/// Id of a class outside this library that wants to be told its parent.
+inline constexpr unsigned kParentAwareId = 0x1F000001;
+/// Default id of `CSDCustomObject`.
+inline constexpr unsigned kCustomObjectId = 0xF0000000;
+} // namespace ODF
+
+/// Root of all element objects: one object stands for one XML element (or one text run) of a part.
+///
+/// An object belongs to the child list of its parent; the root of a tree belongs to its document. Pointers that the
+/// operations hand out are borrowed. Objects are told apart by their id, which each class has of its own.
+class ODFMODEL_API CSDObject {
+public:
+    CSDObject(const CSDObject&) = delete;
+    CSDObject& operator=(const CSDObject&) = delete;
+    virtual ~CSDObject();
+
+    /// Makes the class's child map known to this object. Both orders of a map stand ready, so `sortByName` changes
+    /// nothing; it stays for callers' own classes.
+    virtual void InitMap(bool sortByName);
+    /// Takes over `child`: gives it this object's root part and, unless `addToList` is 0, appends it to the children.
+    virtual void SetObject(CSDObject* child, int addToList);
+    /// Makes the child that is written under the qualified `name` (with its customary prefix), such as "text:p",
+    /// and hands it to `SetObject`. Null when this class has no such child. With `addToList` 0 the caller owns it.
+    virtual CSDObject* CreateObject(const unsigned short* name, int addToList);
+    /// The children in document order, owned by this object; null while there never was one.
+    virtual std::vector<CSDObject*>* GetObjectList() const;
+    /// The first child with that id, or null.
+    virtual CSDObject* GetObjectByID(unsigned id) const;
+    /// Fills `out` with every child of that id in order and returns their number.
+    virtual unsigned GetObjectListByID(unsigned id, std::vector<CSDObject*>& out) const;
+    /// True when there is at least one child.
+    virtual bool HasChildList() const;
+    /// The name under which `child` is written below this object; null for a text run.
+    virtual const unsigned short* FindObjectName(CSDObject* child);
+    /// Called by `SetObject` on a child with the id `kParentAwareId` alone.
+    virtual void SetParentObj(CSDObject* parent);
+    /// The element name that the object itself holds, or null.
+    virtual const unsigned short* GetElemName() const;
+    /// Writes the element under `name` through `serializer`. False when nothing could be written.
+    virtual bool WriteElement(const unsigned short* name, CSDSerializer* serializer, CSDAttribute* attributes);
+    /// Takes the attributes of the element's start tag.
+    virtual bool ReadAttribute(CSDAttribute* attributes);
+    /// Takes character content; `length` counts 16-bit units. False when the element has none and drops it.
+    virtual bool ReadNodeValue(const unsigned short* const text, unsigned length);
+    virtual bool IsMaintainObject();
+    /// A list of texts for the caller's own use; made empty on the first call, owned by this object.
+    virtual std::vector<CTulStringW>* GetMaintainElementList();
+    /// Frees the list held so far and takes `list` over.
+    virtual void SetMaintainElementList(std::vector<CTulStringW>* list);
+
+    CSDObject* CreateObject(std::u16string_view name, int addToList) {
+        return CreateObject(CTulStringW(name).c_str(), addToList);
+    }
+    CSDObject* CreateObject(std::string_view name, int addToList) {
+        return CreateObject(CTulStringW(name).c_str(), addToList);
+    }
+
+    /// The element id, fixed at construction.
+    unsigned GetID() const noexcept { return id_; }
+    /// The part whose tree holds this object, not owned; null until it is set.
+    ISDPart* GetRootpart() const noexcept { return rootPart_; }
+    void SetRootpart(ISDPart* part) noexcept { rootPart_ = part; }
+    /// Sets the part of this object and of everything below it.
+    void SetReNewRootPart(ISDPart* part);
+    /// A number for the caller's own use, 0 at first.
+    unsigned GetErrorCode() const noexcept;
+    void SetErrorCode(unsigned code);
+    /// A mark for the caller's own use, false at first.
+    bool GetIsFallback() const noexcept { return (flags_ & kFallback) != 0; }
+    void SetIsFallback(bool fallback) noexcept { setFlag(kFallback, fallback); }
+
+    /// Destroys `object` with everything below it; null is ignored.
+    static void Delete(CSDObject* object);
+
+protected:
+    explicit CSDObject(unsigned id) noexcept : id_(id) {}
+
+    /// The value of `key` in the enumeration `enumName`; 0 when the group of `id`, the enumeration or the key isn't
+    /// known.
+    static int _FindEnumValue(unsigned id, const unsigned short* enumName, const CTulStringW& key);
+    /// The key of `value`, or null when there is none.
+    static const unsigned short* _FindEnumKey(unsigned id, const unsigned short* enumName, int value);
+
+    /// The constant table of the object's class; null for a class that is no element class.
+    virtual const ODF::ClassDescriptor* Descriptor() const noexcept;
+
+    // Attribute values of the element classes, by the row of their table.
+    void ReleaseAttributes(const ODF::ClassDescriptor& table) noexcept;
+    bool HasAttribute(const ODF::ClassDescriptor& table, unsigned row) const noexcept;
+    bool GetAttribute(const ODF::ClassDescriptor& table, unsigned row, CTulStringW& out) const noexcept;
+    bool GetAttribute(const ODF::ClassDescriptor& table, unsigned row, bool& out) const noexcept;
+    bool GetAttribute(const ODF::ClassDescriptor& table, unsigned row, unsigned& out) const noexcept;
+    bool GetAttribute(const ODF::ClassDescriptor& table, unsigned row, int& out) const noexcept;
+    bool GetAttribute(const ODF::ClassDescriptor& table, unsigned row, double& out) const noexcept;
+    bool GetAttribute(const ODF::ClassDescriptor& table, unsigned row, float& out) const noexcept;
+    void SetAttribute(const ODF::ClassDescriptor& table, unsigned row, const CTulStringW& value);
+    void SetAttribute(const ODF::ClassDescriptor& table, unsigned row, bool value);
+    void SetAttribute(const ODF::ClassDescriptor& table, unsigned row, unsigned value);
+    void SetAttribute(const ODF::ClassDescriptor& table, unsigned row, int value);
+    void SetAttribute(const ODF::ClassDescriptor& table, unsigned row, double value);
+    void SetAttribute(const ODF::ClassDescriptor& table, unsigned row, float value);
+    /// True when both objects, of the class of `table`, agree in every attribute.
+    static bool SameAttributes(const ODF::ClassDescriptor& table, const CSDObject& a, const CSDObject& b) noexcept;
+
+    static constexpr std::uint32_t kFallback = 1;  ///< the caller's mark
+    static constexpr std::uint32_t kMapReady = 2;  ///< `InitMap` has run
+    static constexpr std::uint32_t kElement = 4;   ///< made by an element class: the table tells all of it
+    static constexpr std::uint32_t kExtended = 8;  ///< a `CSDExtObject`
+    static constexpr std::uint32_t kText = 16;     ///< a `CSDStringValueObject`
+    static constexpr std::uint32_t kRuns = 32;     ///< a `CSDMixedContentObject`
+    bool hasFlag(std::uint32_t flag) const noexcept { return (flags_ & flag) != 0; }
+    void setFlag(std::uint32_t flag, bool on) noexcept { flags_ = on ? flags_ | flag : flags_ & ~flag; }
+
+private:
+    friend class ODF::ObjectAccess;
+
+    unsigned id_;
+    std::uint32_t flags_ = 0;
+    ISDPart* rootPart_ = nullptr;
+    /// Presence bits and values of what is set, see attribute_slots.h; null while nothing is.
+    std::uint64_t* slots_ = nullptr;
+};
+
+/// An element object with children: the base of all element classes without character content.
+class ODFMODEL_API CSDExtObject : public CSDObject {
+public:
+    ~CSDExtObject() override;
+
+    using CSDObject::CreateObject;
+    void InitMap(bool sortByName) override;
+    void SetObject(CSDObject* child, int addToList) override;
+    CSDObject* CreateObject(const unsigned short* name, int addToList) override;
+    std::vector<CSDObject*>* GetObjectList() const override;
+    CSDObject* GetObjectByID(unsigned id) const override;
+    unsigned GetObjectListByID(unsigned id, std::vector<CSDObject*>& out) const override;
+    bool HasChildList() const override;
+    const unsigned short* FindObjectName(CSDObject* child) override;
+    bool WriteElement(const unsigned short* name, CSDSerializer* serializer, CSDAttribute* attributes) override;
+    bool ReadAttribute(CSDAttribute* attributes) override;
+
+    /// Number of children.
+    unsigned GetChildCount() const noexcept { return static_cast<unsigned>(children_.size()); }
+
+protected:
+    explicit CSDExtObject(unsigned id) noexcept : CSDObject(id) { setFlag(kExtended, true); }
+
+    /// Takes `child` over as `SetObject(child, 1)` does and returns it.
+    template<typename Child>
+    Child* Adopt(Child* child) {
+        SetObject(child, 1);
+        return child;
+    }
+    /// Adds the attributes of an element class to `attributes`, in its writing order.
+    void WriteAttributes(CSDAttribute* attributes) const;
+
+private:
+    friend class ODF::ObjectAccess;
+
+    mutable std::vector<CSDObject*> children_; // handed out by GetObjectList() const
+};
+
+/// An element object that holds its own element name: the base of the root elements.
+class ODFMODEL_API CSDNamedObject : public CSDExtObject {
+public:
+    ~CSDNamedObject() override;
+
+    /// The element name, empty until it is set; never null.
+    const unsigned short* GetElemName() const override;
+    void SetElemName(const unsigned short* name);
+    void SetElemName(std::u16string_view name) { elemName_ = CTulStringW(name); }
+    void SetElemName(std::string_view name) { elemName_ = CTulStringW(name); }
+
+protected:
+    explicit CSDNamedObject(unsigned id) noexcept : CSDExtObject(id) {}
+
+private:
+    CTulStringW elemName_;
+};
+
+/// A named object that reads and writes nothing; a base for callers' own classes.
+class ODFMODEL_API CSDCustomObject : public CSDNamedObject {
+public:
+    ~CSDCustomObject() override;
+
+    using CSDNamedObject::CreateObject;
+    CSDObject* CreateObject(const unsigned short* name, int addToList) override;
+    bool ReadAttribute(CSDAttribute* attributes) override;
+    bool WriteElement(const unsigned short* name, CSDSerializer* serializer, CSDAttribute* attributes) override;
+
+protected:
+    explicit CSDCustomObject(unsigned id = ODF::kCustomObjectId) noexcept : CSDNamedObject(id) {}
+};

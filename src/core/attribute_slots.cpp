@@ -1,0 +1,46 @@
+#include "core/attribute_slots.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace ODF {
+namespace {
+
+unsigned Count(const std::uint64_t* block, unsigned words) noexcept {
+    unsigned count = 0;
+    for (unsigned word = 0; word < words; ++word) count += static_cast<unsigned>(std::popcount(block[word]));
+    return count;
+}
+
+} // namespace
+
+// The blocks come from malloc, because growing one in place by a slot is what realloc is good at.
+
+std::uint64_t* AttributeSlots::require(std::uint64_t*& block, unsigned words, unsigned row) {
+    if (std::uint64_t* const slot = find(block, words, row)) return slot;
+    const unsigned count = block ? Count(block, words) : 0;
+    auto* const grown =
+        static_cast<std::uint64_t*>(std::realloc(block, (words + count + 1U) * sizeof(std::uint64_t)));
+    if (!grown) throw std::bad_alloc();
+    if (!block) std::memset(grown, 0, words * sizeof(std::uint64_t));
+    block = grown;
+    const unsigned at = rank(block, row);
+    std::uint64_t* const slot = block + words + at;
+    std::memmove(slot + 1, slot, (count - at) * sizeof(std::uint64_t));
+    *slot = 0;
+    block[row / 64] |= std::uint64_t{1} << (row % 64);
+    return slot;
+}
+
+std::uint64_t* AttributeSlots::make(unsigned words, const std::uint16_t* rows, unsigned count) {
+    auto* const block = static_cast<std::uint64_t*>(std::calloc(words + count, sizeof(std::uint64_t)));
+    if (!block) throw std::bad_alloc();
+    for (unsigned i = 0; i < count; ++i) block[rows[i] / 64] |= std::uint64_t{1} << (rows[i] % 64);
+    return block;
+}
+
+void AttributeSlots::release(std::uint64_t* block) noexcept {
+    std::free(block);
+}
+
+} // namespace ODF

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "core/namespaces.h"
+
+#include <odfmodel/core/object.h>
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace ODF {
+
+/// How a value looks as text, see codecs.h.
+enum class ValueKind : std::uint8_t { String, Bool, BoolWord, Unsigned, Signed, Double, Float, Enumeration };
+
+/// One enumeration: its keys in value order from 0, and the values in the order of their keys.
+struct EnumerationTable {
+    const char16_t* typeName;
+    const char16_t* const* keys;
+    const std::uint16_t* byKey;
+    std::uint16_t count;
+
+    /// The value of `key`, or -1. Keys are compared exactly.
+    int find(std::u16string_view key) const noexcept;
+    int find(std::string_view key) const noexcept;
+    /// The key of `value`, or null.
+    const char16_t* key(int value) const noexcept {
+        return value >= 0 && value < count ? keys[value] : nullptr;
+    }
+};
+
+/// One attribute of a class.
+struct AttributeRow {
+    enum Flag : std::uint8_t {
+        kOptional = 1,    ///< absent until it is set or read; a required one is written always
+        kNonEmpty = 2,    ///< a required text that is written only when it isn't empty
+        kFirstFont = 4,   ///< only what stands before the first comma is kept
+        kNonNegative = 8, ///< a text that begins with "-" leaves the attribute absent
+    };
+
+    const char* name; ///< qualified, with the customary prefix
+    const char16_t* localName;
+    const EnumerationTable* enumeration; ///< for enumerations, else null
+    std::uint32_t defaultValue;          ///< of a required number, bool or enumeration
+    std::uint16_t nameLength;
+    NamespaceIndex nameSpace;
+    ValueKind kind;
+    std::uint8_t flags;
+
+    bool has(Flag flag) const noexcept { return (flags & flag) != 0; }
+    std::string_view qualifiedName() const noexcept { return {name, nameLength}; }
+    std::string_view local() const noexcept {
+        const std::size_t prefix = Namespace(nameSpace).prefix.size();
+        return prefix ? qualifiedName().substr(prefix + 1) : qualifiedName();
+    }
+};
+
+/// One child that a class may have.
+struct ChildRow {
+    unsigned id;
+    const char16_t* name;
+    const char* utf8Name;
+    CSDObject* (*create)(unsigned id);
+};
+
+/// The children of a class, shared by all classes with the same list, in table order and both search orders.
+struct ChildMap {
+    const ChildRow* rows;
+    const std::uint16_t* byName;
+    const std::uint16_t* byId;
+    std::uint16_t count;
+
+    const ChildRow* find(std::u16string_view name) const noexcept;
+    const ChildRow* find(std::string_view name) const noexcept;
+    /// The first row, in table order, with that id.
+    const ChildRow* find(unsigned id) const noexcept;
+};
+
+/// The constant table of one element class. Nothing in it changes, so documents on different threads share it.
+struct ClassDescriptor {
+    const char* className;
+    const char* elementName;
+    const char16_t* elementName16;
+    unsigned id;
+    const AttributeRow* attributes;
+    const std::uint16_t* byName;     ///< rows by namespace and local name
+    const std::uint16_t* writeOrder; ///< null for table order
+    const ChildMap* children;        ///< null for a class without children
+    CSDObject* (*create)(unsigned id);
+    std::uint16_t attributeCount;
+    bool inMaps; ///< false for a class that no child map lists
+
+    std::span<const AttributeRow> rows() const noexcept { return {attributes, attributeCount}; }
+    /// Row of the attribute, or -1.
+    int findAttribute(NamespaceIndex nameSpace, std::string_view localName) const noexcept;
+    /// Words of presence bits in front of the values; one bit more than attributes, for the rarely used extras.
+    unsigned words() const noexcept { return attributeCount / 64U + 1U; }
+};
+
+/// Every enumeration, in the order of the type names, and every class, in the order of the ids. The element tables
+/// define them; the core only names them.
+std::span<const EnumerationTable* const> Enumerations() noexcept;
+std::span<const ClassDescriptor* const> Classes() noexcept;
+
+} // namespace ODF
