@@ -11,8 +11,8 @@
 #include <utility>
 #include <vector>
 
-/// Files and folders. No function throws for what the system refuses (only for want of memory), and none follows a
-/// symbolic link unless it says so.
+/// Files and folders. No function throws for what the system refuses (only for want of memory), and none
+/// follows a symbolic link unless it says so.
 namespace ODF::platform {
 
 enum class FileKind { None, File, Folder, Link, Other };
@@ -50,8 +50,8 @@ bool RemoveFile(const Path& path);
 bool RemoveTree(const Path& folder);
 
 /// Calls `visit` for everything below `folder`, in the binary order of names, a folder before what it holds.
-/// `relative` has `/` between folders. The walk ends early when `visit` gives false. False when `folder` can't be
-/// read. Links are reported as such and never entered.
+/// `relative` has `/` between folders. The walk ends early when `visit` gives false. False when `folder`
+/// can't be read. Links are reported as such and never entered.
 using WalkVisitor = std::function<bool(const std::string& relative, FileKind kind)>;
 bool Walk(const Path& folder, const WalkVisitor& visit);
 
@@ -126,8 +126,8 @@ private:
     bool isOpen_ = false;
 };
 
-/// Creates files and folders strictly below one folder: every step is opened relative to the one before and no
-/// link is followed, so that nothing ends outside whatever lies in the folder.
+/// Creates files and folders strictly below one folder: every step is opened relative to the one before and
+/// no link is followed, so that nothing ends outside whatever lies in the folder.
 class FolderWriter {
 public:
     FolderWriter() noexcept = default;
@@ -137,8 +137,8 @@ public:
 
     bool open(const Path& folder);
     void close() noexcept;
-    /// Creates the file `steps`, the last being its name, with missing folders (mode 0700). What stands in its
-    /// place is replaced, unless it is a folder. An `OutputFile` that isn't open tells of failure.
+    /// Creates the file `steps`, the last being its name, with missing folders (mode 0700). What stands in
+    /// its place is replaced, unless it is a folder. An `OutputFile` that isn't open tells of failure.
     OutputFile createFile(std::span<const std::string> steps);
     /// Creates the folder `steps`; true also when it is there already.
     bool createFolder(std::span<const std::string> steps);
@@ -153,8 +153,8 @@ inline constexpr std::size_t kLongestName = 255;
 /// The longest path that the system takes, in bytes of UTF-8 with the terminator.
 inline constexpr std::size_t kLongestPath = 4096;
 
-/// Where a file that replaces `target` belongs: `target` with links at its end followed, so that the file behind a
-/// link is replaced and not the link.
+/// Where a file that replaces `target` belongs: `target` with links at its end followed, so that the file
+/// behind a link is replaced and not the link.
 Path ResolveLinks(const Path& target);
 
 } // namespace ODF::platform

@@ -17,8 +17,8 @@ public:
     Module& operator=(Module&& other) noexcept;
     ~Module() { unload(); }
 
-    /// Loads the module at `path`, or by its bare name along the system's own search path; all its symbols are
-    /// bound at once. On failure the object is empty and `error` tells why.
+    /// Loads the module at `path`, or by its bare name along the system's own search path; all its symbols
+    /// are bound at once. On failure the object is empty and `error` tells why.
     bool load(const Path& path);
     void unload() noexcept;
     bool isLoaded() const noexcept { return handle_ != nullptr; }

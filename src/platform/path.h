@@ -8,17 +8,17 @@
 
 namespace ODF::platform {
 
-/// A file name on its way to the system: UTF-8 with `/` between folders. A name that comes from outside is taken
-/// as it stands; only `operator/`, which builds the library's own paths, reads `\` as a separator too.
+/// A file name on its way to the system: UTF-8 with `/` between folders. A name that comes from outside is
+/// taken as it stands; only `operator/`, which builds the library's own paths, reads `\` as a separator too.
 class Path {
 public:
     Path() = default;
-    Path(const unsigned short* text) : utf8_(ToUtf8(text)) {}      // NOLINT(google-explicit-constructor)
-    Path(std::u16string_view text) : utf8_(ToUtf8(text)) {}        // NOLINT(google-explicit-constructor)
-    Path(const CTulStringW& text) : utf8_(ToUtf8(text.view())) {}  // NOLINT(google-explicit-constructor)
-    Path(std::string utf8) noexcept : utf8_(std::move(utf8)) {}    // NOLINT(google-explicit-constructor)
-    Path(std::string_view utf8) : utf8_(utf8) {}                   // NOLINT(google-explicit-constructor)
-    Path(const char* utf8) : utf8_(utf8 ? utf8 : "") {}            // NOLINT(google-explicit-constructor)
+    Path(const unsigned short* text) : utf8_(ToUtf8(text)) {}     // NOLINT(google-explicit-constructor)
+    Path(std::u16string_view text) : utf8_(ToUtf8(text)) {}       // NOLINT(google-explicit-constructor)
+    Path(const CTulStringW& text) : utf8_(ToUtf8(text.view())) {} // NOLINT(google-explicit-constructor)
+    Path(std::string utf8) noexcept : utf8_(std::move(utf8)) {}   // NOLINT(google-explicit-constructor)
+    Path(std::string_view utf8) : utf8_(utf8) {}                  // NOLINT(google-explicit-constructor)
+    Path(const char* utf8) : utf8_(utf8 ? utf8 : "") {}           // NOLINT(google-explicit-constructor)
 
     bool empty() const noexcept { return utf8_.empty(); }
     const std::string& utf8() const noexcept { return utf8_; }

@@ -7,8 +7,9 @@
 
 namespace ODF {
 
-/// Memory that is named by a handle, so that it can be passed around and viewed more than once: the target and source
-/// of the archive operations with `LargeMemory` in their name. An object owns its handle and its view.
+/// Memory that is named by a handle, so that it can be passed around and viewed more than once: the target
+/// and source of the archive operations with `LargeMemory` in their name. An object owns its handle and its
+/// view.
 class ODFMODEL_API MemoryMapping {
 public:
     MemoryMapping() noexcept = default;

@@ -1,0 +1,62 @@
+#include "platform/clock.h"
+
+#include <odfmodel/core/date_time.h>
+
+#include <chrono>
+#include <ctime>
+
+namespace ODF::platform {
+
+namespace {
+
+SYSTEMTIME ToSystemTime(const std::tm& time, std::int64_t milliseconds) noexcept {
+    const auto narrow = [](auto number) { return static_cast<unsigned short>(number); };
+    SYSTEMTIME result{};
+    result.wYear = narrow(time.tm_year + 1900);
+    result.wMonth = narrow(time.tm_mon + 1);
+    result.wDayOfWeek = narrow(time.tm_wday);
+    result.wDay = narrow(time.tm_mday);
+    result.wHour = narrow(time.tm_hour);
+    result.wMinute = narrow(time.tm_min);
+    result.wSecond = narrow(time.tm_sec);
+    result.wMilliseconds = narrow(milliseconds);
+    return result;
+}
+
+SYSTEMTIME Convert(std::int64_t milliseconds, bool isLocal) noexcept {
+    std::int64_t fraction = milliseconds % 1000;
+    if (fraction < 0) fraction += 1000;
+    const auto seconds = static_cast<std::time_t>((milliseconds - fraction) / 1000);
+    std::tm time{};
+    if (!(isLocal ? localtime_r(&seconds, &time) : gmtime_r(&seconds, &time))) return {};
+    return ToSystemTime(time, fraction);
+}
+
+std::int64_t MillisecondsNow() noexcept {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+}
+
+} // namespace
+
+SYSTEMTIME UtcNow() {
+    return Convert(MillisecondsNow(), false);
+}
+
+SYSTEMTIME LocalNow() {
+    return Convert(MillisecondsNow(), true);
+}
+
+std::int64_t SecondsNow() {
+    return MillisecondsNow() / 1000;
+}
+
+SYSTEMTIME UtcTime(std::int64_t seconds) {
+    return Convert(seconds * 1000, false);
+}
+
+SYSTEMTIME LocalTime(std::int64_t seconds) {
+    return Convert(seconds * 1000, true);
+}
+
+} // namespace ODF::platform

@@ -1,0 +1,48 @@
+#include "platform/posix/system_call.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+namespace ODF::platform::posix {
+
+namespace {
+// Linux moves at most this much in one call.
+constexpr std::size_t kLargestPiece = std::size_t{1} << 30;
+} // namespace
+
+bool WriteAll(int descriptor, const void* data, std::size_t byteCount) noexcept {
+    const auto* bytes = static_cast<const unsigned char*>(data);
+    while (byteCount > 0) {
+        const ssize_t count =
+            Retry([&] { return ::write(descriptor, bytes, std::min(byteCount, kLargestPiece)); });
+        if (count <= 0) return false;
+        bytes += count;
+        byteCount -= static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+std::ptrdiff_t ReadAllAt(int descriptor, std::uint64_t offset, void* buffer, std::size_t byteCount) noexcept {
+    auto* bytes = static_cast<unsigned char*>(buffer);
+    std::size_t done = 0;
+    while (done < byteCount) {
+        const ssize_t count = Retry([&] {
+            return ::pread(descriptor, bytes + done, std::min(byteCount - done, kLargestPiece),
+                           static_cast<off_t>(offset + done));
+        });
+        if (count < 0) return -1;
+        if (count == 0) break;
+        done += static_cast<std::size_t>(count);
+    }
+    return static_cast<std::ptrdiff_t>(done);
+}
+
+std::int64_t RegularSize(int descriptor) noexcept {
+    struct stat status {};
+    if (descriptor < 0 || fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) return -1;
+    return status.st_size;
+}
+
+} // namespace ODF::platform::posix
