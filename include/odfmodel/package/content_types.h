@@ -10,19 +10,23 @@ class CSDSerializer;
 
 namespace SDPackage {
 
-/// The content type registry of an Open Packaging package. Part names and extensions are matched exactly unless an
-/// operation says otherwise. A null text counts as an empty one; returned texts live until their entry goes.
+/// The content type registry of an Open Packaging package. Part names and extensions are matched exactly
+/// unless an operation says otherwise. A null text counts as an empty one; returned texts live until their
+/// entry goes.
 class ODFMODEL_API IContentTypes {
 public:
     IContentTypes() = default;
     IContentTypes(const IContentTypes&) = delete;
     IContentTypes& operator=(const IContentTypes&) = delete;
 
-    /// The part name of the first override, in binary order, with that content type, ignoring case; null when none.
+    /// The part name of the first override, in binary order, with that content type, ignoring case; null when
+    /// none.
     virtual const unsigned short* FindPartName(const unsigned short* contentType);
-    /// The content type of a part that was reached by a relationship of that type (null for none): its override,
-    /// else for XML the type that belongs to the relationship, else the default of its extension; null when none.
-    virtual const unsigned short* GetContentType(const unsigned short* partName, const unsigned short* relationType);
+    /// The content type of a part that was reached by a relationship of that type (null for none): its
+    /// override, else for XML the type that belongs to the relationship, else the default of its extension;
+    /// null when none.
+    virtual const unsigned short* GetContentType(const unsigned short* partName,
+                                                 const unsigned short* relationType);
     /// 1 for an override whose name ends in .bin, ignoring case, else 0.
     virtual int GetKind(const unsigned short* partName);
     /// Adds an entry; one that is there already stays as it is.
@@ -35,7 +39,9 @@ public:
     virtual int RemoveOverride(const unsigned short* partName);
     virtual ~IContentTypes();
 
-    const unsigned short* FindPartName(const PlainText auto& type) { return FindPartName(CTulStringW(type).c_str()); }
+    const unsigned short* FindPartName(const PlainText auto& type) {
+        return FindPartName(CTulStringW(type).c_str());
+    }
     const unsigned short* GetContentType(const PlainText auto& name, const unsigned short* relationType) {
         return GetContentType(CTulStringW(name).c_str(), relationType);
     }
@@ -69,7 +75,8 @@ public:
     using IContentTypes::GetContentType;
     using IContentTypes::GetKind;
 
-    const unsigned short* GetContentType(const unsigned short* partName, const unsigned short* relationType) override;
+    const unsigned short* GetContentType(const unsigned short* partName,
+                                         const unsigned short* relationType) override;
     /// 1 for every name that holds ".bin", else as in the base.
     int GetKind(const unsigned short* partName) override;
 };

@@ -8,8 +8,8 @@
 
 #include <vector>
 
-/// Content handlers for the index members of a package. What they can't use they pass over. None owns what it is
-/// given.
+/// Content handlers for the index members of a package. What they can't use they pass over. None owns what it
+/// is given.
 namespace SDPackage {
 
 class IPackage;

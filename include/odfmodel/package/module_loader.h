@@ -5,8 +5,8 @@
 #include <odfmodel/package/text.h>
 
 #include <functional>
-#include <initializer_list>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace SDPackage {
@@ -20,13 +20,14 @@ struct DelayLoadInfo {
 /// Notices of `ModuleLoader`.
 enum DelayLoadCode : unsigned { DelayLoadPreLoad = 1, DelayLoadFailed = 3 };
 
-/// Finds and loads modules: first in the Common path, the folder that holds the shared modules of an installation, then
-/// along the system's own search path. Failures go to a log file, one a day, and to the host. All state belongs to the
-/// object; nothing happens until it is asked.
+/// Finds and loads modules: first in the Common path, the folder that holds the shared modules of an
+/// installation, then along the system's own search path. Failures go to a log file, one a day, and to the
+/// host. All state belongs to the object; nothing happens until it is asked.
 ///
-/// The Common path is the first of the executable's folder, "Bin" below it and "Bin" below its three ancestors that
-/// holds the marker file, else the machine setting "Common Path" of `Software\TUL\Shared\Common9.6`. The log lies in
-/// "TUL/User/" below the folder that the environment variable APPDATA names, else in "Tul/" below $XDG_STATE_HOME or
+/// The Common path is the first of the executable's folder, "Bin" below it and "Bin" below its three
+/// ancestors that holds the marker file, else the machine setting "Common Path" of
+/// `Software\TUL\Shared\Common9.6`. The log lies in "TUL/User/" below the folder that the environment
+/// variable APPDATA names, else in "Tul/" below $XDG_STATE_HOME or
 /// ~/.local/state.
 class ODFMODEL_API ModuleLoader {
 public:
@@ -40,8 +41,8 @@ public:
     /// Releases the modules that it loaded.
     ~ModuleLoader();
 
-    /// Adds one record to the log of the day: "[hh:mm:ss]" in local time and the message, which brings its own line
-    /// end. Any failure passes in silence.
+    /// Adds one record to the log of the day: "[hh:mm:ss]" in local time and the message, which brings its
+    /// own line end. Any failure passes in silence.
     template<typename... Arguments>
     void WriteDiagnosticLog(std::u16string_view format, const Arguments&... arguments) {
         CTulStringW text;
@@ -56,15 +57,15 @@ public:
         ShowMessage(text);
     }
 
-    /// Finds the Common path. `out` is a buffer of 260 units with the terminator; it is untouched when the result is
-    /// false, and the user has been told then. The path isn't folded.
+    /// Finds the Common path. `out` is a buffer of 260 units with the terminator; it is untouched when the
+    /// result is false, and the user has been told then. The path isn't folded.
     bool FindCommonPath(unsigned short* out);
     bool FindCommonPath(CTulStringW& out);
-    /// Puts the Common path at the head of the process's PATH. As it changes the environment, it may not run beside
-    /// threads that read it.
+    /// Puts the Common path at the head of the process's PATH. As it changes the environment, it may not run
+    /// beside threads that read it.
     void InsertCommonPath();
-    /// For the notice `DelayLoadPreLoad`: loads the module, from the Common path when `InsertCommonPath` has run. A
-    /// module handle, which this object releases, or null.
+    /// For the notice `DelayLoadPreLoad`: loads the module, from the Common path when `InsertCommonPath` has
+    /// run. A module handle, which this object releases, or null.
     void* OnDelayLoadNotify(unsigned code, const DelayLoadInfo* info);
     /// For the notice `DelayLoadFailed`: logs the failure and tells the user. Null in any case.
     void* OnDelayLoadFailure(unsigned code, const DelayLoadInfo* info);

@@ -27,12 +27,14 @@ namespace SDPackage {
 
 class CManifestHandler;
 
-/// One document file on disk: a zip archive with an index that tells what its members are. It turns the archive into
-/// a tree of part records with their types and links, and writes such a tree back. It knows nothing of elements.
+/// One document file on disk: a zip archive with an index that tells what its members are. It turns the
+/// archive into a tree of part records with their types and links, and writes such a tree back. It knows
+/// nothing of elements.
 ///
-/// `int` results are non-zero for success; why something failed stands in the diagnostics. A package belongs to one
-/// thread at a time, different packages never meet. Pointers handed out are borrowed unless an operation says
-/// otherwise; the ones to parts, relationships and the registry live until the package is opened anew or goes.
+/// `int` results are non-zero for success; why something failed stands in the diagnostics. A package belongs
+/// to one thread at a time, different packages never meet. Pointers handed out are borrowed unless an
+/// operation says otherwise; the ones to parts, relationships and the registry live until the package is
+/// opened anew or goes.
 class ODFMODEL_API IPackage {
 public:
     using DocumentType = sd::SDDocType::DocumentType;
@@ -42,18 +44,21 @@ public:
     IPackage(const IPackage&) = delete;
     IPackage& operator=(const IPackage&) = delete;
 
-    /// Opens the package file at `path`. `folder` is where the members are extracted, null for a new temporary folder;
-    /// with `keepCompressed` they stay in the archive. `unzip` is the reader to use, which the package takes over in any
-    /// case, or null for a plain one. Non-zero when the index was read.
-    virtual int Open(const unsigned short* path, const unsigned short* folder, int keepCompressed, CSDUnZip* unzip);
-    /// Opens an Open Packaging archive in memory, which stays the caller's and must outlive the package or its next
-    /// open. `name` tells the type by its extension when a readable file stands there; `folder` is where the members
-    /// are extracted, null for nowhere.
-    virtual int OpenMemory(void* data, unsigned size, const unsigned short* name, const unsigned short* folder);
+    /// Opens the package file at `path`. `folder` is where the members are extracted, null for a new
+    /// temporary folder; with `keepCompressed` they stay in the archive. `unzip` is the reader to use, which
+    /// the package takes over in any case, or null for a plain one. Non-zero when the index was read.
+    virtual int Open(const unsigned short* path, const unsigned short* folder, int keepCompressed,
+                     CSDUnZip* unzip);
+    /// Opens an Open Packaging archive in memory, which stays the caller's and must outlive the package or
+    /// its next open. `name` tells the type by its extension when a readable file stands there; `folder` is
+    /// where the members are extracted, null for nowhere.
+    virtual int OpenMemory(void* data, unsigned size, const unsigned short* name,
+                           const unsigned short* folder);
     /// Opens the extracted members in `folder`, which outlives the package. `type` 0 is found out.
     virtual int OpenFolder(const unsigned short* folder, DocumentType type);
-    /// Writes the index into `folder`, null for the root part's local path, and all parts into a new archive at `path`.
-    /// With `packed` members of media types are stored. The target is replaced only by a complete archive.
+    /// Writes the index into `folder`, null for the root part's local path, and all parts into a new archive
+    /// at `path`. With `packed` members of media types are stored. The target is replaced only by a complete
+    /// archive.
     virtual int Save(const unsigned short* path, const unsigned short* folder, int packed);
 
     /// The record of the user data member; never null.
@@ -65,14 +70,16 @@ public:
     virtual int ExportUserData(UserDataPart* part, int fromStorage);
     /// Extracts the user data member and lets the module take it in.
     virtual int ImportUserData(UserDataPart* part, CSDUnZip* unzip);
-    /// Makes a copy of the archive whose user data member is written anew; `outPath` is its name, the caller's to delete.
+    /// Makes a copy of the archive whose user data member is written anew; `outPath` is its name, the
+    /// caller's to delete.
     virtual int RepackUserData(UserDataPart* part, CSDUnZip* unzip, CTulStringW& outPath);
     virtual void SetUserDataPath(const unsigned short* path);
     virtual const unsigned short* GetUserDataPath();
     virtual int HasUserDataModule();
     /// Turns the package file at `path` into the form of the user data module; it stays as it was on failure.
     virtual int ConvertUserDataFile(const unsigned short* path);
-    /// The same for an archive in memory or in a mapping; `out` receives the new archive and belongs to the caller.
+    /// The same for an archive in memory or in a mapping; `out` receives the new archive and belongs to the
+    /// caller.
     virtual int ConvertUserDataMemory(void* data, unsigned size, MemoryArchive* out);
     virtual int ConvertUserDataLargeMemory(void* mapping, unsigned size, MemoryArchive* out);
     virtual int ExchangeStorage(const unsigned short* path, int toModule, int create);
@@ -88,8 +95,8 @@ public:
     /// The record that stands for the package itself; never null.
     virtual IPart* GetRootPart();
     virtual DocumentType GetDocType();
-    /// The type by extension, else by the content of the package at `path`; 0 when unknown. The archive of a package
-    /// that is open is closed.
+    /// The type by extension, else by the content of the package at `path`; 0 when unknown. The archive of a
+    /// package that is open is closed.
     virtual DocumentType DetectDocumentType(const unsigned short* path);
     virtual void SetDocType(DocumentType type);
     virtual void AddMainDocumentType(DocumentType type);
@@ -100,26 +107,26 @@ public:
     virtual IRelationships* GetRelationships(const unsigned short* sourceName);
     /// A new empty part, owned by the caller until `AddPart`.
     virtual IPart* CreatePart();
-    /// Takes `part` over and enters it under its package path. A part that stands under that path already stays there,
-    /// and the new one is only owned. Answers `part`.
+    /// Takes `part` over and enters it under its package path. A part that stands under that path already
+    /// stays there, and the new one is only owned. Answers `part`.
     virtual IPart* AddPart(IPart* part);
     /// The first part with that mode and local path, ignoring case; null when none.
     virtual IPart* FindPartByLocalPath(const unsigned short* localPath, TargetMode mode);
     /// The part of that package path, ignoring case; null when none.
     virtual IPart* GetPart(const unsigned short* packagePath);
 
-    /// Reads `[Content_Types].xml` of an archive into the registry and into the two maps, which may be null, and takes
-    /// the document type from it. The archive of a package that is open is closed.
+    /// Reads `[Content_Types].xml` of an archive into the registry and into the two maps, which may be null,
+    /// and takes the document type from it. The archive of a package that is open is closed.
     virtual int ReadContentTypes(void* data, unsigned size, Map* overrides, Map* defaults);
     virtual int ReadContentTypes(const unsigned short* path, Map* overrides, Map* defaults);
     virtual int ReadContentTypesLargeMemory(void* mapping, unsigned size, Map* overrides, Map* defaults);
 
-    // Saving a plan. A failed member ends the operation with 0 and leaves a target file as it was. The "Save" forms
-    // bind the package to the new archive, the "Write" forms leave it on the old one. In the memory forms `size` is the
-    // capacity on entry; `reserved` isn't read.
+    // Saving a plan. A failed member ends the operation with 0 and leaves a target file as it was. The "Save"
+    // forms bind the package to the new archive, the "Write" forms leave it on the old one. In the memory
+    // forms `size` is the capacity on entry; `reserved` isn't read.
 
-    /// With `keepSource` the package stays on the old archive and the result is 1 even when the target can't be
-    /// replaced, which then is as it was (the diagnostics tell).
+    /// With `keepSource` the package stays on the old archive and the result is 1 even when the target can't
+    /// be replaced, which then is as it was (the diagnostics tell).
     virtual int SaveItems(const unsigned short* path, ZipItemVector* items, int keepSource);
     /// Closes the open archive and writes `files` to `path`. A file that can't be read is left out and noted.
     virtual int RepackFromFiles(const unsigned short* path, FileMap* files);
@@ -131,8 +138,8 @@ public:
     virtual int WriteItemsToMemory(void* buffer, int* size, unsigned reserved, ZipItemVector* items);
     virtual int WriteItemsToLargeMemory(void* mapping, int* size, unsigned reserved, ZipItemVector* items);
 
-    /// Extracts member `index` of the open archive to a file, or copies it into `buffer`: `size` is the capacity on
-    /// entry and the byte count after it.
+    /// Extracts member `index` of the open archive to a file, or copies it into `buffer`: `size` is the
+    /// capacity on entry and the byte count after it.
     virtual int ExtractItem(int index, const unsigned short* path);
     virtual int GetItem(int index, unsigned char* buffer, long* size);
     /// Reads one `.rels` member of the open archive.
@@ -149,7 +156,8 @@ public:
     /// A caller's open archive: while it is set, `Save` puts the index members there and makes no archive.
     virtual CSDZip* GetExternalZip();
     virtual void SetExternalZip(CSDZip* zip);
-    /// The caller's memory for one index member at a time while an external archive is set, and its size in bytes.
+    /// The caller's memory for one index member at a time while an external archive is set, and its size in
+    /// bytes.
     virtual void* GetScratchBuffer();
     virtual void SetScratchBuffer(void* buffer);
     virtual int GetScratchSize();
@@ -159,14 +167,14 @@ public:
 
     // Temporary storage.
 
-    /// Takes `folder`, in which "%20" and "%22" stand for a blank and `"`, or for null a new empty folder that only this
-    /// user can enter. 0 when there is no temporary directory. The folder goes with the package, unless it held
-    /// something when it was taken.
+    /// Takes `folder`, in which "%20" and "%22" stand for a blank and `"`, or for null a new empty folder
+    /// that only this user can enter. 0 when there is no temporary directory. The folder goes with the
+    /// package, unless it held something when it was taken.
     int SetTempFolder(const unsigned short* folder);
     const unsigned short* GetTempFolder() const;
-    /// Notes all files of a folder, or one file, as those that this package relies on. Nothing keeps another process
-    /// from deleting an open file here, and a handle for each of thousands of members would use up the process's
-    /// supply, so that names are all that is kept.
+    /// Notes all files of a folder, or one file, as those that this package relies on. Nothing keeps another
+    /// process from deleting an open file here, and a handle for each of thousands of members would use up
+    /// the process's supply, so that names are all that is kept.
     void LockFiles(const unsigned short* pattern);
     void UnlockFiles();
     const std::vector<CTulStringW>& GetLockedFiles() const;
@@ -188,14 +196,15 @@ public:
     /// True when a member of that media type or extension is stored by a save with `packed`.
     bool IsMediaFile(const unsigned short* path) const;
 
-    /// Where the reasons of failures are noted; not owned, null for nowhere. Handed on to the archive and the readers.
+    /// Where the reasons of failures are noted; not owned, null for nowhere. Handed on to the archive and the
+    /// readers.
     void SetDiagnostics(ODF::Diagnostics* diagnostics);
     ODF::Diagnostics* GetDiagnostics() const;
     /// The bounds of the following opens.
     void SetLimits(const ODF::Limits& limits);
     const ODF::Limits& GetLimits() const;
-    /// Called once for each member during saves and after each read of a member, so that the host can go on with its
-    /// work; must return quickly. Empty for none.
+    /// Called once for each member during saves and after each read of a member, so that the host can go on
+    /// with its work; must return quickly. Empty for none.
     void SetHostTurn(std::function<void()> turn);
 
     // The same operations for literals, strings and views; an omitted folder stands for null.
@@ -216,12 +225,16 @@ public:
     int OpenFolder(const PlainText auto& folder, DocumentType type = sd::SDDocType::DocTypeUnknown) {
         return OpenFolder(CTulStringW(folder).c_str(), type);
     }
-    int Save(const PlainText auto& path, int packed = 0) { return Save(CTulStringW(path).c_str(), nullptr, packed); }
+    int Save(const PlainText auto& path, int packed = 0) {
+        return Save(CTulStringW(path).c_str(), nullptr, packed);
+    }
     int Save(const PlainText auto& path, const PlainText auto& folder, int packed = 0) {
         return Save(CTulStringW(path).c_str(), CTulStringW(folder).c_str(), packed);
     }
     void SetUserDataPath(const PlainText auto& path) { SetUserDataPath(CTulStringW(path).c_str()); }
-    int ConvertUserDataFile(const PlainText auto& path) { return ConvertUserDataFile(CTulStringW(path).c_str()); }
+    int ConvertUserDataFile(const PlainText auto& path) {
+        return ConvertUserDataFile(CTulStringW(path).c_str());
+    }
     int ExchangeStorage(const PlainText auto& path, int toModule, int create) {
         return ExchangeStorage(CTulStringW(path).c_str(), toModule, create);
     }
@@ -250,7 +263,9 @@ public:
     int WriteItems(const PlainText auto& path, ZipItemVector* items) {
         return WriteItems(CTulStringW(path).c_str(), items);
     }
-    int ExtractItem(int index, const PlainText auto& path) { return ExtractItem(index, CTulStringW(path).c_str()); }
+    int ExtractItem(int index, const PlainText auto& path) {
+        return ExtractItem(index, CTulStringW(path).c_str());
+    }
     int ReadRelationships(const PlainText auto& itemName, RelationshipVector* out) {
         return ReadRelationships(CTulStringW(itemName).c_str(), out);
     }
@@ -265,7 +280,9 @@ public:
     }
     int SetTempFolder(const PlainText auto& folder) { return SetTempFolder(CTulStringW(folder).c_str()); }
     void LockFiles(const PlainText auto& pattern) { LockFiles(CTulStringW(pattern).c_str()); }
-    static void DeleteFolderTree(const PlainText auto& pattern) { DeleteFolderTree(CTulStringW(pattern).c_str()); }
+    static void DeleteFolderTree(const PlainText auto& pattern) {
+        DeleteFolderTree(CTulStringW(pattern).c_str());
+    }
     static CTulStringW MakeTempArchiveName(const PlainText auto& target) {
         return MakeTempArchiveName(CTulStringW(target).c_str());
     }

@@ -10,9 +10,10 @@ namespace SDPackage {
 
 class PartRegistry;
 
-/// The record of one part: one object for each member that the package knows, and one for the root, which stands
-/// for the package itself. The first thirteen operations go to the part's relationships and answer 0 or null,
-/// doing nothing, when it has none. Texts are never null; they live until they are set anew or the part goes.
+/// The record of one part: one object for each member that the package knows, and one for the root, which
+/// stands for the package itself. The first thirteen operations go to the part's relationships and answer 0
+/// or null, doing nothing, when it has none. Texts are never null; they live until they are set anew or the
+/// part goes.
 class ODFMODEL_API IPart {
 public:
     IPart() = default;
@@ -39,7 +40,8 @@ public:
     virtual const unsigned short* GetContentType() const;
     /// In Open Packaging packages 1 for a part whose override ends in .bin, else 0; 0 in ODF packages.
     virtual int GetPartType() const;
-    /// The relationship type that led to the part; in ODF packages the media type of the folder that holds it.
+    /// The relationship type that led to the part; in ODF packages the media type of the folder that holds
+    /// it.
     virtual const unsigned short* GetRelationType() const;
     /// The member's name; ODF packages that were opened have `\` between folders.
     virtual const unsigned short* GetPackagePath() const;

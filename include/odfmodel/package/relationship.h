@@ -52,8 +52,10 @@ struct RelationshipRecord {
 
 using RelationshipVector = std::vector<RelationshipRecord>;
 
-/// A target as a `.rels` member holds it: "%" that starts no escape becomes "%25", then `&`, blank, line feed, `"`,
-/// `[` and `]` are escaped; `<`, tab and carriage return become references, so that the member stays well formed.
+/// A target as a `.rels` member holds it: "%" that starts no escape becomes "%25", then `&`, blank, line
+/// feed, `"`,
+/// `[` and `]` are escaped; `<`, tab and carriage return become references, so that the member stays well
+/// formed.
 ODFMODEL_API CTulStringW EscapeTarget(const CTulStringW& target);
 /// Undoes the escapes of `&`, blank, line feed, `"`, `[` and `]`; all others stay.
 ODFMODEL_API CTulStringW UnescapeTarget(const CTulStringW& target);

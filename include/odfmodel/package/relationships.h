@@ -22,7 +22,8 @@ public:
     IPartList(const IPartList&) = default;
     IPartList& operator=(const IPartList&) = default;
 
-    /// The first part under that id, with that content type or with exactly that package path; null when none.
+    /// The first part under that id, with that content type or with exactly that package path; null when
+    /// none.
     virtual IPart* GetPartById(const unsigned short* id) const;
     virtual IPart* GetPartByContentType(const unsigned short* contentType) const;
     virtual IPart* GetPartByPackagePath(const unsigned short* path) const;
@@ -52,8 +53,8 @@ private:
     std::vector<Entry> entries_;
 };
 
-/// The outgoing links of one source: parts by relationship id, in ascending binary order of the id. It doesn't own
-/// the parts.
+/// The outgoing links of one source: parts by relationship id, in ascending binary order of the id. It
+/// doesn't own the parts.
 class ODFMODEL_API IRelationships {
 public:
     IRelationships() = default;
@@ -73,14 +74,16 @@ public:
     virtual IPart* AddPart(IPart* part);
     /// Removes every entry that holds `part`; the part lives on.
     virtual void RemovePart(IPart* part);
-    /// Removes the entry and deletes its part, which also leaves its package and all other sets of that package.
+    /// Removes the entry and deletes its part, which also leaves its package and all other sets of that
+    /// package.
     virtual void DeleteById(const unsigned short* id);
     virtual void ReservedOperation(void* a);
     /// Removes all entries; the parts live on.
     virtual void Clear();
     /// Entries whose part has that content type; all entries for null.
     virtual int Count(const unsigned short* contentType);
-    /// A new list of the entries with that content type, of all for null. The caller owns it. Null for an empty set.
+    /// A new list of the entries with that content type, of all for null. The caller owns it. Null for an
+    /// empty set.
     virtual IPartList* GetPartList(const unsigned short* contentType);
     /// Deletes `list`; null is allowed.
     virtual void ReleasePartList(IPartList* list);

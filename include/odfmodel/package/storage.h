@@ -7,8 +7,8 @@
 
 namespace SDPackage {
 
-/// One stream of a compound storage file, for reading and writing at a position. Byte counts; a result smaller than
-/// asked for tells of the end of the stream or of a fault.
+/// One stream of a compound storage file, for reading and writing at a position. Byte counts; a result
+/// smaller than asked for tells of the end of the stream or of a fault.
 class ODFMODEL_API IStream {
 public:
     virtual unsigned Read(void* buffer, unsigned byteCount) = 0;
@@ -33,13 +33,13 @@ protected:
 /// An open compound storage file. Changes reach the file at `Release`.
 class ODFMODEL_API IStorage {
 public:
-    /// A stream at the top of the storage, position 0; null when there is none of that name. Owned by the caller until
-    /// its `Release`, which must come before that of the storage.
+    /// A stream at the top of the storage, position 0; null when there is none of that name. Owned by the
+    /// caller until its `Release`, which must come before that of the storage.
     virtual IStream* OpenStream(const unsigned short* name) = 0;
     /// A new empty stream in place of what bears that name; null when the name can't be used.
     virtual IStream* CreateStream(const unsigned short* name) = 0;
-    /// Writes the file when something has changed, beside it and moved over it in the end, and ends the work. Non-zero
-    /// unless the file couldn't be written, which then is as it was. The object is gone afterwards.
+    /// Writes the file when something has changed, beside it and moved over it in the end, and ends the work.
+    /// Non-zero unless the file couldn't be written, which then is as it was. The object is gone afterwards.
     virtual int Release() = 0;
 
     IStream* OpenStream(const PlainText auto& name) { return OpenStream(CTulStringW(name).c_str()); }
@@ -52,8 +52,8 @@ protected:
     virtual ~IStorage();
 };
 
-/// Opens the compound storage file at `path` for reading and writing; null when that can't be done, and always in a
-/// build without the user data module. The caller owns it until its `Release`.
+/// Opens the compound storage file at `path` for reading and writing; null when that can't be done, and
+/// always in a build without the user data module. The caller owns it until its `Release`.
 ODFMODEL_API IStorage* OpenStorage(const unsigned short* path);
 /// Creates an empty compound storage file at `path`, in place of what stands there; null as above.
 ODFMODEL_API IStorage* CreateStorage(const unsigned short* path);

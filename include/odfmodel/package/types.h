@@ -18,8 +18,8 @@ using Map = std::map<CTulStringW, CTulStringW>;
 using FileMap = std::map<CTulStringW, CTulStringW>;
 using ByteVector = std::vector<unsigned char>;
 
-/// Sees each XML member that is read from an archive: its bytes, the kind "XMLFile" and the member's name. A result
-/// of 0 ends the reading with a failure.
+/// Sees each XML member that is read from an archive: its bytes, the kind "XMLFile" and the member's name. A
+/// result of 0 ends the reading with a failure.
 using XmlCallback = int (*)(void* data, int size, const unsigned short* kind, const unsigned short* itemName);
 
 /// One line of a save plan. The texts and the memory stay the caller's.
@@ -33,8 +33,8 @@ struct ZipItemSpec {
 
 using ZipItemVector = std::vector<ZipItemSpec>;
 
-/// An archive in memory, as the conversions of the user data module hand it out. It belongs to the caller, who frees
-/// it with `ReleaseMemoryArchive`.
+/// An archive in memory, as the conversions of the user data module hand it out. It belongs to the caller,
+/// who frees it with `ReleaseMemoryArchive`.
 struct MemoryArchive {
     void* mapping = nullptr; ///< handle of the mapping object
     void* view = nullptr;    ///< the mapped bytes; null on the large memory route

@@ -13,8 +13,8 @@ namespace SDPackage {
 
 class IContentTypes;
 
-/// The entry points of the user data module, an optional library of someone else that owns the content of one member
-/// of an Open Packaging package. The module exports six C functions under the names of the fields.
+/// The entry points of the user data module, an optional library of someone else that owns the content of one
+/// member of an Open Packaging package. The module exports six C functions under the names of the fields.
 class ODFMODEL_API UserDataModule {
 public:
     UserDataModule() = default;
@@ -58,8 +58,8 @@ public:
     /// Makes the names from the name of the stream; null or empty stands for "userData".
     void SetStreamName(const unsigned short* stream);
     void SetStreamName(const PlainText auto& stream) { SetStreamName(CTulStringW(stream).c_str()); }
-    /// The name in the form of the module: "/ppt/media/a.bin" becomes /ppt/media/Ab/Aba.bin with the prefix Ab. The
-    /// name itself without a module.
+    /// The name in the form of the module: "/ppt/media/a.bin" becomes /ppt/media/Ab/Aba.bin with the prefix
+    /// Ab. The name itself without a module.
     void ToUserForm(const CTulStringW& in, CTulStringW& out);
 
     /// "/", the stream's name and the extension.
@@ -78,8 +78,8 @@ private:
     CTulStringW localPath_;
 };
 
-/// Moves the user data between a storage file and the module, and knows how the index of a package changes when its
-/// main part takes the form of the module.
+/// Moves the user data between a storage file and the module, and knows how the index of a package changes
+/// when its main part takes the form of the module.
 class ODFMODEL_API UserDataConverter {
 public:
     UserDataConverter();
@@ -89,8 +89,9 @@ public:
 
     /// 1 when the module is loaded or can be loaded now.
     int IsAvailable();
-    /// Opens the storage file, or creates it with `create`, and lets the module take its stream in (`toModule`) or
-    /// fill it. 0 when the storage can't be opened or not be written; what the module answers isn't told.
+    /// Opens the storage file, or creates it with `create`, and lets the module take its stream in
+    /// (`toModule`) or fill it. 0 when the storage can't be opened or not be written; what the module answers
+    /// isn't told.
     int ExchangeStorage(const unsigned short* path, int toModule, int create);
     /// Lets the module take the stream in. Without such a stream an empty one is made and the result is 0.
     int ReadStream(IStorage* storage);
