@@ -5,6 +5,9 @@ set(ODFMODEL_GENERATED "${PROJECT_BINARY_DIR}/generated")
 
 set(ODFMODEL_GENERATED_FILES "")
 foreach(table IN LISTS ODFMODEL_TABLES)
+  if(table MATCHES "/common\\.toml$")
+    continue() # groups and enumerations only
+  endif()
   file(RELATIVE_PATH name "${PROJECT_SOURCE_DIR}/src/elements" "${table}")
   string(REGEX REPLACE "\\.toml$" "" name "${name}")
   list(APPEND ODFMODEL_GENERATED_FILES
@@ -16,7 +19,7 @@ list(APPEND ODFMODEL_GENERATED_FILES "${ODFMODEL_GENERATED}/include/odfmodel/ele
 add_custom_command(
   OUTPUT ${ODFMODEL_GENERATED_FILES}
   COMMAND Python3::Interpreter "${PROJECT_SOURCE_DIR}/tools/elementgen/elementgen.py"
-    --tables "${PROJECT_SOURCE_DIR}/src/elements" --output "${ODFMODEL_GENERATED}"
+    --tables "${PROJECT_SOURCE_DIR}/src/elements" --output "${ODFMODEL_GENERATED}" --complete
   DEPENDS ${ODFMODEL_TABLES} ${ODFMODEL_GENERATOR}
   COMMENT "Making the element classes from their tables"
   VERBATIM)

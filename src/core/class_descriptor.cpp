@@ -59,6 +59,16 @@ const ChildRow* ChildMap::find(unsigned id) const noexcept {
     return row < 0 ? nullptr : rows + row;
 }
 
+const EnumerationTable* FindEnumeration(unsigned id, std::u16string_view typeName) noexcept {
+    constexpr unsigned kElementGroup = 0x80;
+    if (id >> 24 != kElementGroup) return nullptr;
+    const auto tables = Enumerations();
+    const auto at = std::partition_point(tables.begin(), tables.end(), [&](const EnumerationTable* table) {
+        return Compare(table->typeName, typeName) < 0;
+    });
+    return at != tables.end() && typeName == (*at)->typeName ? *at : nullptr;
+}
+
 int ClassDescriptor::findAttribute(NamespaceIndex nameSpace, std::string_view localName) const noexcept {
     return Search(byName, attributeCount, [&](std::uint16_t i) {
         const AttributeRow& row = attributes[i];

@@ -36,6 +36,7 @@ struct AttributeRow {
         kNonEmpty = 2,    ///< a required text that is written only when it isn't empty
         kFirstFont = 4,   ///< only what stands before the first comma is kept
         kNonNegative = 8, ///< a text that begins with "-" leaves the attribute absent
+        kTruthy = 16,     ///< a bool that every text but "", "0" and "false" makes true
     };
 
     const char* name; ///< qualified, with the customary prefix
@@ -101,5 +102,9 @@ struct ClassDescriptor {
 /// define them; the core only names them.
 std::span<const EnumerationTable* const> Enumerations() noexcept;
 std::span<const ClassDescriptor* const> Classes() noexcept;
+
+/// The enumeration of that type name in the group that the high byte of `id` tells; null when there is none. All
+/// element classes are of one group.
+const EnumerationTable* FindEnumeration(unsigned id, std::u16string_view typeName) noexcept;
 
 } // namespace ODF

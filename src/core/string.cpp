@@ -36,9 +36,6 @@ unsigned short* Nil() noexcept {
 Header* HeaderOf(unsigned short* units) noexcept {
     return reinterpret_cast<Header*>(units) - 1;
 }
-const Header* HeaderOf(const unsigned short* units) noexcept {
-    return reinterpret_cast<const Header*>(units) - 1;
-}
 
 /// A buffer for `length` units, with one reference and no unit in use; null without memory. The block holds the
 /// header and a multiple of eight units.

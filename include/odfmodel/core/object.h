@@ -120,6 +120,7 @@ protected:
     void SetAttribute(const ODF::ClassDescriptor& table, unsigned row, int value);
     void SetAttribute(const ODF::ClassDescriptor& table, unsigned row, double value);
     void SetAttribute(const ODF::ClassDescriptor& table, unsigned row, float value);
+    void SetRawAttribute(const ODF::ClassDescriptor& table, unsigned row, std::uint64_t value);
     /// True when both objects, of the class of `table`, agree in every attribute.
     static bool SameAttributes(const ODF::ClassDescriptor& table, const CSDObject& a, const CSDObject& b) noexcept;
 
@@ -134,6 +135,8 @@ protected:
 
 private:
     friend class ODF::ObjectAccess;
+
+    void releaseExtras(const ODF::ClassDescriptor* table) noexcept;
 
     unsigned id_;
     std::uint32_t flags_ = 0;

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "core/attribute_slots.h"
+#include "core/class_descriptor.h"
+#include "core/codecs.h"
+#include "core/value_pool.h"
+
+#include <odfmodel/core/object.h>
+#include <odfmodel/core/value_objects.h>
+
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace ODF {
+
+/// One attribute of a start tag as the reader has resolved it: the row of the class's table and the value in UTF-8.
+struct ReadValue {
+    std::uint16_t row;
+    std::string_view text;
+};
+
+/// What the XML reader and writer, and the reflection, may do with element objects beyond the virtual operations: the
+/// quick ways for objects whose table tells all of them. A caller's own class has no table and goes by the virtual
+/// operations.
+class ObjectAccess {
+public:
+    /// The table of an element object that is read and written by it; null for any other object.
+    static const ClassDescriptor* table(const CSDObject& object) noexcept {
+        return object.hasFlag(CSDObject::kElement) ? object.Descriptor() : nullptr;
+    }
+    static bool isExtended(const CSDObject& object) noexcept { return object.hasFlag(CSDObject::kExtended); }
+    static bool holdsText(const CSDObject& object) noexcept { return object.hasFlag(CSDObject::kText); }
+    static bool keepsRuns(const CSDObject& object) noexcept { return object.hasFlag(CSDObject::kRuns); }
+    static bool isTextRun(const CSDObject& object) noexcept {
+        return object.id_ == kTextRunId && object.hasFlag(CSDObject::kText) && !object.hasFlag(CSDObject::kElement);
+    }
+    static CTulStringW& text(CSDObject& object) noexcept { return static_cast<CSDStringValueObject&>(object).value_; }
+    static const CTulStringW& text(const CSDObject& object) noexcept {
+        return static_cast<const CSDStringValueObject&>(object).value_;
+    }
+    static const std::vector<CSDObject*>& children(const CSDObject& object) noexcept {
+        return static_cast<const CSDExtObject&>(object).children_;
+    }
+    static std::uint64_t* slots(const CSDObject& object) noexcept { return object.slots_; }
+
+    /// `ReadAttribute` on resolved values: sets them and makes the child map known.
+    static void readAttributes(CSDObject& object, const ClassDescriptor& table, std::span<ReadValue> values,
+                               ValuePool& pool);
+    /// `CreateObject(name, 1)` for a row of the object's own map that is found already; may be null.
+    static CSDObject* createChild(CSDObject& parent, const ChildRow& row) {
+        CSDObject* const child = row.create(row.id);
+        if (child) adopt(parent, child);
+        return child;
+    }
+    /// A text run below a paragraph, with its text.
+    static void addTextRun(CSDObject& parent, std::string_view utf8) {
+        auto* const run = static_cast<CSDStringValueObject*>(CSDStringValueObject::Create(kTextRunId));
+        run->value_ = CTulStringW(utf8);
+        adopt(parent, run);
+    }
+    static void adopt(CSDObject& parent, CSDObject* child);
+
+    /// The text of a set attribute, or of a required one's default, as it is written; not escaped.
+    static CTulStringW attributeText(const CSDObject& object, const ClassDescriptor& table, unsigned row);
+    /// Whether the attribute is written: set, or required.
+    static bool isWritten(const CSDObject& object, const ClassDescriptor& table, unsigned row) noexcept;
+};
+
+/// What the value of one attribute is, as it stands in a slot or as the default says.
+struct AttributeValue {
+    const AttributeRow& row;
+    const std::uint64_t* slot;
+
+    std::u16string_view text() const noexcept {
+        return slot ? AttributeSlots::text(slot).view() : std::u16string_view();
+    }
+    std::uint32_t whole() const noexcept { return slot ? static_cast<std::uint32_t>(*slot) : row.defaultValue; }
+    double number() const noexcept { return slot ? AttributeSlots::number(slot) : 0.0; }
+    bool isText() const noexcept { return row.kind == ValueKind::String; }
+    /// The key of an enumeration; empty for a value outside it.
+    std::u16string_view key() const noexcept {
+        const char16_t* const key = row.enumeration->key(static_cast<int>(whole()));
+        return key ? std::u16string_view(key) : std::u16string_view();
+    }
+    bool isKey() const noexcept { return row.kind == ValueKind::Enumeration; }
+    /// The ASCII text of a number or bool.
+    NumberText plain() const noexcept;
+};
+
+} // namespace ODF

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <odfmodel/core/string.h>
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace ODF {
+
+/// Hands out one shared string for each value that it has seen in a document: style names, value types and colours
+/// repeat without end. Long values are rarely equal and aren't kept, and the pool stops growing at a bound, so that
+/// it can't be filled up.
+class ValuePool {
+public:
+    ValuePool();
+    /// The string for a UTF-8 text.
+    CTulStringW get(std::string_view utf8);
+
+private:
+    struct Entry {
+        std::uint64_t hash = 0;
+        CTulStringW value; ///< empty in a free place
+        std::uint32_t bytes = 0;
+    };
+    static constexpr std::size_t kMaxBytes = 48;
+    static constexpr std::size_t kMaxEntries = 1U << 15;
+
+    void grow();
+
+    std::vector<Entry> entries_; ///< open addressing, a power of two
+    std::size_t used_ = 0;
+};
+
+/// A quick hash of bytes for tables that live as long as one parse.
+std::uint64_t HashBytes(std::string_view bytes, std::uint64_t seed) noexcept;
+
+} // namespace ODF
