@@ -20,6 +20,8 @@ enum class FileKind { None, File, Folder, Link, Other };
 /// What stands at `path`; a link is followed, so `Link` never comes out of here.
 FileKind KindOf(const Path& path);
 bool Exists(const Path& path);
+/// Whether the name is taken, be it by a link that leads nowhere.
+bool IsTaken(const Path& path);
 bool IsFile(const Path& path);
 bool IsFolder(const Path& path);
 /// Whether this process may read a file or folder at `path`.
@@ -142,10 +144,14 @@ public:
     OutputFile createFile(std::span<const std::string> steps);
     /// Creates the folder `steps`; true also when it is there already.
     bool createFolder(std::span<const std::string> steps);
+    /// Whether the last creation failed for what the name is or for what stands there already, and not because the
+    /// medium is full or can't be written.
+    bool isNameFault() const noexcept { return isNameFault_; }
 
 private:
     int openParent(std::span<const std::string> steps);
     int descriptor_ = -1;
+    bool isNameFault_ = false;
 };
 
 /// The longest name of one file or folder, in bytes of UTF-8.

@@ -24,8 +24,9 @@ struct ZipItem {
 /// Members by name, in ascending binary order of the name.
 using ZipItemTable = std::map<CTulStringW, ZipItem>;
 
-/// Reads an archive from a file, from memory, from a mapping or from a folder that holds the extracted members.
-/// `int` results are non-zero for success. Member names are looked up exactly, with `/` between folders.
+/// Reads an archive from a file, from memory, from a mapping or from a folder that holds the extracted
+/// members. `int` results are non-zero for success. Member names are looked up exactly, with `/` between
+/// folders.
 class ODFMODEL_API CSDUnZip {
 public:
     CSDUnZip();
@@ -50,7 +51,8 @@ public:
     }
     /// The same on an archive in memory; `data` stays the caller's and must stay valid until `CloseFile`.
     int OpenZipFileNonDecompress(void* data, unsigned byteCount);
-    /// The same on a mapping: `mapping` is the handle of a mapping object (see `MemoryMapping`), not a pointer.
+    /// The same on a mapping: `mapping` is the handle of a mapping object (see `MemoryMapping`), not a
+    /// pointer.
     int LargeMemoryOpenZipFileNonDecompress(void* mapping, unsigned byteCount);
 
     /// Non-zero when the object was opened on a mapping.
@@ -60,18 +62,21 @@ public:
 
     /// Index of the member; negative when there is none.
     int GetItemIndex(const unsigned short* itemName) const;
-    int GetItemIndex(std::u16string_view itemName) const { return GetItemIndex(CTulStringW(itemName).c_str()); }
+    int GetItemIndex(std::u16string_view itemName) const {
+        return GetItemIndex(CTulStringW(itemName).c_str());
+    }
     int GetItemIndex(std::string_view itemName) const { return GetItemIndex(CTulStringW(itemName).c_str()); }
     /// The member's uncompressed size in bytes; `extra` is left alone.
     int GetItemSize(const unsigned short* itemName, long& size, int& extra) const;
     int GetItemSize(int index, long& size) const;
-    /// Copies the uncompressed member into `buffer`; `size` is the capacity on entry and the byte count after it.
+    /// Copies the uncompressed member into `buffer`; `size` is the capacity on entry and the byte count after
+    /// it.
     int GetItem(int index, unsigned char* buffer, long& size) const;
     /// Extracts the member to the file at `path`.
     int GetItem(int index, const unsigned short* path) const;
 
-    /// Extracts all members below `folder`, keeping their folders. A member whose name would leave the folder, or
-    /// that the file system can't hold, is passed over and noted.
+    /// Extracts all members below `folder`, keeping their folders. A member whose name would leave the
+    /// folder, or that the file system can't hold, is passed over and noted.
     int Decompress(const unsigned short* folder);
     /// Extracts one member to the file at `path`.
     int Decompress(const unsigned short* itemName, const unsigned short* path);
@@ -82,8 +87,8 @@ public:
     /// Closes the archive; the object may be opened again or deleted afterwards.
     int CloseFile();
 
-    /// Opens the archive; unless `keepCompressed` is set, extracts all members below `folder`, which is created
-    /// (mode 0700) when it doesn't exist. 0 when the archive can't be opened.
+    /// Opens the archive; unless `keepCompressed` is set, extracts all members below `folder`, which is
+    /// created (mode 0700) when it doesn't exist. 0 when the archive can't be opened.
     virtual int OpenAndExtract(const unsigned short* path, const unsigned short* folder);
     /// Opens the archive and fills `itemTable`; extracts nothing.
     virtual int OpenForItems(const unsigned short* path);
@@ -102,17 +107,20 @@ protected:
     State& state() const { return *state_; }
 
 private:
+    int bind(bool isOpen);
+
     std::unique_ptr<State> state_;
 };
 
-/// Reads an ODF archive, whose members may be encrypted. Encryption is described by the package's own manifest; each
-/// member is decrypted when it is read or extracted.
+/// Reads an ODF archive, whose members may be encrypted. Encryption is described by the package's own
+/// manifest; each member is decrypted when it is read or extracted.
 class ODFMODEL_API CODFUnZip : public CSDUnZip {
 public:
     CODFUnZip();
     ~CODFUnZip() override;
 
-    /// Copies the password (UTF-16) for the following open; may be null or empty. The copy is wiped after use.
+    /// Copies the password (UTF-16) for the following open; may be null or empty. The copy serves all
+    /// opens until it is replaced, and is wiped when the object goes.
     void SetPassword(const unsigned short* password);
     void SetPassword(std::u16string_view password) { SetPassword(CTulStringW(password).c_str()); }
     void SetPassword(std::string_view password) { SetPassword(CTulStringW(password).c_str()); }

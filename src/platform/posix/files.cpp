@@ -52,6 +52,11 @@ bool Exists(const Path& path) {
     return KindOf(path) != FileKind::None;
 }
 
+bool IsTaken(const Path& path) {
+    struct stat status {};
+    return lstat(Native(path), &status) == 0;
+}
+
 bool IsFile(const Path& path) {
     return KindOf(path) == FileKind::File;
 }

@@ -72,6 +72,11 @@ int OpenBelow(int root, const std::string& relative) {
     return folder;
 }
 
+bool IsNameFault(int error) noexcept {
+    return error == ENAMETOOLONG || error == ENOTDIR || error == EISDIR || error == EEXIST || error == EINVAL ||
+           error == EILSEQ || error == ELOOP || error == ENOENT || error == ENXIO || error == ENOTEMPTY;
+}
+
 class Descriptor {
 public:
     explicit Descriptor(int number) noexcept : number_(number) {}
@@ -179,6 +184,7 @@ int FolderWriter::openParent(std::span<const std::string> steps) {
         int next = ::openat(folder, name, kFolderFlags);
         if (next < 0 && errno == ENOENT && mkdirat(folder, name, 0700) == 0)
             next = ::openat(folder, name, kFolderFlags);
+        isNameFault_ = next < 0 && IsNameFault(errno);
         ::close(folder);
         folder = next;
     }
@@ -201,6 +207,7 @@ OutputFile FolderWriter::createFile(std::span<const std::string> steps) {
     // file.
     if (file.descriptor_ < 0 && errno == EEXIST && unlinkat(folder.get(), name, 0) == 0)
         file.descriptor_ = create();
+    isNameFault_ = file.descriptor_ < 0 && IsNameFault(errno);
     return file;
 }
 

@@ -88,10 +88,9 @@ Path CreateTemporaryFile(std::string_view prefix, std::string_view suffix, unsig
 
 Path FreeTemporaryName(std::string_view prefix, std::string_view suffix, unsigned digits) {
     return TryNames(TemporaryDirectory(), prefix, suffix, digits, [](const Path& name) {
-        struct stat status {};
-        if (lstat(Native(name), &status) != 0) return errno == ENOENT;
+        const bool isTaken = IsTaken(name);
         errno = EEXIST;
-        return false;
+        return !isTaken;
     });
 }
 

@@ -1,0 +1,42 @@
+#include "serial/crypto/base64.h"
+
+namespace ODF::crypto {
+
+namespace {
+constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+} // namespace
+
+std::vector<unsigned char> FromBase64(std::string_view text) {
+    std::vector<unsigned char> result;
+    result.reserve(text.size() / 4 * 3 + 3);
+    unsigned bits = 0;
+    int count = 0;
+    for (const char unit : text) {
+        if (unit == ' ' || unit == '\t' || unit == '\r' || unit == '\n') continue;
+        const auto value = kAlphabet.find(unit);
+        if (value == std::string_view::npos) break;
+        bits = bits << 6U | static_cast<unsigned>(value);
+        count += 6;
+        if (count < 8) continue;
+        count -= 8;
+        result.push_back(static_cast<unsigned char>(bits >> static_cast<unsigned>(count) & 0xFFU));
+    }
+    return result;
+}
+
+std::string ToBase64(std::span<const unsigned char> bytes) {
+    std::string result;
+    result.reserve((bytes.size() + 2) / 3 * 4);
+    for (std::size_t start = 0; start < bytes.size(); start += 3) {
+        unsigned bits = 0;
+        for (std::size_t place = 0; place < 3; ++place)
+            bits = bits << 8U | (start + place < bytes.size() ? bytes[start + place] : 0U);
+        for (unsigned place = 0; place < 4; ++place) {
+            const bool isPadding = start + place > bytes.size();
+            result += isPadding ? '=' : kAlphabet[bits >> (18U - 6U * place) & 63U];
+        }
+    }
+    return result;
+}
+
+} // namespace ODF::crypto

@@ -1,0 +1,93 @@
+#pragma once
+
+#include "platform/files.h"
+#include "serial/crypto/package_decryption.h"
+
+#include <odfmodel/core/diagnostics.h>
+#include <odfmodel/core/limits.h>
+#include <odfmodel/serial/unzip.h>
+
+#include <zip.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace ODF::zip {
+
+/// One member as the archive's directory tells of it. Sizes are claims until the member has been read.
+struct Member {
+    std::string name; ///< UTF-8
+    std::uint64_t size = 0;
+    std::uint64_t packedSize = 0;
+    std::uint32_t crc = 0;
+    std::uint16_t method = 0;
+    std::int64_t time = 0; ///< of its last change, in seconds since 1970
+    bool isFolder = false;
+    bool isSpecial = false; ///< a link or device in the eyes of the program that made the archive
+    bool isZipEncrypted = false;
+    const crypto::EncryptedRow* encryption = nullptr; ///< set when the package's manifest calls it encrypted
+
+    /// Bytes after decrypting and inflating, as the file claims.
+    std::uint64_t plainSize() const noexcept { return encryption ? encryption->size.value_or(size) : size; }
+    /// Whether there are bytes to read, as far as the directory tells.
+    bool isReadable() const noexcept { return !isFolder && !isSpecial && !isZipEncrypted; }
+};
+
+/// Where a fault of a member is told.
+struct NoteSink {
+    Diagnostics* diagnostics = nullptr;
+
+    void add(NoteCode code, Severity severity, std::string_view member, std::string_view text) const;
+    void setStatus(Status status) const noexcept;
+};
+
+} // namespace ODF::zip
+
+/// An open archive: libzip's object, its directory and, for an encrypted package, what decrypts it. It holds
+/// one descriptor at most, however many members there are.
+class CSDZipHandle {
+public:
+    static std::unique_ptr<CSDZipHandle> openFile(const ODF::platform::Path& path, const ODF::Limits& limits,
+                                                  const ODF::zip::NoteSink& notes);
+    /// The bytes stay the caller's.
+    static std::unique_ptr<CSDZipHandle> openMemory(std::span<const unsigned char> bytes,
+                                                    const ODF::Limits& limits,
+                                                    const ODF::zip::NoteSink& notes);
+    /// Takes the bytes over.
+    static std::unique_ptr<CSDZipHandle>
+    openMemory(std::vector<unsigned char> bytes, const ODF::Limits& limits, const ODF::zip::NoteSink& notes);
+    CSDZipHandle(const CSDZipHandle&) = delete;
+    CSDZipHandle& operator=(const CSDZipHandle&) = delete;
+    ~CSDZipHandle() = default;
+
+    zip_t* archive() const noexcept { return archive_.get(); }
+    const std::vector<ODF::zip::Member>& members() const noexcept { return members_; }
+    /// Null for an index that there isn't.
+    const ODF::zip::Member* member(std::int64_t index) const noexcept;
+    /// Index of the last member of that name, which is the one that counts; negative when there is none.
+    std::int64_t find(std::string_view name) const;
+
+    /// Members by name for the interface.
+    ZipItemTable makeTable() const;
+
+    /// Binds the rows of a manifest to their members. `decryption` may be null, and they can't be read then.
+    void setEncryption(std::vector<ODF::crypto::EncryptedRow> rows,
+                       std::unique_ptr<ODF::crypto::PackageDecryption> decryption);
+    ODF::crypto::PackageDecryption* decryption() const noexcept { return decryption_.get(); }
+
+private:
+    CSDZipHandle() = default;
+    bool open(zip_source_t* source, zip_error_t* error, const ODF::Limits& limits,
+              const ODF::zip::NoteSink& notes);
+    void readDirectory(const ODF::zip::NoteSink& notes);
+
+    std::vector<unsigned char> ownBytes_; // must outlive the archive on them
+    std::unique_ptr<zip_t, decltype(&zip_discard)> archive_{nullptr, zip_discard};
+    std::vector<ODF::zip::Member> members_;
+    std::unordered_map<std::string_view, std::size_t> byName_;
+    std::vector<ODF::crypto::EncryptedRow> rows_;
+    std::unique_ptr<ODF::crypto::PackageDecryption> decryption_;
+};
