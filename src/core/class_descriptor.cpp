@@ -69,10 +69,10 @@ const EnumerationTable* FindEnumeration(unsigned id, std::u16string_view typeNam
     return at != tables.end() && typeName == (*at)->typeName ? *at : nullptr;
 }
 
-int ClassDescriptor::findAttribute(NamespaceIndex nameSpace, std::string_view localName) const noexcept {
+int ClassDescriptor::findAttribute(NamespaceIndex owner, std::string_view localName) const noexcept {
     return Search(byName, attributeCount, [&](std::uint16_t i) {
         const AttributeRow& row = attributes[i];
-        if (row.nameSpace != nameSpace) return row.nameSpace < nameSpace ? -1 : 1;
+        if (row.nameSpace != owner) return row.nameSpace < owner ? -1 : 1;
         return row.local().compare(localName);
     });
 }

@@ -62,6 +62,7 @@ struct ChildRow {
     const char16_t* name;
     const char* utf8Name;
     CSDObject* (*create)(unsigned id);
+    NamespaceIndex nameSpace;
 };
 
 /// The children of a class, shared by all classes with the same list, in table order and both search orders.
@@ -88,12 +89,15 @@ struct ClassDescriptor {
     const std::uint16_t* writeOrder; ///< null for table order
     const ChildMap* children;        ///< null for a class without children
     CSDObject* (*create)(unsigned id);
+    std::uint64_t requiredNamespaces; ///< a bit for each namespace of an attribute that is always written
     std::uint16_t attributeCount;
-    bool inMaps; ///< false for a class that no child map lists
+    NamespaceIndex nameSpace; ///< of the element
+    bool allOptional;         ///< nothing is written but what is set
+    bool inMaps;              ///< false for a class that no child map lists
 
     std::span<const AttributeRow> rows() const noexcept { return {attributes, attributeCount}; }
     /// Row of the attribute, or -1.
-    int findAttribute(NamespaceIndex nameSpace, std::string_view localName) const noexcept;
+    int findAttribute(NamespaceIndex owner, std::string_view localName) const noexcept;
     /// Words of presence bits in front of the values; one bit more than attributes, for the rarely used extras.
     unsigned words() const noexcept { return attributeCount / 64U + 1U; }
 };

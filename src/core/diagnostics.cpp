@@ -68,4 +68,8 @@ void Diagnostics::countUnknownAttribute(std::string_view name, std::size_t times
     Count(unknownAttributes_, name, times);
 }
 
+void Diagnostics::countDroppedText(std::string_view element, std::size_t times) {
+    Count(droppedText_, element, times);
+}
+
 } // namespace ODF

@@ -37,7 +37,7 @@ def generate(model, namespaces, output):
     write(include / "enumerations.h", headers.enumerations_header(model))
     write(include / "elements.h", headers.umbrella_header(model))
     write(source / "classes.h", sources.classes_header(model, maps))
-    write(source / "registry.cpp", sources.registry_source(model, maps))
+    write(source / "registry.cpp", sources.registry_source(model, maps, namespaces))
     for family in model.families:
         if family.elements:
             write(include / f"{family.name}.h", headers.family_header(family, model))

@@ -58,6 +58,18 @@ def attribute_row(attribute, namespaces):
             f'{" | ".join(flags) or "0"}}}')
 
 
+def cpp_bool(value):
+    return "true" if value else "false"
+
+
+def required_namespaces(element, namespaces):
+    mask = 0
+    for attribute in element.attributes:
+        if not attribute.optional and "kNonEmpty" not in attribute.flags and attribute.prefix:
+            mask |= 1 << namespaces[attribute.prefix]
+    return mask
+
+
 def accessors(element):
     name, table = element.class_name, f"tables::{element.class_name}"
     lines = []
@@ -100,7 +112,10 @@ def class_source(element, pool, maps, namespaces):
     body = ["", f"// {element.qname}",
             f"const ClassDescriptor tables::{name}{{", f'    "{name}", "{element.qname}", {u16(element.qname)}, '
             f"0x{element.id:08X}, {table},", f"    {by_name}, {write_order}, {children},",
-            f"    &{name}::Create, {len(attributes)}, {'false' if element.in_no_map else 'true'}}};",
+            f"    &{name}::Create, 0x{required_namespaces(element, namespaces):X}U, {len(attributes)}, "
+            f"{namespaces[names.prefix(element.qname)]}, "
+            f"{cpp_bool(all(attribute.optional for attribute in attributes))}, "
+            f"{cpp_bool(not element.in_no_map)}}};",
             f"CSDObject* {name}::Create(unsigned id) {{", f"    return new {name}(id);", "}"]
     made = "{}" if element.base == "date" else "{\n    setFlag(kElement, true);\n}"
     body += [f"{name}::{name}(unsigned id) : {BASES[element.base]}(id) {made}"]
@@ -149,7 +164,7 @@ def classes_header(model, maps):
     return "\n".join(lines)
 
 
-def registry_source(model, maps):
+def registry_source(model, maps, namespaces):
     lines = [MADE_FROM.format("the element tables"), '#include "classes.h"', "",
              "#include <odfmodel/elements/elements.h>", "", "#include <array>", "", "namespace ODF {", "namespace {"]
     pool = Pool(lines)
@@ -164,8 +179,8 @@ def registry_source(model, maps):
     for key, name in maps.items():
         stem = name.removeprefix("k")
         table = pool.array("ChildRow", f"kRowsOf{stem}", [
-            f'{{0x{ids[class_name]:08X}, {u16(qname)}, "{qname}", &{class_name}::Create}}'
-            for qname, class_name in key])
+            f'{{0x{ids[class_name]:08X}, {u16(qname)}, "{qname}", &{class_name}::Create, '
+            f"{namespaces[names.prefix(qname)]}}}" for qname, class_name in key])
         by_name = pool.array("std::uint16_t", f"kNamesOf{stem}", sorted(range(len(key)), key=lambda i: key[i][0]))
         by_id = pool.array("std::uint16_t", f"kIdsOf{stem}", sorted(range(len(key)), key=lambda i: (ids[key[i][1]], i)))
         tail.append(f"const ChildMap tables::{name}{{{table}, {by_name}, {by_id}, {len(key)}}};")

@@ -84,6 +84,9 @@ public:
     /// Counts an element or attribute that no class lists; an attribute is named "element@attribute".
     void countUnknownElement(std::string_view name, std::size_t times = 1);
     void countUnknownAttribute(std::string_view name, std::size_t times = 1);
+    /// Elements without character content that held some, which is lost, and how often.
+    const NameCounts& droppedText() const noexcept { return droppedText_; }
+    void countDroppedText(std::string_view element, std::size_t times = 1);
 
 private:
     Status status_ = Status::None;
@@ -91,6 +94,7 @@ private:
     std::size_t dropped_ = 0;
     NameCounts unknownElements_;
     NameCounts unknownAttributes_;
+    NameCounts droppedText_;
 };
 
 } // namespace ODF

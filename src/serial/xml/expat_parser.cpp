@@ -1,0 +1,136 @@
+#include "serial/xml/expat_parser.h"
+
+#include <algorithm>
+#include <climits>
+#include <new>
+#include <utility>
+
+// The library declares its bounds on entity expansion only to those who know that it was built with DTD support.
+#ifndef XML_DTD
+#define XML_DTD
+#endif
+#include <expat.h>
+
+namespace ODF::xml {
+
+// The library's callbacks are C: whatever one of ours throws is kept, the parse is stopped, and `finish` throws it on.
+struct ExpatParser::Callbacks {
+    template<typename Call>
+    static void guarded(void* data, Call call) noexcept {
+        auto& parser = *static_cast<ExpatParser*>(data);
+        if (parser.stopped_) return;
+        try {
+            call(parser.events_);
+        } catch (...) {
+            parser.thrown_ = std::current_exception();
+            parser.stop("");
+        }
+    }
+    static void start(void* data, const char* name, const char** attributes) {
+        guarded(data, [&](ParserEvents& events) { events.startElement(name, attributes); });
+    }
+    static void end(void* data, const char* name) {
+        guarded(data, [&](ParserEvents& events) { events.endElement(name); });
+    }
+    static void characters(void* data, const char* text, int length) {
+        guarded(data, [&](ParserEvents& events) {
+            events.characterData(std::string_view(text, static_cast<std::size_t>(length)));
+        });
+    }
+    static void comment(void* data, const char* text) {
+        guarded(data, [&](ParserEvents& events) { events.comment(text); });
+    }
+    static void instruction(void* data, const char* target, const char* text) {
+        guarded(data, [&](ParserEvents& events) { events.processingInstruction(target, text); });
+    }
+    static void startCdata(void* data) {
+        guarded(data, [](ParserEvents& events) { events.startCdata(); });
+    }
+    static void endCdata(void* data) {
+        guarded(data, [](ParserEvents& events) { events.endCdata(); });
+    }
+    static void startDoctype(void* data, const char* name, const char* systemId, const char* publicId, int) {
+        guarded(data, [&](ParserEvents& events) { events.startDoctype(name, publicId, systemId); });
+    }
+    static void endDoctype(void* data) {
+        guarded(data, [](ParserEvents& events) { events.endDoctype(); });
+    }
+    static void skippedEntity(void* data, const char* name, int) {
+        guarded(data, [&](ParserEvents& events) { events.skippedEntity(name); });
+    }
+};
+
+ExpatParser::ExpatParser(ParserEvents& events, const Limits& limits, bool wantsDetails)
+    : events_(events), parser_(XML_ParserCreate(nullptr)) {
+    if (!parser_) throw std::bad_alloc();
+    XML_SetUserData(parser_, this);
+    XML_SetElementHandler(parser_, &Callbacks::start, &Callbacks::end);
+    XML_SetCharacterDataHandler(parser_, &Callbacks::characters);
+    XML_SetParamEntityParsing(parser_, XML_PARAM_ENTITY_PARSING_NEVER);
+#if XML_MAJOR_VERSION > 2 || (XML_MAJOR_VERSION == 2 && XML_MINOR_VERSION >= 4)
+    XML_SetBillionLaughsAttackProtectionMaximumAmplification(parser_, std::max(limits.entityAmplification, 1.0F));
+    XML_SetBillionLaughsAttackProtectionActivationThreshold(parser_, limits.entityFreeBytes);
+#else
+#error "libexpat 2.4 or later is needed for its bound on entity expansion"
+#endif
+    if (!wantsDetails) return;
+    XML_SetCommentHandler(parser_, &Callbacks::comment);
+    XML_SetProcessingInstructionHandler(parser_, &Callbacks::instruction);
+    XML_SetCdataSectionHandler(parser_, &Callbacks::startCdata, &Callbacks::endCdata);
+    XML_SetDoctypeDeclHandler(parser_, &Callbacks::startDoctype, &Callbacks::endDoctype);
+    XML_SetSkippedEntityHandler(parser_, &Callbacks::skippedEntity);
+}
+
+ExpatParser::~ExpatParser() {
+    XML_ParserFree(parser_);
+}
+
+void* ExpatParser::buffer(std::size_t capacity) {
+    void* const place = XML_GetBuffer(parser_, static_cast<int>(std::min<std::size_t>(capacity, INT_MAX / 2)));
+    if (!place) throw std::bad_alloc();
+    return place;
+}
+
+bool ExpatParser::parseBuffer(std::size_t byteCount, bool isLast) {
+    return finish(XML_ParseBuffer(parser_, static_cast<int>(byteCount), isLast));
+}
+
+bool ExpatParser::parse(const void* data, std::size_t byteCount, bool isLast) {
+    constexpr std::size_t kPiece = std::size_t{1} << 24; // the library counts in int
+    const char* at = static_cast<const char*>(data);
+    do {
+        const std::size_t piece = std::min(byteCount, kPiece);
+        byteCount -= piece;
+        if (!finish(XML_Parse(parser_, at, static_cast<int>(piece), isLast && byteCount == 0))) return false;
+        at += piece;
+    } while (byteCount > 0);
+    return true;
+}
+
+void ExpatParser::stop(std::string reason) {
+    if (stopped_) return;
+    stopped_ = true;
+    error_ = std::move(reason);
+    XML_StopParser(parser_, XML_FALSE);
+}
+
+bool ExpatParser::finish(int status) {
+    if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
+    if (status == XML_STATUS_OK && !stopped_) return true;
+    if (error_.empty()) {
+        const XML_Error code = XML_GetErrorCode(parser_);
+        if (code == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
+        error_ = XML_ErrorString(code) ? XML_ErrorString(code) : "parse error";
+    }
+    stopped_ = true;
+    return false;
+}
+
+unsigned long ExpatParser::line() const noexcept {
+    return XML_GetCurrentLineNumber(parser_);
+}
+unsigned long ExpatParser::column() const noexcept {
+    return XML_GetCurrentColumnNumber(parser_) + 1;
+}
+
+} // namespace ODF::xml

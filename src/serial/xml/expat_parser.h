@@ -1,0 +1,68 @@
+#pragma once
+
+#include <odfmodel/core/limits.h>
+
+#include <cstddef>
+#include <exception>
+#include <memory>
+#include <string>
+#include <string_view>
+
+struct XML_ParserStruct;
+
+namespace ODF::xml {
+
+/// What a parse calls back. Text is UTF-8 and valid for the call. Names stand as in the file, with their prefix.
+class ParserEvents {
+public:
+    virtual void startElement(const char* name, const char** attributes) = 0;
+    virtual void endElement(const char* name) = 0;
+    virtual void characterData(std::string_view text) = 0;
+    virtual void comment(const char*) {}
+    virtual void processingInstruction(const char*, const char*) {}
+    virtual void startCdata() {}
+    virtual void endCdata() {}
+    virtual void startDoctype(const char*, const char*, const char*) {}
+    virtual void endDoctype() {}
+    virtual void skippedEntity(const char*) {}
+
+protected:
+    ~ParserEvents() = default;
+};
+
+/// The XML library behind one small wall: push parsing, no external entity or DTD is ever loaded, and the expansion
+/// of internal entities is bounded. What a callback throws passes through `parse`, never through the library.
+class ExpatParser {
+public:
+    /// `wantsDetails` adds the events beyond elements and character data.
+    ExpatParser(ParserEvents& events, const Limits& limits, bool wantsDetails);
+    ~ExpatParser();
+    ExpatParser(const ExpatParser&) = delete;
+    ExpatParser& operator=(const ExpatParser&) = delete;
+
+    /// A place for the next `capacity` bytes of the document, to be handed over by `parseBuffer`.
+    void* buffer(std::size_t capacity);
+    bool parseBuffer(std::size_t byteCount, bool isLast);
+    bool parse(const void* data, std::size_t byteCount, bool isLast);
+
+    /// Ends the parse from within a callback; `reason` is what `error` tells.
+    void stop(std::string reason);
+
+    bool isStopped() const noexcept { return stopped_; }
+    const std::string& error() const noexcept { return error_; }
+    unsigned long line() const noexcept;
+    unsigned long column() const noexcept;
+
+private:
+    struct Callbacks;
+
+    bool finish(int status);
+
+    ParserEvents& events_;
+    XML_ParserStruct* parser_;
+    std::string error_;
+    std::exception_ptr thrown_;
+    bool stopped_ = false;
+};
+
+} // namespace ODF::xml

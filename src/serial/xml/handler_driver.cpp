@@ -1,0 +1,102 @@
+#include "serial/xml/handler_driver.h"
+
+#include <odfmodel/serial/default_handler.h>
+
+CSDDefaultHandler::~CSDDefaultHandler() = default;
+void CSDDefaultHandler::characters(const unsigned short*, unsigned) {}
+void CSDDefaultHandler::endDocument() {}
+void CSDDefaultHandler::endElement(const unsigned short*, const unsigned short*, const unsigned short*) {}
+void CSDDefaultHandler::ignorableWhitespace(const unsigned short*, unsigned) {}
+void CSDDefaultHandler::processingInstruction(const unsigned short*, const unsigned short*) {}
+void CSDDefaultHandler::resetDocument() {}
+void CSDDefaultHandler::startDocument() {}
+void CSDDefaultHandler::startElement(const unsigned short*, const unsigned short*, const unsigned short*,
+                                     CSDAttribute*) {}
+void CSDDefaultHandler::startPrefixMapping(const unsigned short*, const unsigned short*) {}
+void CSDDefaultHandler::endPrefixMapping(const unsigned short*) {}
+void CSDDefaultHandler::skippedEntity(const unsigned short*) {}
+void CSDDefaultHandler::resetErrors() {}
+void CSDDefaultHandler::resetDocType() {}
+void CSDDefaultHandler::comment(const unsigned short*, unsigned) {}
+void CSDDefaultHandler::endCDATA() {}
+void CSDDefaultHandler::endDTD() {}
+void CSDDefaultHandler::endEntity(const unsigned short*) {}
+void CSDDefaultHandler::startCDATA() {}
+void CSDDefaultHandler::startDTD(const unsigned short*, const unsigned short*, const unsigned short*) {}
+void CSDDefaultHandler::startEntity(const unsigned short*) {}
+void CSDDefaultHandler::elementDecl(const unsigned short*, const unsigned short*) {}
+void CSDDefaultHandler::internalEntityDecl(const unsigned short*, const unsigned short*) {}
+void CSDDefaultHandler::externalEntityDecl(const unsigned short*, const unsigned short*, const unsigned short*) {}
+
+namespace ODF::xml {
+
+void HandlerDriver::startElement(const char* name, const char** attributes) {
+    flushText();
+    if (hasScope_.size() >= limits_.depth) {
+        parser_->stop("elements nest too deep");
+        return;
+    }
+    hasScope_.push_back(names_.enterScope(attributes));
+    if (hasScope_.back())
+        for (const auto& [prefix, uri] : names_.scopeDeclarations())
+            handler_.startPrefixMapping(CTulStringW(prefix), CTulStringW(uri));
+    const ResolvedName& element = names_.element(name);
+    list_.clear();
+    for (const char** at = attributes; *at; at += 2)
+        if (!NameTable::isDeclaration(*at)) list_.add(*at, names_.attribute(*at, element.nameSpace), at[1]);
+    handler_.startElement(CTulStringW(element.uri), CTulStringW(element.local), CTulStringW(name), &list_);
+}
+
+void HandlerDriver::endElement(const char* name) {
+    flushText();
+    const ResolvedName& element = names_.element(name);
+    handler_.endElement(CTulStringW(element.uri), CTulStringW(element.local), CTulStringW(name));
+    if (hasScope_.back()) {
+        for (const auto& [prefix, uri] : names_.scopeDeclarations()) handler_.endPrefixMapping(CTulStringW(prefix));
+        names_.leaveScope();
+    }
+    hasScope_.pop_back();
+}
+
+void HandlerDriver::characterData(std::string_view text) {
+    if (text_.size() + text.size() > limits_.textBytes) {
+        parser_->stop("a text is too long");
+        return;
+    }
+    text_.append(text);
+}
+
+void HandlerDriver::flushText() {
+    if (text_.empty()) return;
+    const std::u16string units = ToUtf16(text_);
+    text_.clear();
+    handler_.characters(ToUnits(units.c_str()), static_cast<unsigned>(units.size()));
+}
+
+void HandlerDriver::comment(const char* text) {
+    const CTulStringW units(text);
+    handler_.comment(units, static_cast<unsigned>(units.GetLength()));
+}
+void HandlerDriver::processingInstruction(const char* target, const char* data) {
+    flushText();
+    handler_.processingInstruction(CTulStringW(target), CTulStringW(data));
+}
+void HandlerDriver::startCdata() {
+    flushText();
+    handler_.startCDATA();
+}
+void HandlerDriver::endCdata() {
+    flushText();
+    handler_.endCDATA();
+}
+void HandlerDriver::startDoctype(const char* name, const char* publicId, const char* systemId) {
+    handler_.startDTD(CTulStringW(name), CTulStringW(publicId), CTulStringW(systemId));
+}
+void HandlerDriver::endDoctype() {
+    handler_.endDTD();
+}
+void HandlerDriver::skippedEntity(const char* name) {
+    handler_.skippedEntity(CTulStringW(name));
+}
+
+} // namespace ODF::xml

@@ -1,0 +1,114 @@
+#include "serial/xml/name_table.h"
+
+#include "core/value_pool.h"
+
+namespace ODF::xml {
+
+std::size_t NameTable::Hash::operator()(std::string_view text) const noexcept {
+    return static_cast<std::size_t>(HashBytes(text, 1));
+}
+
+NameTable::NameTable() : places_(256) {
+    bindings_.push_back({"xml", std::string(Namespace(FindNamespaceByPrefix("xml")).uri), FindNamespaceByPrefix("xml")});
+}
+
+bool NameTable::enterScope(const char** attributes) {
+    const std::size_t before = bindings_.size();
+    for (const char** at = attributes; *at; at += 2) {
+        const std::string_view qname(*at);
+        if (!isDeclaration(qname)) continue;
+        const std::string_view uri(at[1]);
+        bindings_.push_back({std::string(qname.size() > 6 ? qname.substr(6) : std::string_view()), std::string(uri),
+                             FindNamespaceByUri(uri)});
+    }
+    if (bindings_.size() == before) return false;
+    scopes_.push_back({scope_, before});
+    scope_ = nextScope_++;
+    return true;
+}
+
+void NameTable::leaveScope() {
+    bindings_.resize(scopes_.back().bindings);
+    scope_ = scopes_.back().id; // what was resolved in the outer scope holds again
+    scopes_.pop_back();
+}
+
+std::vector<std::pair<std::string_view, std::string_view>> NameTable::scopeDeclarations() const {
+    std::vector<std::pair<std::string_view, std::string_view>> result;
+    for (std::size_t i = scopes_.back().bindings; i < bindings_.size(); ++i)
+        result.emplace_back(bindings_[i].prefix, bindings_[i].uri);
+    return result;
+}
+
+const ResolvedName& NameTable::element(std::string_view qname) {
+    Resolution& known = entry(qname).asElement;
+    if (known.scope != scope_) known = {scope_, resolve(qname, true, false)};
+    return *known.name;
+}
+
+const ResolvedName& NameTable::attribute(std::string_view qname, NamespaceIndex owner) {
+    Entry& names = entry(qname);
+    const bool isMath = owner == kMathNamespace;
+    Resolution& known = isMath ? names.asMathAttribute : names.asAttribute;
+    if (known.scope != scope_) known = {scope_, resolve(qname, false, isMath)};
+    return *known.name;
+}
+
+NameTable::Entry& NameTable::entry(std::string_view qname) {
+    for (;;) {
+        std::size_t at = HashBytes(qname, 0) & (places_.size() - 1);
+        for (; places_[at] != 0; at = (at + 1) & (places_.size() - 1))
+            if (Entry& found = entries_[places_[at] - 1]; found.qname == qname) return found;
+        if (entries_.size() * 2 < places_.size()) {
+            entries_.emplace_back().qname = qname;
+            places_[at] = static_cast<std::uint32_t>(entries_.size());
+            return entries_.back();
+        }
+        std::vector<std::uint32_t> larger(places_.size() * 2);
+        for (std::uint32_t index = 1; index <= entries_.size(); ++index) {
+            std::size_t place = HashBytes(entries_[index - 1].qname, 0) & (larger.size() - 1);
+            while (larger[place] != 0) place = (place + 1) & (larger.size() - 1);
+            larger[place] = index;
+        }
+        places_ = std::move(larger);
+    }
+}
+
+const ResolvedName* NameTable::resolve(std::string_view qname, bool isElement, bool isMath) {
+    const std::size_t colon = qname.find(':');
+    const std::string_view prefix = colon == std::string_view::npos ? std::string_view() : qname.substr(0, colon);
+    const std::string_view local = colon == std::string_view::npos ? qname : qname.substr(colon + 1);
+    // MathML's own attributes stand without a prefix, and are asked for under its URI.
+    if (prefix.empty() && !isElement)
+        return isMath ? canonical(kMathNamespace, Namespace(kMathNamespace).uri, local, qname)
+                      : canonical(kNoNamespace, {}, local, qname);
+    for (auto binding = bindings_.rbegin(); binding != bindings_.rend(); ++binding)
+        if (binding->prefix == prefix) return canonical(binding->nameSpace, binding->uri, local, qname);
+    return canonical(prefix.empty() ? kNoNamespace : kUnknownNamespace, {}, local, qname);
+}
+
+const ResolvedName* NameTable::canonical(NamespaceIndex nameSpace, std::string_view uri, std::string_view local,
+                                         std::string_view qname) {
+    std::string name;
+    std::string key;
+    if (nameSpace == kUnknownNamespace) {
+        name = qname;
+        key.append("{").append(uri).append("}").append(qname);
+    } else {
+        name = Namespace(nameSpace).prefix;
+        if (!name.empty()) name += ':';
+        name += local;
+        key = name;
+    }
+    if (const auto known = resolved_.find(key); known != resolved_.end()) return &known->second;
+    ResolvedName& made = resolved_[key];
+    made.canonical16 = CTulStringW(std::string_view(name));
+    made.canonical = std::move(name);
+    made.uri = uri;
+    made.local = local;
+    made.nameSpace = nameSpace;
+    made.id = static_cast<std::uint32_t>(resolved_.size() - 1);
+    return &made;
+}
+
+} // namespace ODF::xml

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "core/namespaces.h"
+
+#include <odfmodel/core/string.h>
+
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace ODF::xml {
+
+/// A name after its prefix has been resolved.
+struct ResolvedName {
+    std::string canonical; ///< with the customary prefix of its namespace; as in the file where that isn't known
+    std::string uri;
+    std::string local;
+    CTulStringW canonical16;
+    NamespaceIndex nameSpace = kNoNamespace;
+    std::uint32_t id = 0; ///< small number of its own within one parse
+};
+
+/// Names of one parse. Each distinct name of the file is resolved once in each scope of namespace declarations, and
+/// from then on costs one hash lookup.
+class NameTable {
+public:
+    NameTable();
+
+    /// Takes the declarations among a start tag's attributes; true when there are any, and `leaveScope` is due at
+    /// the end tag.
+    bool enterScope(const char** attributes);
+    void leaveScope();
+    /// Number of declarations that the present scope has itself, for the callbacks about prefixes.
+    std::vector<std::pair<std::string_view, std::string_view>> scopeDeclarations() const;
+
+    const ResolvedName& element(std::string_view qname);
+    /// An attribute of an element of the namespace `owner`.
+    const ResolvedName& attribute(std::string_view qname, NamespaceIndex owner);
+
+    static bool isDeclaration(std::string_view qname) noexcept {
+        return qname.starts_with("xmlns") && (qname.size() == 5 || qname[5] == ':');
+    }
+
+private:
+    struct Resolution {
+        std::uint32_t scope = UINT32_MAX;
+        const ResolvedName* name = nullptr;
+    };
+    /// A name as it stands in the file, with what it meant last in each of its roles.
+    struct Entry {
+        std::string qname;
+        Resolution asElement;
+        Resolution asAttribute;
+        Resolution asMathAttribute;
+    };
+    struct Binding {
+        std::string prefix;
+        std::string uri;
+        NamespaceIndex nameSpace;
+    };
+    struct Scope {
+        std::uint32_t id;
+        std::size_t bindings; ///< number of bindings before it
+    };
+
+    Entry& entry(std::string_view qname);
+    const ResolvedName* resolve(std::string_view qname, bool isElement, bool isMath);
+    const ResolvedName* canonical(NamespaceIndex nameSpace, std::string_view uri, std::string_view local,
+                                  std::string_view qname);
+
+    struct Hash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const noexcept;
+    };
+
+    std::vector<std::uint32_t> places_; ///< open addressing into entries_, 0 for free, else index + 1
+    std::deque<Entry> entries_;
+    std::unordered_map<std::string, ResolvedName, Hash, std::equal_to<>> resolved_;
+    std::vector<Binding> bindings_;
+    std::vector<Scope> scopes_;
+    std::uint32_t scope_ = 0;
+    std::uint32_t nextScope_ = 1;
+};
+
+} // namespace ODF::xml
