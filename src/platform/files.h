@@ -144,8 +144,8 @@ public:
     OutputFile createFile(std::span<const std::string> steps);
     /// Creates the folder `steps`; true also when it is there already.
     bool createFolder(std::span<const std::string> steps);
-    /// Whether the last creation failed for what the name is or for what stands there already, and not because the
-    /// medium is full or can't be written.
+    /// Whether the last creation failed for what the name is or for what stands there already, and not
+    /// because the medium is full or can't be written.
     bool isNameFault() const noexcept { return isNameFault_; }
 
 private:

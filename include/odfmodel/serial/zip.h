@@ -12,9 +12,12 @@ namespace ODF {
 class Diagnostics;
 } // namespace ODF
 
-/// Writes an archive, one at a time, to a file, a caller's buffer or a mapping. `int` results are non-zero for
-/// success. A file is built beside its target and replaces it only when it is complete. Member names may be given
-/// with `/` or `\` between folders; the archive holds them with `/`.
+/// Writes an archive, one at a time, to a file, a caller's buffer or a mapping. `int` results are non-zero
+/// for success. A file is built beside its target and replaces it only when it is complete and no member
+/// failed. Member names may be given with `/` or `\` between folders; the archive holds them with `/`, in the
+/// order of the calls. A name that comes twice keeps its first place and takes the later content. Every
+/// member is read and packed during its call. Members bear the present time, or that of the environment
+/// variable SOURCE_DATE_EPOCH; a copied member keeps its own.
 class ODFMODEL_API CSDZip {
 public:
     CSDZip();
@@ -36,16 +39,45 @@ public:
     int Compress(const unsigned short* itemName, const unsigned short* path, int packed);
     /// Adds a member from memory; `data` is copied.
     int Compress(const unsigned short* itemName, void* data, int byteCount);
-    /// The same two for an archive in a mapping.
+    int Compress(std::u16string_view itemName, std::u16string_view path, int packed) {
+        return Compress(CTulStringW(itemName).c_str(), CTulStringW(path).c_str(), packed);
+    }
+    int Compress(std::string_view itemName, std::string_view path, int packed) {
+        return Compress(CTulStringW(itemName).c_str(), CTulStringW(path).c_str(), packed);
+    }
+    int Compress(std::u16string_view itemName, void* data, int byteCount) {
+        return Compress(CTulStringW(itemName).c_str(), data, byteCount);
+    }
+    int Compress(std::string_view itemName, void* data, int byteCount) {
+        return Compress(CTulStringW(itemName).c_str(), data, byteCount);
+    }
+    /// Adds a member from memory without compressing it, as the member `mimetype` of a package wants it.
+    int CompressStored(const unsigned short* itemName, const void* data, int byteCount);
+    int CompressStored(std::u16string_view itemName, const void* data, int byteCount) {
+        return CompressStored(CTulStringW(itemName).c_str(), data, byteCount);
+    }
+    int CompressStored(std::string_view itemName, const void* data, int byteCount) {
+        return CompressStored(CTulStringW(itemName).c_str(), data, byteCount);
+    }
+    /// The same for an archive in a mapping.
     int CompressLargeMemory(const unsigned short* itemName, const unsigned short* path, int packed);
     int CompressLargeMemory(const unsigned short* itemName, void* data, int byteCount);
-    /// Copies member `index` of the open archive `source` under `itemName`, without decompressing it.
+    /// Copies member `index` of the open archive `source` under `itemName`, without decompressing it. A
+    /// member that is encrypted arrives in clear, since nothing here encrypts. The source may be closed
+    /// afterwards.
     int CopyItem(CSDZipHandle* source, int index, const unsigned short* itemName);
+    int CopyItem(CSDZipHandle* source, int index, std::u16string_view itemName) {
+        return CopyItem(source, index, CTulStringW(itemName).c_str());
+    }
+    int CopyItem(CSDZipHandle* source, int index, std::string_view itemName) {
+        return CopyItem(source, index, CTulStringW(itemName).c_str());
+    }
     /// The same when the source lies in a mapping.
     int CopyItemLargeMemory(CSDZipHandle* source, void* mapping, unsigned long mappingSize, int index,
                             const unsigned short* itemName);
 
-    /// Finishes the archive. For a file: 0 when it couldn't be written whole, and the target is then untouched.
+    /// Finishes the archive. For a file: 0 when it couldn't be written whole, and the target is then
+    /// untouched.
     int CloseFile();
     /// Finishes an archive in a buffer or mapping; `byteCount` is its size. 0 when it didn't fit.
     int CloseMemoryFile(int& byteCount);

@@ -23,13 +23,12 @@ SYSTEMTIME ToSystemTime(const std::tm& time, std::int64_t milliseconds) noexcept
     return result;
 }
 
-SYSTEMTIME Convert(std::int64_t milliseconds, bool isLocal) noexcept {
-    std::int64_t fraction = milliseconds % 1000;
-    if (fraction < 0) fraction += 1000;
-    const auto seconds = static_cast<std::time_t>((milliseconds - fraction) / 1000);
+/// All fields 0 for a time that the calendar doesn't hold.
+SYSTEMTIME Convert(std::int64_t seconds, std::int64_t milliseconds, bool isLocal) noexcept {
+    const auto count = static_cast<std::time_t>(seconds);
     std::tm time{};
-    if (!(isLocal ? localtime_r(&seconds, &time) : gmtime_r(&seconds, &time))) return {};
-    return ToSystemTime(time, fraction);
+    if (!(isLocal ? localtime_r(&count, &time) : gmtime_r(&count, &time))) return {};
+    return ToSystemTime(time, milliseconds);
 }
 
 std::int64_t MillisecondsNow() noexcept {
@@ -40,11 +39,13 @@ std::int64_t MillisecondsNow() noexcept {
 } // namespace
 
 SYSTEMTIME UtcNow() {
-    return Convert(MillisecondsNow(), false);
+    const std::int64_t now = MillisecondsNow();
+    return Convert(now / 1000, now % 1000, false);
 }
 
 SYSTEMTIME LocalNow() {
-    return Convert(MillisecondsNow(), true);
+    const std::int64_t now = MillisecondsNow();
+    return Convert(now / 1000, now % 1000, true);
 }
 
 std::int64_t SecondsNow() {
@@ -52,11 +53,11 @@ std::int64_t SecondsNow() {
 }
 
 SYSTEMTIME UtcTime(std::int64_t seconds) {
-    return Convert(seconds * 1000, false);
+    return Convert(seconds, 0, false);
 }
 
 SYSTEMTIME LocalTime(std::int64_t seconds) {
-    return Convert(seconds * 1000, true);
+    return Convert(seconds, 0, true);
 }
 
 } // namespace ODF::platform

@@ -73,8 +73,9 @@ int OpenBelow(int root, const std::string& relative) {
 }
 
 bool IsNameFault(int error) noexcept {
-    return error == ENAMETOOLONG || error == ENOTDIR || error == EISDIR || error == EEXIST || error == EINVAL ||
-           error == EILSEQ || error == ELOOP || error == ENOENT || error == ENXIO || error == ENOTEMPTY;
+    return error == ENAMETOOLONG || error == ENOTDIR || error == EISDIR || error == EEXIST ||
+           error == EINVAL || error == EILSEQ || error == ELOOP || error == ENOENT || error == ENXIO ||
+           error == ENOTEMPTY;
 }
 
 class Descriptor {

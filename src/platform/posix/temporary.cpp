@@ -125,7 +125,9 @@ bool ReplacementFile::open(const Path& target) {
 
 bool ReplacementFile::replace() {
     if (!file_.isOpen()) return false;
-    if (!file_.close() || !RenameReplacing(name_, target_)) {
+    // Where there is an older file to lose, the new one must be on the medium before its name is.
+    const bool isSafe = !IsTaken(target_) || file_.flushToDisk();
+    if (!file_.close() || !isSafe || !RenameReplacing(name_, target_)) {
         discard();
         return false;
     }

@@ -160,7 +160,7 @@ bool ExtractOne(const CSDZipHandle& handle, std::int64_t index, const platform::
     NoteResult(result, *member, notes);
     const bool isUseful = result == ReadResult::Ok || (result == ReadResult::Damaged && total > 0);
     if (isWritten && isUseful) return true;
-    platform::RemoveFile(path);
+    if (platform::IsFile(path)) platform::RemoveFile(path);
     return false;
 }
 

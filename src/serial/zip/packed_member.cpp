@@ -1,0 +1,116 @@
+#include "serial/zip/packed_member.h"
+
+#include "platform/clock.h"
+#include "platform/environment.h"
+
+#include <odfmodel/core/date_time.h>
+
+#include <algorithm>
+#include <charconv>
+#include <memory>
+
+namespace ODF::zip {
+
+namespace {
+
+DosTime FromSystemTime(const SYSTEMTIME& when) noexcept {
+    // Archives can't tell of years before 1980 or after 2107.
+    if (when.wYear < 1980) return {0, 1U << 5U | 1U};
+    const unsigned year = std::min<unsigned>(when.wYear, 2107) - 1980U;
+    return {static_cast<zip_uint16_t>(unsigned{when.wHour} << 11U | unsigned{when.wMinute} << 5U |
+                                      unsigned{when.wSecond} / 2U),
+            static_cast<zip_uint16_t>(year << 9U | unsigned{when.wMonth} << 5U | unsigned{when.wDay})};
+}
+
+/// Shows one packed member to libzip.
+class PackedSource {
+public:
+    PackedSource(const Spool& spool, const PackedMember& member) noexcept : spool_(spool), member_(member) {
+        zip_error_init(&error_);
+    }
+    PackedSource(const PackedSource&) = delete;
+    PackedSource& operator=(const PackedSource&) = delete;
+    ~PackedSource() { zip_error_fini(&error_); }
+
+    static zip_int64_t call(void* self, void* data, zip_uint64_t length, zip_source_cmd_t command) {
+        return static_cast<PackedSource*>(self)->handle(data, length, command);
+    }
+
+private:
+    zip_int64_t handle(void* data, zip_uint64_t length, zip_source_cmd_t command) {
+        switch (command) {
+        case ZIP_SOURCE_OPEN:
+            done_ = 0;
+            return 0;
+        case ZIP_SOURCE_READ: {
+            const std::uint64_t count = std::min<std::uint64_t>(length, member_.packedSize - done_);
+            if (!spool_.read(member_.offset + done_, {static_cast<unsigned char*>(data), count})) {
+                zip_error_set(&error_, ZIP_ER_READ, 0);
+                return -1;
+            }
+            done_ += count;
+            return static_cast<zip_int64_t>(count);
+        }
+        case ZIP_SOURCE_CLOSE:
+            return 0;
+        case ZIP_SOURCE_STAT: {
+            auto* const status = static_cast<zip_stat_t*>(data);
+            zip_stat_init(status);
+            status->valid = ZIP_STAT_SIZE | ZIP_STAT_COMP_SIZE | ZIP_STAT_COMP_METHOD | ZIP_STAT_CRC;
+            status->size = member_.size;
+            status->comp_size = member_.packedSize;
+            status->comp_method = member_.method;
+            status->crc = member_.crc;
+            return sizeof(zip_stat_t);
+        }
+        case ZIP_SOURCE_ERROR:
+            return zip_error_to_data(&error_, data, length);
+        case ZIP_SOURCE_SUPPORTS:
+            return ZIP_SOURCE_SUPPORTS_READABLE;
+        case ZIP_SOURCE_FREE:
+            delete this;
+            return 0; // libzip's way to give up ownership
+        default:
+            zip_error_set(&error_, ZIP_ER_OPNOTSUPP, 0);
+            return -1;
+        }
+    }
+
+    const Spool& spool_;
+    const PackedMember& member_;
+    std::uint64_t done_ = 0;
+    zip_error_t error_{};
+};
+
+} // namespace
+
+DosTime ToDosTime(std::int64_t seconds) {
+    return FromSystemTime(platform::LocalTime(seconds));
+}
+
+DosTime PresentDosTime() {
+    const std::string epoch = platform::GetEnvironment("SOURCE_DATE_EPOCH").value_or(std::string());
+    std::int64_t seconds = 0;
+    const auto parsed = std::from_chars(epoch.data(), epoch.data() + epoch.size(), seconds);
+    const bool isFixed =
+        !epoch.empty() && parsed.ec == std::errc() && parsed.ptr == epoch.data() + epoch.size();
+    return FromSystemTime(isFixed ? platform::UtcTime(seconds) : platform::LocalNow());
+}
+
+bool AddPacked(zip_t* archive, const Spool& spool, const PackedMember& member) {
+    auto source = std::make_unique<PackedSource>(spool, member);
+    zip_source_t* const made = zip_source_function_create(PackedSource::call, source.get(), nullptr);
+    if (!made) return false;
+    source.release(); // NOLINT(bugprone-unused-return-value): libzip owns it now
+    const zip_int64_t index = zip_file_add(archive, member.name.c_str(), made, ZIP_FL_ENC_UTF_8);
+    if (index < 0) {
+        zip_source_free(made);
+        return false;
+    }
+    const auto place = static_cast<zip_uint64_t>(index);
+    return (member.method != ZIP_CM_STORE ||
+            zip_set_file_compression(archive, place, ZIP_CM_STORE, 0) == 0) &&
+           zip_file_set_dostime(archive, place, member.time.time, member.time.date, 0) == 0;
+}
+
+} // namespace ODF::zip

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/files.h"
+#include "serial/zip/archive.h"
+#include "serial/zip/deflate.h"
+#include "serial/zip/packed_member.h"
+#include "serial/zip/spool.h"
+
+#include <span>
+
+namespace ODF::zip {
+
+/// Packs members into a spool. Each function fills in sizes, checksum and method; false leaves the spool with
+/// a torso.
+class Packer {
+public:
+    explicit Packer(Spool& spool) noexcept : spool_(spool) {}
+
+    bool packBytes(PackedMember& member, std::span<const unsigned char> bytes, bool isStored);
+    bool packFile(PackedMember& member, const platform::Path& path, bool isStored);
+    /// A member of another archive: its packed bytes as they are, or the clear bytes of one that is
+    /// encrypted.
+    bool packMember(PackedMember& member, const CSDZipHandle& source, int index, const NoteSink& notes);
+
+private:
+    bool packCopy(PackedMember& member, const CSDZipHandle& source, int index, const NoteSink& notes);
+    bool packPlain(PackedMember& member, const CSDZipHandle& source, int index, const NoteSink& notes);
+
+    Spool& spool_;
+    WholeDeflater deflater_;
+};
+
+} // namespace ODF::zip

@@ -1,0 +1,211 @@
+#include <odfmodel/serial/zip.h>
+
+#include "serial/zip/packed_member.h"
+#include "serial/zip/packer.h"
+#include "serial/zip/spool.h"
+#include "serial/zip/target.h"
+
+#include <zip.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+// libzip writes an archive when it is closed, from sources that must live until then. Its callers here expect
+// that a member is done with when its call returns: they delete the file or close the archive it came from,
+// and they want to know at once when a member can't be read. So each call packs its member into a spool, and
+// closing hands libzip ready-made data with sizes and checksum, which it copies as it is.
+
+using namespace ODF;
+
+struct CSDZip::State {
+    Diagnostics* diagnostics = nullptr;
+    std::unique_ptr<zip::Target> target; ///< set while an archive is open
+    bool hasFailed = false;
+    std::uint64_t size = 0; ///< of the finished archive
+    zip::Spool spool;
+    std::vector<zip::PackedMember> members;
+    std::unordered_map<std::string, std::size_t> places;
+    zip::Packer packer{spool};
+    zip::DosTime now;
+
+    zip::NoteSink notes() const noexcept { return {diagnostics}; }
+
+    int create(std::unique_ptr<zip::Target> made) {
+        target = std::move(made);
+        if (!target) {
+            notes().setStatus(Status::CouldNotWrite);
+            return 0;
+        }
+        now = zip::PresentDosTime();
+        return 1;
+    }
+
+    void reset() {
+        target.reset();
+        hasFailed = false;
+        spool = {};
+        members.clear();
+        places.clear();
+    }
+
+    /// Packs a member with `pack`, which fills in what it finds. A member that fails leaves nothing in the
+    /// spool.
+    template<typename Pack>
+    int add(const unsigned short* itemName, Pack pack) {
+        if (!target) return 0;
+        zip::PackedMember member;
+        member.name = ToUtf8(itemName);
+        std::replace(member.name.begin(), member.name.end(), '\\', '/');
+        member.name.erase(0, member.name.find_first_not_of('/'));
+        member.offset = spool.size();
+        member.time = now;
+        if (member.name.empty() || !pack(member)) {
+            spool.cutTo(member.offset);
+            hasFailed = true;
+            notes().add(NoteCode::WriteFailed, Severity::Error, member.name,
+                        "the member can't be put into the archive");
+            return 0;
+        }
+        member.packedSize = spool.size() - member.offset;
+        const auto [place, isNew] = places.try_emplace(member.name, members.size());
+        if (isNew) {
+            members.push_back(std::move(member));
+        } else {
+            notes().add(NoteCode::MemberDuplicate, Severity::Warning, member.name,
+                        "a second member of this name takes the place of the first");
+            members[place->second] = std::move(member);
+        }
+        return 1;
+    }
+
+    bool writeMembers() {
+        // libzip doesn't write an archive without members.
+        if (members.empty()) {
+            constexpr std::array<unsigned char, 22> emptyArchive{'P', 'K', 5, 6};
+            size = emptyArchive.size();
+            return target->writeAt(0, emptyArchive);
+        }
+        zip_error_t error;
+        zip_error_init(&error);
+        zip_source_t* const into = zip::MakeTargetSource(*target, size, &error);
+        zip_t* const archive = into ? zip_open_from_source(into, ZIP_CREATE | ZIP_TRUNCATE, &error) : nullptr;
+        zip_error_fini(&error);
+        if (!archive) {
+            if (into) zip_source_free(into);
+            return false;
+        }
+        const bool isAdded =
+            std::all_of(members.begin(), members.end(), [&](const zip::PackedMember& member) {
+                return zip::AddPacked(archive, spool, member);
+            });
+        if (isAdded && zip_close(archive) == 0) return true;
+        zip_discard(archive);
+        return false;
+    }
+
+    int finish() {
+        if (!target) return 0;
+        const bool isWritten = !hasFailed && writeMembers() && target->finish(size);
+        if (!isWritten) {
+            notes().add(NoteCode::WriteFailed, Severity::Error, {}, "the archive can't be written");
+            notes().setStatus(Status::CouldNotWrite);
+        }
+        reset();
+        return isWritten ? 1 : 0;
+    }
+
+    int finish(int& byteCount) {
+        const int result = finish();
+        byteCount = result != 0 && size <= INT32_MAX ? static_cast<int>(size) : 0;
+        return result;
+    }
+};
+
+CSDZip::CSDZip() : state_(std::make_unique<State>()) {}
+
+CSDZip::~CSDZip() {
+    state_->finish();
+}
+
+int CSDZip::CreareZipFile(const unsigned short* path) {
+    state_->finish();
+    return state_->create(zip::MakeFileTarget(path));
+}
+
+int CSDZip::CreareZipFile(void* buffer, int capacity) {
+    state_->finish();
+    if (!buffer || capacity < 0) return state_->create(nullptr);
+    return state_->create(
+        zip::MakeMemoryTarget({static_cast<unsigned char*>(buffer), static_cast<std::size_t>(capacity)}));
+}
+
+int CSDZip::LargeMemoryCreareZipFile(void* mapping, int capacity) {
+    state_->finish();
+    return state_->create(capacity < 0 ? nullptr
+                                       : zip::MakeMappingTarget(mapping, static_cast<std::size_t>(capacity)));
+}
+
+int CSDZip::Compress(const unsigned short* itemName, const unsigned short* path, int packed) {
+    return state_->add(itemName, [&](zip::PackedMember& member) {
+        return state_->packer.packFile(member, path, packed != 0);
+    });
+}
+
+int CSDZip::Compress(const unsigned short* itemName, void* data, int byteCount) {
+    return state_->add(itemName, [&](zip::PackedMember& member) {
+        if (byteCount < 0 || (!data && byteCount > 0)) return false;
+        return state_->packer.packBytes(
+            member, {static_cast<const unsigned char*>(data), static_cast<std::size_t>(byteCount)}, false);
+    });
+}
+
+int CSDZip::CompressStored(const unsigned short* itemName, const void* data, int byteCount) {
+    return state_->add(itemName, [&](zip::PackedMember& member) {
+        if (byteCount < 0 || (!data && byteCount > 0)) return false;
+        return state_->packer.packBytes(
+            member, {static_cast<const unsigned char*>(data), static_cast<std::size_t>(byteCount)}, true);
+    });
+}
+
+int CSDZip::CompressLargeMemory(const unsigned short* itemName, const unsigned short* path, int packed) {
+    return Compress(itemName, path, packed);
+}
+
+int CSDZip::CompressLargeMemory(const unsigned short* itemName, void* data, int byteCount) {
+    return Compress(itemName, data, byteCount);
+}
+
+int CSDZip::CopyItem(CSDZipHandle* source, int index, const unsigned short* itemName) {
+    return state_->add(itemName, [&](zip::PackedMember& member) {
+        return source && state_->packer.packMember(member, *source, index, state_->notes());
+    });
+}
+
+int CSDZip::CopyItemLargeMemory(CSDZipHandle* source, void* /*mapping*/, unsigned long /*mappingSize*/,
+                                int index, const unsigned short* itemName) {
+    // The handle knows its own mapping.
+    return CopyItem(source, index, itemName);
+}
+
+int CSDZip::CloseFile() {
+    return state_->finish();
+}
+
+int CSDZip::CloseMemoryFile(int& byteCount) {
+    return state_->finish(byteCount);
+}
+
+int CSDZip::CloseLargeMemoryFile(int& byteCount) {
+    return state_->finish(byteCount);
+}
+
+void CSDZip::Discard() {
+    state_->reset();
+}
+
+void CSDZip::SetDiagnostics(Diagnostics* diagnostics) {
+    state_->diagnostics = diagnostics;
+}
