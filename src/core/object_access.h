@@ -6,6 +6,7 @@
 #include "core/value_pool.h"
 
 #include <odfmodel/core/object.h>
+#include <odfmodel/core/reflection.h>
 #include <odfmodel/core/value_objects.h>
 
 #include <span>
@@ -29,6 +30,9 @@ public:
     static const ClassDescriptor* table(const CSDObject& object) noexcept {
         return object.hasFlag(CSDObject::kElement) ? object.Descriptor() : nullptr;
     }
+    /// The table of an object of any element class, those with virtual operations of their own included.
+    static const ClassDescriptor* descriptor(const CSDObject& object) noexcept { return object.Descriptor(); }
+    static ClassInfo info(const ClassDescriptor& table) noexcept { return ClassInfo(table); }
     static bool isExtended(const CSDObject& object) noexcept { return object.hasFlag(CSDObject::kExtended); }
     static bool holdsText(const CSDObject& object) noexcept { return object.hasFlag(CSDObject::kText); }
     static bool keepsRuns(const CSDObject& object) noexcept { return object.hasFlag(CSDObject::kRuns); }

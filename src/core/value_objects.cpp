@@ -145,8 +145,13 @@ bool CSDDateTimeValueObject::WriteElement(const unsigned short* name, CSDSeriali
                                           CSDAttribute* attributes) {
     if (!serializer) return false;
     if (IsBeyond(value_)) return true;
+    return serializer->WriteObject(name, this, attributes, GetText(), 1);
+}
+
+CTulStringW CSDDateTimeValueObject::GetText() const {
     CTulStringW text;
-    text.Format(u"%04u-%02u-%02uT%02u:%02u:%02u.%03u", value_.wYear, value_.wMonth, value_.wDay, value_.wHour,
-                value_.wMinute, value_.wSecond, value_.wMilliseconds);
-    return serializer->WriteObject(name, this, attributes, text, 1);
+    if (!IsBeyond(value_))
+        text.Format(u"%04u-%02u-%02uT%02u:%02u:%02u.%03u", value_.wYear, value_.wMonth, value_.wDay, value_.wHour,
+                    value_.wMinute, value_.wSecond, value_.wMilliseconds);
+    return text;
 }

@@ -80,6 +80,8 @@ public:
     /// Writes all seven fields; writes nothing, and returns true, when a field is out of range.
     bool WriteElement(const unsigned short* name, CSDSerializer* serializer, CSDAttribute* attributes) override;
 
+    /// The value as it is written; empty when a field is out of range.
+    CTulStringW GetText() const;
     /// The text as it was read.
     const CTulStringW& GetRawText() const noexcept { return rawText_; }
 

@@ -42,6 +42,8 @@ public:
 
     /// Parses XML in memory into the tree under `root`; otherwise as `ParseFile`.
     virtual bool ParseMemory(const void* data, std::size_t byteCount, CSDObject* root) = 0;
+    /// Whether the last document that was parsed into a tree began with the element that the root object stands for.
+    virtual bool HasMatchedRoot() const = 0;
     /// The bounds of the following parses.
     virtual void SetLimits(const ODF::Limits& limits) = 0;
     /// Where faults and unknown content are noted, with `member` as the name of what is parsed. Not owned; null

@@ -62,6 +62,8 @@ void OutputBuffer::flush() {
         const std::uint64_t room = capacity_ - std::min<std::uint64_t>(capacity_, flushed_);
         if (used_ > room) failed_ = true;
         else std::memcpy(memory_ + flushed_, buffer_.get(), used_);
+    } else if (text_) {
+        text_->append(buffer_.get(), used_);
     } else if (!failed_ && !file_.write(buffer_.get(), used_)) {
         failed_ = true;
     }
@@ -82,6 +84,7 @@ bool OutputBuffer::close() {
     flush();
     if (file_.isOpen() && !file_.close()) failed_ = true;
     memory_ = nullptr;
+    text_ = nullptr;
     return !failed_;
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <string>
 #include <string_view>
 
 namespace ODF::xml {
@@ -17,7 +18,8 @@ public:
     /// Creates or overwrites the file.
     bool openFile(const platform::Path& path);
     void openMemory(void* target, std::size_t capacity) noexcept;
-    bool isOpen() const noexcept { return file_.isOpen() || memory_; }
+    void openText(std::string& target) noexcept { text_ = &target; }
+    bool isOpen() const noexcept { return file_.isOpen() || memory_ || text_; }
 
     void put(std::string_view text) {
         if (text.size() > kCapacity - used_) {
@@ -67,6 +69,7 @@ private:
     platform::OutputFile file_;
     char* memory_ = nullptr;
     std::size_t capacity_ = 0;
+    std::string* text_ = nullptr;
     bool failed_ = false;
 };
 

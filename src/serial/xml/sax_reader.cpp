@@ -77,6 +77,7 @@ public:
             if (byteCount > 0 && !ParseChunk(piece.data(), byteCount, cursor)) break;
         return finishChunks();
     }
+    bool HasMatchedRoot() const override { return hasMatchedRoot_; }
     void SetLimits(const Limits& limits) override { limits_ = limits; }
     void SetDiagnostics(Diagnostics* diagnostics, std::string_view member) override {
         diagnostics_ = diagnostics;
@@ -91,8 +92,15 @@ private:
         TreeBuilder builder(root, limits_);
         ExpatParser parser(builder, limits_, false);
         builder.setParser(parser);
+        hasMatchedRoot_ = false;
         const bool done = feed(parser);
-        if (diagnostics_) builder.report(*diagnostics_);
+        hasMatchedRoot_ = builder.hasMatchedRoot();
+        if (diagnostics_) {
+            builder.report(*diagnostics_);
+            if (!builder.rootName().empty() && !hasMatchedRoot_)
+                diagnostics_->add(NoteCode::General, Severity::Warning, member_,
+                                  "unexpected root element " + builder.rootName());
+        }
         return done;
     }
 
@@ -150,6 +158,7 @@ private:
     std::string member_;
     std::unique_ptr<HandlerParse> chunks_;
     bool chunksFailed_ = false;
+    bool hasMatchedRoot_ = false;
 };
 
 } // namespace

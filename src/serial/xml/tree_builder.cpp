@@ -45,7 +45,13 @@ void TreeBuilder::startElement(const char* name, const char** attributes) {
     const bool hasScope = names_.enterScope(attributes);
     const ResolvedName& element = names_.element(name);
     CSDObject* object = &root_;
-    if (!open_.empty()) {
+    if (open_.empty()) {
+        rootName_ = element.canonical;
+        const unsigned short* const expected = root_.GetElemName();
+        const ClassDescriptor* const table = ObjectAccess::table(root_);
+        hasMatchedRoot_ = expected && *expected ? element.canonical16 == expected
+                                                : !table || element.canonical == table->elementName;
+    } else {
         object = createChild(open_.back(), element);
         if (!object) {
             ++unknownElements_[&element];

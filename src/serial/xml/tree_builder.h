@@ -22,6 +22,10 @@ public:
     /// What was met that no class lists, for the diagnostics.
     void report(Diagnostics& diagnostics) const;
 
+    /// Whether the document began with the element that the root object stands for; its name as read.
+    bool hasMatchedRoot() const noexcept { return hasMatchedRoot_; }
+    const std::string& rootName() const noexcept { return rootName_; }
+
     void startElement(const char* name, const char** attributes) override;
     void endElement(const char* name) override;
     void characterData(std::string_view text) override;
@@ -55,6 +59,8 @@ private:
     ValuePool pool_;
     std::unordered_map<const ClassDescriptor*, ClassNames> classes_;
     std::vector<Level> open_;
+    std::string rootName_;
+    bool hasMatchedRoot_ = false;
     unsigned skipDepth_ = 0; ///< open elements below, and with, an unknown one
     std::string text_;
     std::u16string units_;

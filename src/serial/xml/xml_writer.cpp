@@ -73,21 +73,23 @@ void XmlWriter::WriteRaw(const unsigned short* text, int length) {
 
 bool XmlWriter::SerializeToFile(const unsigned short* path, CSDObject* root) {
     if (!root || !open(path)) return false;
-    const bool written = writeRoot(*root);
+    const bool written = writeTree(*root, {});
     const bool closed = out_.close();
     if (!closed && diagnostics_) diagnostics_->add(NoteCode::WriteFailed, Severity::Error, "", "can not write " + path_);
     return written && closed;
 }
 
-bool XmlWriter::writeRoot(CSDObject& root) {
+bool XmlWriter::writeTree(CSDObject& root, std::string_view rootName) {
     out_.put("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n");
     const ClassDescriptor* const table = ObjectAccess::table(root);
-    std::string name = ToUtf8(root.GetElemName());
+    std::string name = rootName.empty() ? ToUtf8(root.GetElemName()) : std::string(rootName);
     if (name.empty() && table) name = table->elementName;
     declared_ = usedNamespaces(root, name);
+    if (ObjectAccess::isTextRun(root)) return false;
     if (!table) {
         WriteAttributeList attributes;
-        return root.WriteElement(root.GetElemName(), this, &attributes) && rootWritten_;
+        const CTulStringW units(name);
+        return root.WriteElement(name.empty() ? nullptr : units.c_str(), this, &attributes) && rootWritten_;
     }
     if (!IsName(name)) return false;
     startElement(root, *table, name);

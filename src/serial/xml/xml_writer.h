@@ -28,6 +28,10 @@ public:
     int Close() override;
     void SetDiagnostics(Diagnostics* diagnostics) override { diagnostics_ = diagnostics; }
 
+    void openText(std::string& target) noexcept { out_.openText(target); }
+    /// Writes the declaration and the tree; `name` empty for the root's own name.
+    bool writeTree(CSDObject& root, std::string_view name);
+
 private:
     /// An element whose start tag is written and whose children are under way.
     struct Level {
@@ -40,7 +44,6 @@ private:
     };
 
     bool open(const unsigned short* path);
-    bool writeRoot(CSDObject& root);
     void writeChildren(std::size_t floor);
     void writeChild(Level& parent, CSDObject& child);
     void startElement(CSDObject& object, const ClassDescriptor& table, std::string_view tag);

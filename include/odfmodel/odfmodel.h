@@ -1,0 +1,26 @@
+#pragma once
+
+/// @file
+/// The whole interface of the library. Whoever wants shorter compile times includes single headers: documents from
+/// odfmodel/document/, element classes by family from odfmodel/elements/.
+
+#include <odfmodel/core/attribute.h>
+#include <odfmodel/core/diagnostics.h>
+#include <odfmodel/core/limits.h>
+#include <odfmodel/core/object.h>
+#include <odfmodel/core/part.h>
+#include <odfmodel/core/reflection.h>
+#include <odfmodel/core/serializer.h>
+#include <odfmodel/core/string.h>
+#include <odfmodel/core/value_objects.h>
+#include <odfmodel/document/document.h>
+#include <odfmodel/document/odf_document.h>
+#include <odfmodel/document/part.h>
+#include <odfmodel/document/part_factories.h>
+#include <odfmodel/elements/elements.h>
+#include <odfmodel/package/package.h>
+#include <odfmodel/serial/base_library.h>
+#include <odfmodel/serial/default_handler.h>
+#include <odfmodel/serial/sax_reader.h>
+#include <odfmodel/serial/unzip.h>
+#include <odfmodel/serial/zip.h>

@@ -1,0 +1,130 @@
+#include <odfmodel/core/reflection.h>
+
+#include "core/object_access.h"
+
+#include <odfmodel/core/date_time.h>
+
+#include <algorithm>
+
+namespace ODF {
+namespace {
+
+AttributeType TypeOf(ValueKind kind) noexcept {
+    switch (kind) {
+    case ValueKind::String: return AttributeType::Text;
+    case ValueKind::Bool:
+    case ValueKind::BoolWord: return AttributeType::Bool;
+    case ValueKind::Unsigned: return AttributeType::Unsigned;
+    case ValueKind::Signed: return AttributeType::Signed;
+    case ValueKind::Double:
+    case ValueKind::Float: return AttributeType::Number;
+    case ValueKind::Enumeration: return AttributeType::Enumeration;
+    }
+    return AttributeType::Text;
+}
+
+int RowOf(const ClassDescriptor& table, std::string_view name) noexcept {
+    const std::size_t colon = name.find(':');
+    const bool hasPrefix = colon != std::string_view::npos;
+    return table.findAttribute(hasPrefix ? FindNamespaceByPrefix(name.substr(0, colon)) : kNoNamespace,
+                               hasPrefix ? name.substr(colon + 1) : name);
+}
+
+} // namespace
+
+std::string_view ClassInfo::className() const noexcept {
+    return table_->className;
+}
+std::string_view ClassInfo::elementName() const noexcept {
+    return table_->elementName;
+}
+unsigned ClassInfo::id() const noexcept {
+    return table_->id;
+}
+bool ClassInfo::isInMaps() const noexcept {
+    return table_->inMaps;
+}
+
+std::vector<AttributeInfo> ClassInfo::attributes() const {
+    std::vector<AttributeInfo> result;
+    result.reserve(table_->attributeCount);
+    for (const AttributeRow& row : table_->rows())
+        result.push_back({row.qualifiedName(), TypeOf(row.kind), row.has(AttributeRow::kOptional)});
+    return result;
+}
+
+std::vector<std::string> ClassInfo::keys(std::string_view attribute) const {
+    std::vector<std::string> result;
+    const int row = RowOf(*table_, attribute);
+    if (row < 0) return result;
+    if (const EnumerationTable* const enumeration = table_->attributes[row].enumeration)
+        for (int value = 0; value < enumeration->count; ++value)
+            result.push_back(ToUtf8(std::u16string_view(enumeration->key(value))));
+    return result;
+}
+
+std::vector<ChildInfo> ClassInfo::children() const {
+    std::vector<ChildInfo> result;
+    if (const ChildMap* const map = table_->children)
+        for (unsigned i = 0; i < map->count; ++i) result.push_back({map->rows[i].utf8Name, map->rows[i].id});
+    return result;
+}
+
+CSDObject* ClassInfo::create() const {
+    return table_->create(table_->id);
+}
+
+std::vector<ClassInfo> AllClasses() {
+    std::vector<ClassInfo> result;
+    for (const ClassDescriptor* const table : Classes()) result.push_back(ObjectAccess::info(*table));
+    return result;
+}
+
+std::optional<ClassInfo> ClassOf(const CSDObject& object) {
+    const ClassDescriptor* const table = ObjectAccess::descriptor(object);
+    return table ? std::optional(ObjectAccess::info(*table)) : std::nullopt;
+}
+
+std::optional<ClassInfo> ClassOfElement(std::string_view elementName) {
+    const auto classes = Classes();
+    const auto at = std::find_if(classes.begin(), classes.end(),
+                                 [&](const ClassDescriptor* table) { return elementName == table->elementName; });
+    return at == classes.end() ? std::nullopt : std::optional(ObjectAccess::info(**at));
+}
+
+bool IsTextRun(const CSDObject& object) noexcept {
+    return ObjectAccess::isTextRun(object);
+}
+
+std::string TextOf(const CSDObject& object) {
+    if (ObjectAccess::holdsText(object)) return ObjectAccess::text(object).utf8();
+    const ClassDescriptor* const table = ObjectAccess::descriptor(object);
+    if (table && !ObjectAccess::table(object)) // the one other kind: dates
+        return static_cast<const CSDDateTimeValueObject&>(object).GetText().utf8();
+    return {};
+}
+
+std::vector<AttributeText> AttributesOf(const CSDObject& object) {
+    std::vector<AttributeText> result;
+    const ClassDescriptor* const table = ObjectAccess::table(object);
+    if (!table) return result;
+    for (unsigned i = 0; i < table->attributeCount; ++i) {
+        const unsigned row = table->writeOrder ? table->writeOrder[i] : i;
+        if (ObjectAccess::isWritten(object, *table, row))
+            result.push_back({table->attributes[row].qualifiedName(),
+                              ObjectAccess::attributeText(object, *table, row).utf8()});
+    }
+    return result;
+}
+
+bool SetAttributeText(CSDObject& object, std::string_view name, std::string_view value) {
+    const ClassDescriptor* const table = ObjectAccess::table(object);
+    const int row = table ? RowOf(*table, name) : -1;
+    if (row < 0) return false;
+    ValuePool pool;
+    ReadValue read{static_cast<std::uint16_t>(row), value};
+    ObjectAccess::readAttributes(object, *table, {&read, 1}, pool);
+    return true;
+}
+
+} // namespace ODF

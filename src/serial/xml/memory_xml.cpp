@@ -1,0 +1,22 @@
+#include "serial/xml/xml_writer.h"
+
+#include <odfmodel/core/reflection.h>
+#include <odfmodel/serial/sax_reader.h>
+
+#include <memory>
+
+namespace ODF {
+
+std::string ToXml(CSDObject& object, std::string_view name) {
+    std::string result;
+    xml::XmlWriter writer;
+    writer.openText(result);
+    return writer.writeTree(object, name) && writer.Close() >= 0 ? result : std::string();
+}
+
+bool FromXml(std::string_view xml, CSDObject& root) {
+    const std::unique_ptr<CSDSaxReader, decltype(&ReleaseSaxReader)> reader(CreateSaxReader(), &ReleaseSaxReader);
+    return reader->ParseMemory(xml.data(), xml.size(), &root);
+}
+
+} // namespace ODF
