@@ -26,6 +26,7 @@ class Diagnostics;
 namespace SDPackage {
 
 class CManifestHandler;
+struct PackageState;
 
 /// One document file on disk: a zip archive with an index that tells what its members are. It turns the
 /// archive into a tree of part records with their types and links, and writes such a tree back. It knows
@@ -293,8 +294,7 @@ public:
 
 private:
     friend class CManifestHandler;
-    struct State;
-    std::unique_ptr<State> state_;
+    std::unique_ptr<PackageState> state_;
 };
 
 /// A new package; the caller deletes it.

@@ -50,6 +50,7 @@ public:
     bool Contains(const PlainText auto& id) const { return Contains(CTulStringW(id).c_str()); }
 
 private:
+    friend class IRelationships;
     std::vector<Entry> entries_;
 };
 

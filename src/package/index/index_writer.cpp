@@ -1,0 +1,85 @@
+#include "package/index/index_writer.h"
+
+#include "package/paths.h"
+#include "package/xml_text.h"
+
+#include <odfmodel/serial/sax_reader.h>
+
+#include <memory>
+#include <unordered_set>
+
+namespace SDPackage {
+
+namespace {
+
+void WriteFileEntry(CSDSerializer& serializer, const CTulStringW& mediaType, Units fullPath) {
+    CTulStringW line;
+    line.Format(u"<manifest:file-entry manifest:media-type=\"%s\" manifest:full-path=\"%s\"/>",
+                EscapeAttribute(mediaType.view()), EscapeAttribute(fullPath));
+    serializer.WriteRaw(line.view());
+}
+
+} // namespace
+
+std::vector<std::pair<CTulStringW, IPart*>> OdfMembers(const PartMap& parts) {
+    std::vector<std::pair<CTulStringW, IPart*>> members;
+    std::unordered_set<std::u16string> names;
+    for (const auto& [path, part] : parts) {
+        if (!part) continue;
+        CTulStringW name(part->GetPackagePath());
+        if (names.insert(WithSlashes(name.view())).second) members.emplace_back(std::move(name), part);
+    }
+    return members;
+}
+
+Map MakeFolderEntries(const PartMap& parts) {
+    Map entries;
+    for (const auto& [path, part] : parts) {
+        if (!part || *part->GetRelationType() == 0) continue;
+        const std::u16string folder = WithBackslashes(FolderOf(ToView(part->GetPackagePath())));
+        entries.try_emplace(CTulStringW(WithoutLeadingSeparator(folder)), part->GetRelationType());
+    }
+    return entries;
+}
+
+void WriteManifest(CSDSerializer& serializer, const PartMap& parts, const Map& folderEntries) {
+    serializer.WriteRaw(u"<?xml version=\"1.0\" encoding=\"UTF-8\"?>");
+    serializer.WriteRaw(u"<manifest:manifest");
+    serializer.WriteRaw(u" xmlns:manifest=\"urn:oasis:names:tc:opendocument:xmlns:manifest:1.0\">");
+    for (const auto& [folder, mediaType] : folderEntries) {
+        std::u16string fullPath = WithSlashes(folder.view());
+        if (!fullPath.ends_with(u'/')) fullPath += u'/';
+        WriteFileEntry(serializer, mediaType, fullPath);
+    }
+    for (const auto& [path, part] : OdfMembers(parts))
+        WriteFileEntry(serializer, part->GetContentType(), WithSlashes(path.view()));
+    serializer.WriteRaw(u"</manifest:manifest>");
+}
+
+void WriteRelationshipSet(CSDSerializer& serializer, IRelationships& set, const CTulStringW& source) {
+    for (const Units text : kRelationshipsStart)
+        serializer.WriteRaw(text);
+    const std::unique_ptr<IPartList> list(set.GetPartList(nullptr));
+    for (int i = 0; list && i < list->Count(); ++i) {
+        const auto& [id, part] = *list->GetEntry(i);
+        CTulStringW target(part->GetPackagePath());
+        if (part->GetTargetMode() == TargetModeInternal)
+            MakeRelativeTarget(source, part->GetPackagePath(), target);
+        IRelationship relationship;
+        relationship.SetId(id.c_str());
+        relationship.SetType(part->GetRelationType());
+        relationship.SetTarget(target.c_str());
+        relationship.SetTargetMode(part->GetTargetMode());
+        serializer.WriteRaw(relationship.ToXml().view());
+    }
+    serializer.WriteRaw(kRelationshipsEnd);
+}
+
+std::u16string RelationshipsMemberName(Units source) {
+    const std::u16string path = FoldPath(source);
+    const Units folder = FolderOf(path);
+    std::u16string name(folder.substr(1));
+    return name + u"_rels/" + std::u16string(FileNameOf(path)) + u".rels";
+}
+
+} // namespace SDPackage

@@ -1,0 +1,138 @@
+#include "package/parts/part_registry.h"
+
+#include "package/paths.h"
+
+namespace SDPackage {
+
+namespace {
+
+/// Up to so many parts a walk costs less than keeping an index.
+constexpr std::size_t kIndexThreshold = 128;
+
+} // namespace
+
+bool PartRegistry::PlaceLess::operator()(const Place& a, const Place& b) const noexcept {
+    if (a.first != b.first) return a.first < b.first;
+    return LessIgnoringCase(a.second.view(), b.second.view());
+}
+
+PartRegistry::PartRegistry() : root_(std::make_unique<IPart>()) {}
+
+PartRegistry::~PartRegistry() {
+    std::unordered_set<IPart*> all;
+    for (const auto& [part, path] : owned_)
+        all.insert(part);
+    for (const auto& [path, part] : parts_) // a client may have entered some without `add`
+        all.insert(part);
+    owned_.clear();
+    for (IPart* const part : all) {
+        if (!part) continue;
+        part->registry_ = nullptr;
+        delete part;
+    }
+}
+
+bool PartRegistry::add(IPart* part) {
+    if (part->registry_ && part->registry_ != this) part->registry_->forget(part);
+    const auto [place, isEntered] = parts_.try_emplace(part->packagePath_, part);
+    const auto [record, isNew] = owned_.try_emplace(part, part->packagePath_);
+    if (isEntered && !isNew) record->second = part->packagePath_;
+    part->registry_ = this;
+    if (isEntered && index_) index(part);
+    return isEntered;
+}
+
+IPart* PartRegistry::find(const CTulStringW& packagePath) const {
+    const auto place = parts_.find(packagePath);
+    return place == parts_.end() ? nullptr : place->second;
+}
+
+IPart* PartRegistry::findByLocalPath(const CTulStringW& localPath, TargetMode mode) {
+    if (!index_ && parts_.size() <= kIndexThreshold) {
+        for (const auto& [path, part] : parts_)
+            if (part && part->targetMode_ == mode &&
+                EqualIgnoringCase(part->localPath_.view(), localPath.view()))
+                return part;
+        return nullptr;
+    }
+    if (!index_) {
+        index_ = std::make_unique<PartIndex>();
+        for (const auto& [path, part] : parts_)
+            if (part) index(part);
+    }
+    // Parts that share a place are rare; the walk would give the first of them in name order.
+    IPart* first = nullptr;
+    const auto [begin, end] = index_->equal_range({mode, localPath});
+    for (auto place = begin; place != end; ++place)
+        if (!first || LessIgnoringCase(owned_[place->second].view(), owned_[first].view()))
+            first = place->second;
+    return first;
+}
+
+IRelationships* PartRegistry::createRelationships(const CTulStringW& source) {
+    const auto [place, isNew] = sets_.try_emplace(source);
+    if (!isNew) return nullptr;
+    place->second = std::make_unique<IRelationships>();
+    return place->second.get();
+}
+
+IRelationships* PartRegistry::relationships(const CTulStringW& source) const {
+    const auto place = sets_.find(source);
+    return place == sets_.end() ? nullptr : place->second.get();
+}
+
+void PartRegistry::dropRelationships() {
+    std::unordered_set<const IRelationships*> gone;
+    for (const auto& [source, set] : sets_)
+        gone.insert(set.get());
+    for (const auto& [part, path] : owned_)
+        if (gone.contains(part->relationships_)) part->relationships_ = nullptr;
+    if (gone.contains(root_->relationships_)) root_->relationships_ = nullptr;
+    sets_.clear();
+}
+
+void PartRegistry::reset() {
+    dropRelationships();
+    index_.reset();
+    absent_.clear();
+    parts_.clear();
+    // The record itself stays: clients hold it.
+    root_->SetTargetMode(TargetModeInternal);
+    for (CTulStringW* text : {&root_->contentType_, &root_->relationType_, &root_->packagePath_,
+                              &root_->localPath_, &root_->partName_})
+        text->Clear();
+}
+
+void PartRegistry::forget(IPart* part) noexcept {
+    part->registry_ = nullptr;
+    absent_.erase(part);
+    const auto record = owned_.find(part);
+    if (record == owned_.end()) return;
+    unindex(part);
+    const auto place = parts_.find(record->second);
+    if (place != parts_.end() && place->second == part) parts_.erase(place);
+    owned_.erase(record);
+    for (const auto& [source, set] : sets_)
+        set->RemovePart(part);
+}
+
+PartRegistry::PartIndex::iterator PartRegistry::findInIndex(IPart* part) {
+    const auto [begin, end] = index_->equal_range({part->targetMode_, part->localPath_});
+    for (auto place = begin; place != end; ++place)
+        if (place->second == part) return place;
+    return index_->end();
+}
+
+bool PartRegistry::unindex(IPart* part) {
+    if (!index_) return false;
+    const auto place = findInIndex(part);
+    if (place == index_->end()) return false;
+    index_->erase(place);
+    return true;
+}
+
+void PartRegistry::index(IPart* part) {
+    index_->emplace(PlaceLess::Place(part->targetMode_, part->localPath_), part);
+}
+
+} // namespace SDPackage

@@ -1,0 +1,203 @@
+#include <odfmodel/package/package.h>
+
+#include "package/handles.h"
+#include "package/index/index_writer.h"
+#include "package/open/member_reader.h"
+#include "package/package_state.h"
+#include "package/user_data/families.h"
+#include "platform/files.h"
+
+#include <odfmodel/serial/zip.h>
+
+#include <memory>
+
+namespace SDPackage {
+
+namespace {
+
+using ODF::NoteCode;
+using ODF::Severity;
+using ODF::Status;
+namespace platform = ODF::platform;
+
+constexpr Units kManifestKey = u"META-INF\\manifest.xml";
+
+/// Extensions of data that is compressed already; bitmaps don't count in word documents.
+constexpr Units kMediaExtensions[] = {u".AVI", u".WMV", u".JPEG", u".JPG", u".PNG", u".MP3", u".WAV"};
+constexpr Units kBitmapExtension = u".BMP";
+
+/// A package path as the key of the write list: without the leading `/`.
+Units KeyOf(Units packagePath) {
+    return packagePath.starts_with(u'/') ? packagePath.substr(1) : packagePath;
+}
+
+class Saving {
+public:
+    Saving(PackageState& state, const unsigned short* folder) : state_(state) {
+        const CTulStringW rootFolder(state.registry.root().GetLocalPath());
+        folder_ = folder ? CTulStringW(folder) : rootFolder;
+        if (!folder_.IsEmpty()) state_.storage.adoptFolder(folder_, !folder || folder_ == rootFolder);
+    }
+
+    int writeIndex() {
+        if (IsOdf(state_.documentType)) return writeOdfIndex();
+        return IsOpenPackaging(state_.documentType) ? writeOpenPackagingIndex() : 1;
+    }
+
+    int writeArchive(const unsigned short* path, bool isPacked) {
+        CSDZip zip;
+        zip.SetDiagnostics(state_.diagnostics);
+        if (!path || zip.CreareZipFile(path) == 0)
+            return state_.fail(Status::CouldNotWrite, NoteCode::WriteFailed, {},
+                               "the target can't be written");
+        if (addMembers(zip, isPacked)) return zip.CloseFile() != 0 ? 1 : state_.fail(Status::CouldNotWrite);
+        zip.Discard();
+        return state_.fail(Status::CouldNotWrite);
+    }
+
+private:
+    int writeOdfIndex() {
+        const Map entries = MakeFolderEntries(state_.registry.parts());
+        state_.folderEntries = entries;
+        if (!writeMember(kManifestKey, kManifestName, [&](CSDSerializer& serializer) {
+                WriteManifest(serializer, state_.registry.parts(), entries);
+            }))
+            return 0;
+        for (const auto& [name, part] : OdfMembers(state_.registry.parts()))
+            if (WithBackslashes(name.view()) != kManifestKey) state_.writeList[name] = part->GetLocalPath();
+        return 1;
+    }
+
+    int writeOpenPackagingIndex() {
+        IContentTypes& types = *state_.package.GetContentTypes();
+        const bool usesUserData = state_.usesUserData();
+        if (usesUserData)
+            types.AddOverride(state_.userDataPart->GetPartName(), ToUnits(kUserDataType.data()));
+        if (!writeMember(kContentTypesName, kContentTypesName,
+                         [&](CSDSerializer& serializer) { types.Write(&serializer); }))
+            return 0;
+        for (const auto& [source, set] : state_.registry.relationshipSets()) {
+            if (source.IsEmpty()) continue; // no part has an empty name
+            enterTargets(*set, usesUserData);
+            const std::u16string name = RelationshipsMemberName(source.view());
+            if (!writeMember(name, name, [&, &owner = source, &links = set](CSDSerializer& serializer) {
+                    WriteRelationshipSet(serializer, *links, owner);
+                }))
+                return 0;
+        }
+        return 1;
+    }
+
+    /// Enters the internal parts that a set leads to in the write list.
+    void enterTargets(IRelationships& set, bool usesUserData) {
+        const std::unique_ptr<IPartList> list(set.GetPartList(nullptr));
+        for (int i = 0; list && i < list->Count(); ++i) {
+            const IPart& part = *list->GetPart(i);
+            if (part.GetTargetMode() != TargetModeInternal) continue;
+            CTulStringW path(part.GetPackagePath());
+            CTulStringW file(part.GetLocalPath());
+            if (file.IsEmpty()) file = state_.storage.pathOf(KeyOf(path.view())).text();
+            if (!platform::IsFile(file) && state_.registry.isAbsent(part)) {
+                state_.note(NoteCode::MemberMissing, Severity::Warning, MemberName(KeyOf(path.view())),
+                            "a relationship leads to a member that the package never held");
+                continue;
+            }
+            if (usesUserData && part.GetUserFlag() != 0)
+                state_.userDataPart->ToUserForm(CTulStringW(part.GetPackagePath()), path);
+            state_.writeList[CTulStringW(KeyOf(path.view()))] = file;
+        }
+    }
+
+    /// Writes an index member to its file below the folder, or through the caller's memory into the caller's
+    /// archive, and enters it in the write list.
+    template<typename Write>
+    bool writeMember(Units key, Units name, Write write) {
+        if (folder_.IsEmpty()) return fault(name, "there is no folder for the package's index");
+        const platform::Path file = state_.storage.pathOf(name);
+        const SerializerHandle serializer(CreateSerialize());
+        if (!serializer) return fault(name, "out of memory");
+        serializer->SetDiagnostics(state_.diagnostics);
+        CSDZip* const external = state_.externalZip;
+        const bool isOpen = external ? serializer->OpenMemory(state_.scratchBuffer, state_.scratchSize)
+                                     : serializer->OpenFile(file.text().c_str());
+        if (!isOpen) return fault(name, "the package's index can't be written");
+        write(*serializer);
+        const int byteCount = serializer->Close();
+        if (byteCount < 0) return fault(name, "the package's index can't be written whole");
+        state_.writeList[CTulStringW(key)] = file.text();
+        if (external && external->Compress(CTulStringW(key), state_.scratchBuffer, byteCount) == 0)
+            return fault(name, "the package's index doesn't go into the caller's archive");
+        return true;
+    }
+
+    bool fault(Units name, std::string_view why) const {
+        state_.fail(Status::CouldNotWrite, NoteCode::WriteFailed, MemberName(name), why);
+        return false;
+    }
+
+    bool addMembers(CSDZip& zip, bool isPacked) {
+        if (state_.usesUserData() && !addUserData(zip)) return false;
+        for (const auto& [name, file] : state_.writeList) {
+            if (!bringToDisk(name, file)) return false;
+            const int stored = isPacked && state_.package.IsMediaFile(file) ? 1 : 0;
+            if (zip.Compress(name, file, stored) == 0) return fault(name.view(), "a part can't be saved");
+            state_.yield();
+        }
+        return true;
+    }
+
+    bool addUserData(CSDZip& zip) {
+        UserDataPart& part = *state_.userDataPart;
+        state_.package.ExportUserData(&part, 0);
+        const CTulStringW name(KeyOf(part.GetPartName().view()));
+        return zip.Compress(name, part.GetLocalPath(), 0) != 0 ||
+               fault(name.view(), "the user data can't be saved");
+    }
+
+    /// Extracts a member that has stayed in the archive until now.
+    bool bringToDisk(const CTulStringW& name, const CTulStringW& file) {
+        if (state_.keepCompressed == 0 || !state_.unzip || platform::IsFile(file)) return true;
+        const CTulStringW member(WithSlashes(name.view()));
+        if (state_.unzip->GetItemIndex(member) < 0) return true; // the archive's own message follows
+        return platform::CreateFolders(platform::Path(file).parent(), true) &&
+                       state_.unzip->Decompress(member, file.c_str()) != 0
+                   ? true
+                   : fault(name.view(), "a member can't be taken over from the old archive");
+    }
+
+    PackageState& state_;
+    CTulStringW folder_;
+};
+
+} // namespace
+
+bool IPackage::IsMediaFile(const unsigned short* path) const {
+    const Units extension = ExtensionOf(ToView(path));
+    for (const Units media : kMediaExtensions)
+        if (EqualIgnoringCase(extension, media)) return true;
+    return EqualIgnoringCase(extension, kBitmapExtension) && !IsWordFamily(state_->documentType);
+}
+
+int IPackage::Save(const unsigned short* path, const unsigned short* folder, int packed) {
+    Saving saving(*state_, folder);
+    if (saving.writeIndex() == 0) return 0;
+    if (state_->externalZip) return state_->succeed();
+    LockFiles(state_->storage.folder());
+    return saving.writeArchive(path, packed != 0) != 0 ? state_->succeed() : 0;
+}
+
+void IPackage::WriteContentTypes(const unsigned short* folder, const unsigned short* fileName) {
+    const CTulStringW name = fileName ? CTulStringW(fileName) : CTulStringW(kContentTypesName);
+    const platform::Path file = platform::Path(folder) / platform::Path(name);
+    const SerializerHandle serializer(CreateSerialize());
+    if (!serializer) return;
+    serializer->SetDiagnostics(state_->diagnostics);
+    if (!serializer->OpenFile(file.text().c_str())) return;
+    GetContentTypes()->Write(serializer.get());
+    if (serializer->Close() < 0)
+        state_->fail(Status::CouldNotWrite, NoteCode::WriteFailed, MemberName(name.view()),
+                     "the content types can't be written whole");
+    GetContentTypes()->Clear();
+}
+
+} // namespace SDPackage
