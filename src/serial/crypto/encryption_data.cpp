@@ -7,7 +7,6 @@ namespace ODF::crypto {
 
 namespace {
 
-constexpr std::size_t kChecksummedBytes = 1024;
 constexpr std::size_t kGcmVectorSize = 12;
 constexpr std::size_t kGcmTagSize = 16;
 constexpr std::size_t kAesBlockSize = 16;
@@ -27,9 +26,18 @@ std::optional<Value> Find(const std::array<Named<Value>, count>& table, std::str
     return row == table.end() ? std::nullopt : std::optional<Value>(row->value);
 }
 
+/// The first name of the table, which is the one to write.
+template<typename Value, std::size_t count>
+std::string_view NameOf(const std::array<Named<Value>, count>& table, std::optional<Value> value) noexcept {
+    const auto row = std::find_if(table.begin(), table.end(),
+                                  [&](const auto& entry) { return value && entry.value == *value; });
+    return row == table.end() ? std::string_view() : row->name;
+}
+
 struct AlgorithmAndSize {
     Algorithm algorithm;
     std::size_t keySize; ///< 0: the row's own
+    friend bool operator==(const AlgorithmAndSize&, const AlgorithmAndSize&) = default;
 };
 
 constexpr std::array<Named<AlgorithmAndSize>, 8> kAlgorithms{{
@@ -99,6 +107,25 @@ void EncryptionData::setStartKeyGeneration(std::string_view name) {
 
 void EncryptionData::setKeyDerivation(std::string_view name) {
     derivation = Find(kDerivations, name);
+}
+
+std::string_view EncryptionData::algorithmName() const noexcept {
+    return algorithm ? NameOf(kAlgorithms, std::optional(AlgorithmAndSize{*algorithm, algorithmKeySize}))
+                     : std::string_view();
+}
+
+std::string_view EncryptionData::checksumTypeName() const noexcept {
+    return NameOf(kChecksums, checksumDigest);
+}
+
+std::string_view EncryptionData::startKeyGenerationName() const noexcept {
+    // Readers of the authenticated scheme expect the name that the format's text should have had.
+    const bool isRightName = algorithm == Algorithm::AesGcm && startKeyDigest == Digest::Sha256;
+    return isRightName ? kStartKeys.back().name : NameOf(kStartKeys, startKeyDigest);
+}
+
+std::string_view EncryptionData::keyDerivationName() const noexcept {
+    return NameOf(kDerivations, derivation);
 }
 
 std::size_t EncryptionData::keySize() const noexcept {

@@ -11,6 +11,9 @@
 
 namespace ODF::crypto {
 
+/// The checksum of a member covers so many bytes at its start.
+inline constexpr std::size_t kChecksummedBytes = 1024;
+
 enum class Algorithm { BlowfishCfb, AesCbc, AesGcm };
 enum class KeyDerivation { Pbkdf2, Argon2id };
 
@@ -38,6 +41,12 @@ struct EncryptionData {
     void setChecksumType(std::string_view name);
     void setStartKeyGeneration(std::string_view name);
     void setKeyDerivation(std::string_view name);
+
+    /// The names that files are written with; empty for a field that isn't set.
+    std::string_view algorithmName() const noexcept;
+    std::string_view checksumTypeName() const noexcept;
+    std::string_view startKeyGenerationName() const noexcept;
+    std::string_view keyDerivationName() const noexcept;
 
     /// Bytes of the derived key.
     std::size_t keySize() const noexcept;

@@ -1,6 +1,7 @@
 #include "serial/zip/archive.h"
 
 #include "serial/zip/archive_source.h"
+#include "serial/zip/inflate.h"
 
 #include <utility>
 
@@ -50,6 +51,11 @@ bool IsSpecial(zip_t* archive, zip_uint64_t index) {
 
 } // namespace ODF::zip
 
+namespace {
+/// The end record of an archive without members.
+constexpr std::uint64_t kSmallestArchive = 22;
+} // namespace
+
 std::unique_ptr<CSDZipHandle> CSDZipHandle::openFile(const platform::Path& path, const Limits& limits,
                                                      const NoteSink& notes) {
     platform::InputFile file(path);
@@ -57,18 +63,15 @@ std::unique_ptr<CSDZipHandle> CSDZipHandle::openFile(const platform::Path& path,
         notes.setStatus(Status::NotReadable);
         return nullptr;
     }
-    std::unique_ptr<CSDZipHandle> handle(new CSDZipHandle); // NOLINT: private constructor
-    zip::Error error;
-    zip_source_t* const source = zip::MakeFileSource(std::move(file), error.get());
-    return handle->open(source, error.get(), limits, notes) ? std::move(handle) : nullptr;
+    const std::uint64_t byteCount = file.size();
+    return open([&](zip_error_t* error) { return zip::MakeFileSource(std::move(file), error); }, byteCount,
+                limits, notes);
 }
 
 std::unique_ptr<CSDZipHandle> CSDZipHandle::openMemory(std::span<const unsigned char> bytes,
                                                        const Limits& limits, const NoteSink& notes) {
-    std::unique_ptr<CSDZipHandle> handle(new CSDZipHandle); // NOLINT: private constructor
-    zip::Error error;
-    zip_source_t* const source = zip::MakeMemorySource(bytes.data(), bytes.size(), error.get());
-    return handle->open(source, error.get(), limits, notes) ? std::move(handle) : nullptr;
+    return open([&](zip_error_t* error) { return zip::MakeMemorySource(bytes.data(), bytes.size(), error); },
+                bytes.size(), limits, notes);
 }
 
 std::unique_ptr<CSDZipHandle> CSDZipHandle::openMemory(std::vector<unsigned char> bytes, const Limits& limits,
@@ -79,8 +82,24 @@ std::unique_ptr<CSDZipHandle> CSDZipHandle::openMemory(std::vector<unsigned char
     return handle;
 }
 
-bool CSDZipHandle::open(zip_source_t* source, zip_error_t* error, const Limits& limits,
-                        const NoteSink& notes) {
+template<typename MakeSource>
+std::unique_ptr<CSDZipHandle> CSDZipHandle::open(MakeSource makeSource, std::uint64_t byteCount,
+                                                 const Limits& limits, const NoteSink& notes) {
+    // libzip takes an empty file for an empty archive.
+    if (byteCount < kSmallestArchive) {
+        notes.add(NoteCode::General, Severity::Error, {}, "too short for a zip archive");
+        notes.setStatus(Status::NotAnArchive);
+        return nullptr;
+    }
+    std::unique_ptr<CSDZipHandle> handle(new CSDZipHandle); // NOLINT: private constructor
+    zip::Error error;
+    if (!handle->openSource(makeSource(error.get()), error.get(), limits, notes)) return nullptr;
+    handle->readDirectory(byteCount, notes);
+    return handle;
+}
+
+bool CSDZipHandle::openSource(zip_source_t* source, zip_error_t* error, const Limits& limits,
+                              const NoteSink& notes) {
     if (source) archive_.reset(zip_open_from_source(source, ZIP_RDONLY, error));
     if (!archive_) {
         if (source) zip_source_free(source);
@@ -95,13 +114,12 @@ bool CSDZipHandle::open(zip_source_t* source, zip_error_t* error, const Limits& 
         notes.setStatus(Status::LimitExceeded);
         return false;
     }
-    members_.reserve(static_cast<std::size_t>(count));
-    readDirectory(notes);
     return true;
 }
 
-void CSDZipHandle::readDirectory(const NoteSink& notes) {
+void CSDZipHandle::readDirectory(std::uint64_t byteCount, const NoteSink& notes) {
     const auto count = static_cast<zip_uint64_t>(zip_get_num_entries(archive_.get(), 0));
+    members_.reserve(static_cast<std::size_t>(count));
     for (zip_uint64_t index = 0; index < count; ++index) {
         Member& member = members_.emplace_back();
         zip_stat_t status;
@@ -115,6 +133,7 @@ void CSDZipHandle::readDirectory(const NoteSink& notes) {
         member.packedSize = status.comp_size;
         member.crc = status.crc;
         member.method = status.comp_method;
+        member.mostBytes = zip::LargestInflated(std::min(member.packedSize, byteCount));
         member.isZipEncrypted = status.encryption_method != ZIP_EM_NONE;
         member.isFolder = member.name.ends_with('/') || member.name.ends_with('\\');
         member.isSpecial = zip::IsSpecial(archive_.get(), index);

@@ -9,6 +9,7 @@
 
 #include <zip.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -23,6 +24,7 @@ struct Member {
     std::uint64_t size = 0;
     std::uint64_t packedSize = 0;
     std::uint32_t crc = 0;
+    std::uint64_t mostBytes = 0; ///< that can come out of the archive under this name, claims or not
     std::uint16_t method = 0;
     std::int64_t time = 0; ///< of its last change, in seconds since 1970
     bool isFolder = false;
@@ -30,8 +32,11 @@ struct Member {
     bool isZipEncrypted = false;
     const crypto::EncryptedRow* encryption = nullptr; ///< set when the package's manifest calls it encrypted
 
-    /// Bytes after decrypting and inflating, as the file claims.
-    std::uint64_t plainSize() const noexcept { return encryption ? encryption->size.value_or(size) : size; }
+    /// Bytes after decrypting and inflating: what the file claims, as far as so many can come out of it at
+    /// all, so that a caller may provide that much memory.
+    std::uint64_t plainSize() const noexcept {
+        return std::min(encryption ? encryption->size.value_or(size) : size, mostBytes);
+    }
     /// Whether there are bytes to read, as far as the directory tells.
     bool isReadable() const noexcept { return !isFolder && !isSpecial && !isZipEncrypted; }
 };
@@ -80,9 +85,12 @@ public:
 
 private:
     CSDZipHandle() = default;
-    bool open(zip_source_t* source, zip_error_t* error, const ODF::Limits& limits,
-              const ODF::zip::NoteSink& notes);
-    void readDirectory(const ODF::zip::NoteSink& notes);
+    template<typename MakeSource>
+    static std::unique_ptr<CSDZipHandle> open(MakeSource makeSource, std::uint64_t byteCount,
+                                              const ODF::Limits& limits, const ODF::zip::NoteSink& notes);
+    bool openSource(zip_source_t* source, zip_error_t* error, const ODF::Limits& limits,
+                    const ODF::zip::NoteSink& notes);
+    void readDirectory(std::uint64_t byteCount, const ODF::zip::NoteSink& notes);
 
     std::vector<unsigned char> ownBytes_; // must outlive the archive on them
     std::unique_ptr<zip_t, decltype(&zip_discard)> archive_{nullptr, zip_discard};

@@ -1,7 +1,7 @@
 #include <odfmodel/serial/unzip.h>
 
 #include "serial/zip/extraction.h"
-#include "serial/zip/package_encryption.h"
+#include "serial/zip/encrypted_archive.h"
 #include "serial/zip/unzip_state.h"
 
 #include <algorithm>

@@ -20,6 +20,11 @@
 
 using namespace ODF;
 
+namespace {
+// What the length field of an archive holds; libzip would cut longer names without a word.
+constexpr std::size_t kLongestName = 65535;
+} // namespace
+
 struct CSDZip::State {
     Diagnostics* diagnostics = nullptr;
     std::unique_ptr<zip::Target> target; ///< set while an archive is open
@@ -62,7 +67,7 @@ struct CSDZip::State {
         member.name.erase(0, member.name.find_first_not_of('/'));
         member.offset = spool.size();
         member.time = now;
-        if (member.name.empty() || !pack(member)) {
+        if (member.name.empty() || member.name.size() > kLongestName || !pack(member)) {
             spool.cutTo(member.offset);
             hasFailed = true;
             notes().add(NoteCode::WriteFailed, Severity::Error, member.name,

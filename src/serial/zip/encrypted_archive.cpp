@@ -1,4 +1,4 @@
-#include "serial/zip/package_encryption.h"
+#include "serial/zip/encrypted_archive.h"
 
 #include "serial/crypto/manifest_reader.h"
 #include "serial/zip/member_stream.h"
