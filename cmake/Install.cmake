@@ -1,1 +1,19 @@
+# Headers, library, CMake package and pkg-config file.
+include(CMakePackageConfigHelpers)
 
+install(TARGETS odfmodel EXPORT odfmodelTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/odfmodel" "${ODFMODEL_GENERATED}/include/odfmodel"
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
+set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/odfmodel")
+install(EXPORT odfmodelTargets NAMESPACE odfmodel:: DESTINATION ${package_dir})
+configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/odfmodelConfig.cmake.in"
+  "${PROJECT_BINARY_DIR}/odfmodelConfig.cmake" INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/odfmodelConfigVersion.cmake" COMPATIBILITY SameMinorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/odfmodelConfig.cmake" "${PROJECT_BINARY_DIR}/odfmodelConfigVersion.cmake"
+  DESTINATION ${package_dir})
+
+configure_file("${PROJECT_SOURCE_DIR}/cmake/odfmodel.pc.in" "${PROJECT_BINARY_DIR}/odfmodel.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/odfmodel.pc" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
