@@ -188,6 +188,11 @@ void CSDExtObject::SetObject(CSDObject* child, int addToList) {
     if (child->GetID() == ODF::kParentAwareId) child->SetParentObj(this);
 }
 
+CSDObject* CSDExtObject::Adopt(CSDObject* child) {
+    SetObject(child, 1);
+    return child;
+}
+
 CSDObject* CSDExtObject::CreateObject(const unsigned short* name, int addToList) {
     const ODF::ClassDescriptor* const table = Descriptor();
     if (!table || !table->children || !hasFlag(kMapReady) || !name) return nullptr;

@@ -68,7 +68,7 @@ bool CSDStringValueObject::WriteElement(const unsigned short* name, CSDSerialize
 CSDMixedContentObject::~CSDMixedContentObject() = default;
 
 CSDStringValueObject* CSDMixedContentObject::SetText() {
-    return Adopt(static_cast<CSDStringValueObject*>(CSDStringValueObject::Create(ODF::kTextRunId)));
+    return static_cast<CSDStringValueObject*>(Adopt(CSDStringValueObject::Create(ODF::kTextRunId)));
 }
 
 CSDStringValueObject* CSDMixedContentObject::SetText(const CTulStringW& text) {

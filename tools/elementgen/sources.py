@@ -125,7 +125,7 @@ def class_source(element, pool, maps, namespaces):
     for child in element.children:
         target = child.class_name
         body += [f"{target}* {name}::Set{target[1:]}() {{",
-                 f"    return Adopt(static_cast<{target}*>({target}::Create({target}::kId)));", "}"]
+                 f"    return static_cast<{target}*>(Adopt({target}::Create({target}::kId)));", "}"]
     if element.equality:
         body += [f"int {name}::operator==(const {name}& other) const {{",
                  f"    return SameAttributes(tables::{name}, *this, other) ? 1 : 0;", "}"]

@@ -169,11 +169,7 @@ protected:
     explicit CSDExtObject(unsigned id) noexcept : CSDObject(id) { setFlag(kExtended, true); }
 
     /// Takes `child` over as `SetObject(child, 1)` does and returns it.
-    template<typename Child>
-    Child* Adopt(Child* child) {
-        SetObject(child, 1);
-        return child;
-    }
+    CSDObject* Adopt(CSDObject* child);
     /// Adds the attributes of an element class to `attributes`, in its writing order.
     void WriteAttributes(CSDAttribute* attributes) const;
 
