@@ -366,19 +366,22 @@ TEST(ZipDamage, EveryChangedByteIsSurvived) {
 }
 
 TEST(ZipDamage, ADirectoryThatClaimsManyMembersCostsNothing) {
-    // A 64-bit end record that claims four thousand million members.
-    std::string archive = "PK\6\6";
+    // One member, and a 64-bit end record behind it that claims a hundred million.
+    std::string archive = RawArchive({Stored("a", "x")});
+    archive.resize(archive.size() - 22);
+    const std::size_t directory = archive.find("PK\1\2");
+    const std::size_t end = archive.size();
+    archive += "PK\6\6";
     test::AppendNumber(archive, 44, 8);
     test::AppendNumber(archive, 45, 2);
     test::AppendNumber(archive, 45, 2);
     test::AppendNumber(archive, 0, 8);
-    test::AppendNumber(archive, 0xFFFFFFF0U, 8);
-    test::AppendNumber(archive, 0xFFFFFFF0U, 8);
-    test::AppendNumber(archive, 0, 8);
-    test::AppendNumber(archive, 0, 8);
+    for (const std::size_t number :
+         {std::size_t{100'000'000}, std::size_t{100'000'000}, end - directory, directory})
+        test::AppendNumber(archive, number, 8);
     archive += "PK\6\7";
     test::AppendNumber(archive, 0, 4);
-    test::AppendNumber(archive, 0, 8);
+    test::AppendNumber(archive, end, 8);
     test::AppendNumber(archive, 1, 4);
     archive += "PK\5\6";
     test::AppendNumber(archive, 0, 4);
