@@ -15,5 +15,7 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/odfmodelConfigVersion.cm
 install(FILES "${PROJECT_BINARY_DIR}/odfmodelConfig.cmake" "${PROJECT_BINARY_DIR}/odfmodelConfigVersion.cmake"
   DESTINATION ${package_dir})
 
+# Relative to its own place, so that an installation under any prefix, or a moved one, works.
+file(RELATIVE_PATH ODFMODEL_PC_PREFIX "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/odfmodel.pc.in" "${PROJECT_BINARY_DIR}/odfmodel.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/odfmodel.pc" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
