@@ -10,6 +10,13 @@
 
 namespace ODF {
 
+// What parts are described with stands at global scope, since the core's interface speaks of it; here it has the names
+// of its neighbours too.
+using ::_foCompSeqProcElem;
+using ::ISDPart;
+using ::ISDSeqProcElem;
+using ::PartType;
+
 /// One file of a package on the side of the element trees: the properties that the package holds for the same file,
 /// the root element of its tree when it is XML, and the list of its child parts. Reading and writing are the
 /// document's work, see `CDocument`.
