@@ -1,10 +1,11 @@
 // Archives that lie, damage and attack.
 
+#include "support/files.h"
 #include "zip/case_name.h"
+#include "zip/files_below.h"
 #include "zip/items.h"
 #include "zip/notes.h"
 #include "zip/raw_archive.h"
-#include "zip/temporary_folder.h"
 
 #include <odfmodel/core/diagnostics.h>
 #include <odfmodel/serial/unzip.h>

@@ -1,10 +1,10 @@
 // Reading archives: lookups, single members, reading in pieces, folders.
 
+#include "support/files.h"
 #include "zip/case_name.h"
 #include "zip/items.h"
 #include "zip/notes.h"
 #include "zip/raw_archive.h"
-#include "zip/temporary_folder.h"
 
 #include <odfmodel/core/diagnostics.h>
 #include <odfmodel/platform/memory_mapping.h>

@@ -1,9 +1,10 @@
 // Writing archives: what is in them, and what happens to the target when something fails.
 
+#include "support/files.h"
 #include "zip/case_name.h"
+#include "zip/files_below.h"
 #include "zip/items.h"
 #include "zip/notes.h"
-#include "zip/temporary_folder.h"
 
 #include <odfmodel/core/diagnostics.h>
 #include <odfmodel/platform/memory_mapping.h>
