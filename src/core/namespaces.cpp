@@ -44,6 +44,13 @@ constexpr std::array<NamespaceRow, kNamespaceCount> kNamespaces{{
     ODF_ROW("drawooo", "http://openoffice.org/2010/draw"),
     ODF_ROW("xhtml", "http://www.w3.org/1999/xhtml"),
     ODF_ROW("xml", "http://www.w3.org/XML/1998/namespace"),
+    // No names, but the prefixes of values: formulas, conditions, events, scripting languages.
+    ODF_ROW("of", ODF_URN("of:1.2")),
+    ODF_ROW("oooc", "http://openoffice.org/2004/calc"),
+    ODF_ROW("ooow", "http://openoffice.org/2004/writer"),
+    ODF_ROW("ooo", "http://openoffice.org/2004/office"),
+    ODF_ROW("dom", "http://www.w3.org/2001/xml-events"),
+    ODF_ROW("msoxl", "http://schemas.microsoft.com/office/excel/formula"),
 }};
 
 #undef ODF_ROW

@@ -126,6 +126,7 @@ CTulStringW::~CTulStringW() {
     Release(units_);
 }
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): sharing before releasing takes care of it
 CTulStringW& CTulStringW::operator=(const CTulStringW& other) noexcept {
     Share(other.units_);
     Release(units_);
@@ -202,8 +203,7 @@ bool CTulStringW::Append(unsigned short unit) {
 }
 
 CTulStringW& CTulStringW::operator+=(const CTulStringW& text) {
-    const CTulStringW keep(text); // `text` may be this string
-    Append(keep.view());
+    Append(text.view()); // which may be this very string
     return *this;
 }
 CTulStringW& CTulStringW::operator+=(unsigned short unit) {

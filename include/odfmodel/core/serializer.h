@@ -16,6 +16,8 @@ class Diagnostics;
 /// `OpenFile` or `OpenMemory` followed by `WriteRaw` calls. Made by `CreateSerialize`.
 class ODFMODEL_API CSDSerializer {
 public:
+    CSDSerializer(const CSDSerializer&) = delete;
+    CSDSerializer& operator=(const CSDSerializer&) = delete;
     virtual ~CSDSerializer();
 
     /// Called back from `WriteElement`: writes the element `name` with its attributes and its character content
@@ -51,6 +53,4 @@ public:
 
 protected:
     CSDSerializer() = default;
-    CSDSerializer(const CSDSerializer&) = delete;
-    CSDSerializer& operator=(const CSDSerializer&) = delete;
 };

@@ -19,6 +19,8 @@ class Diagnostics;
 /// document after the other. External entities and DTDs are never loaded. Made by `CreateSaxReader`.
 class ODFMODEL_API CSDSaxReader {
 public:
+    CSDSaxReader(const CSDSaxReader&) = delete;
+    CSDSaxReader& operator=(const CSDSaxReader&) = delete;
     virtual ~CSDSaxReader();
 
     /// Parses the file at `path` into the tree under `root`. False when the file can't be read or ends at a
@@ -58,8 +60,6 @@ public:
 
 protected:
     CSDSaxReader() = default;
-    CSDSaxReader(const CSDSaxReader&) = delete;
-    CSDSaxReader& operator=(const CSDSaxReader&) = delete;
 };
 
 /// A new reader, owned by the caller until `ReleaseSaxReader`; never null.

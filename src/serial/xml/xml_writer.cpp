@@ -20,6 +20,20 @@ NamespaceIndex NamespaceOf(std::string_view qname) noexcept {
     return colon == std::string_view::npos ? kNoNamespace : FindNamespaceByPrefix(qname.substr(0, colon));
 }
 
+/// The namespace of the prefix that a value begins with: "of:=SUM([.A1])" means nothing to a reader that doesn't find
+/// that prefix declared.
+NamespaceIndex NamespaceOfValue(std::u16string_view value) noexcept {
+    constexpr std::size_t kLongestPrefix = 12;
+    const std::size_t colon = value.substr(0, kLongestPrefix + 1).find(u':');
+    if (colon == std::u16string_view::npos || colon == 0) return kNoNamespace;
+    char prefix[kLongestPrefix];
+    for (std::size_t i = 0; i < colon; ++i) {
+        if (value[i] < u'a' || value[i] > u'z') return kNoNamespace;
+        prefix[i] = static_cast<char>(value[i]);
+    }
+    return FindNamespaceByPrefix({prefix, colon});
+}
+
 /// A name that may stand in a tag as it is. Names beyond ASCII are let through, blanks and markup are not.
 bool IsName(std::string_view name) noexcept {
     if (name.empty()) return false;
@@ -230,8 +244,12 @@ std::uint64_t XmlWriter::usedNamespaces(CSDObject& root, std::string_view rootNa
         if (table) {
             used |= table->requiredNamespaces;
             AttributeSlots::forEach(ObjectAccess::slots(*object), table->words(),
-                                    [&](unsigned row, const std::uint64_t*) {
-                                        if (row < table->attributeCount) used |= Bit(table->attributes[row].nameSpace);
+                                    [&](unsigned row, const std::uint64_t* slot) {
+                                        if (row >= table->attributeCount) return;
+                                        const AttributeRow& attribute = table->attributes[row];
+                                        used |= Bit(attribute.nameSpace);
+                                        const AttributeValue value{attribute, slot};
+                                        if (value.isText()) used |= Bit(NamespaceOfValue(value.text()));
                                     });
         }
         if (!children) continue;
