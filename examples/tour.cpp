@@ -1,5 +1,5 @@
-// Opens a text document, prints its outline and metadata, appends a paragraph, changes the title, saves, opens the
-// result and shows that the change is there.  tour IN.odt OUT.odt
+// Opens a text document, prints its outline and metadata, appends a paragraph, changes the title, saves,
+// opens the result and shows that the change is there.  tour IN.odt OUT.odt
 #include <odfmodel/odfmodel.h>
 
 #include <cstdio>
@@ -22,7 +22,8 @@ Class* First(const CSDObject* parent) {
 std::string PlainText(const CSDObject& object) {
     std::string text = ODF::TextOf(object);
     if (const auto* const children = object.GetObjectList())
-        for (const CSDObject* const child : *children) text += PlainText(*child);
+        for (const CSDObject* const child : *children)
+            text += PlainText(*child);
     return text;
 }
 

@@ -8,7 +8,8 @@ namespace {
 
 unsigned Count(const std::uint64_t* block, unsigned words) noexcept {
     unsigned count = 0;
-    for (unsigned word = 0; word < words; ++word) count += static_cast<unsigned>(std::popcount(block[word]));
+    for (unsigned word = 0; word < words; ++word)
+        count += static_cast<unsigned>(std::popcount(block[word]));
     return count;
 }
 
@@ -35,7 +36,8 @@ std::uint64_t* AttributeSlots::require(std::uint64_t*& block, unsigned words, un
 std::uint64_t* AttributeSlots::make(unsigned words, const std::uint16_t* rows, unsigned count) {
     auto* const block = static_cast<std::uint64_t*>(std::calloc(words + count, sizeof(std::uint64_t)));
     if (!block) throw std::bad_alloc();
-    for (unsigned i = 0; i < count; ++i) block[rows[i] / 64] |= std::uint64_t{1} << (rows[i] % 64);
+    for (unsigned i = 0; i < count; ++i)
+        block[rows[i] / 64] |= std::uint64_t{1} << (rows[i] % 64);
     return block;
 }
 

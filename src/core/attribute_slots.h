@@ -8,9 +8,9 @@
 
 namespace ODF {
 
-/// The values of an object's attributes: one block with a bit for each attribute that the class may have and one
-/// 8-byte slot for each that is present, in table order. An object without values has no block, and an absent
-/// attribute costs nothing. A text's slot holds the `CTulStringW` itself, which is one pointer.
+/// The values of an object's attributes: one block with a bit for each attribute that the class may have and
+/// one 8-byte slot for each that is present, in table order. An object without values has no block, and an
+/// absent attribute costs nothing. A text's slot holds the `CTulStringW` itself, which is one pointer.
 ///
 /// The bit behind the last attribute stands for the extras, a pointer to what hardly any object has.
 class AttributeSlots {
@@ -51,7 +51,8 @@ public:
 private:
     static unsigned rank(const std::uint64_t* block, unsigned row) noexcept {
         unsigned count = 0;
-        for (unsigned word = 0; word < row / 64; ++word) count += static_cast<unsigned>(std::popcount(block[word]));
+        for (unsigned word = 0; word < row / 64; ++word)
+            count += static_cast<unsigned>(std::popcount(block[word]));
         const std::uint64_t below = (std::uint64_t{1} << (row % 64)) - 1;
         return count + static_cast<unsigned>(std::popcount(block[row / 64] & below));
     }

@@ -23,8 +23,10 @@ std::uint64_t FromDouble(double value) noexcept {
 
 void StoreText(std::uint64_t* slot, const CTulStringW& value) noexcept {
     // A fresh slot is 0, which is no string yet.
-    if (*slot == 0) new (slot) CTulStringW(value);
-    else AttributeSlots::text(slot) = value;
+    if (*slot == 0)
+        new (slot) CTulStringW(value);
+    else
+        AttributeSlots::text(slot) = value;
 }
 
 /// The slot's content for every kind but a text.
@@ -32,13 +34,20 @@ template<typename View>
 std::uint64_t ParseValue(const AttributeRow& row, View text) noexcept {
     switch (row.kind) {
     case ValueKind::Bool:
-    case ValueKind::BoolWord: return row.has(AttributeRow::kTruthy) ? ParseTruth(text) : ParseBool(text);
-    case ValueKind::Unsigned: return ParseUnsigned(text);
-    case ValueKind::Signed: return static_cast<std::uint32_t>(ParseSigned(text));
-    case ValueKind::Double: return FromDouble(ParseDouble(text));
-    case ValueKind::Float: return FromDouble(static_cast<float>(ParseDouble(text)));
-    case ValueKind::Enumeration: return static_cast<std::uint64_t>(std::max(row.enumeration->find(text), 0));
-    case ValueKind::String: break;
+    case ValueKind::BoolWord:
+        return row.has(AttributeRow::kTruthy) ? ParseTruth(text) : ParseBool(text);
+    case ValueKind::Unsigned:
+        return ParseUnsigned(text);
+    case ValueKind::Signed:
+        return static_cast<std::uint32_t>(ParseSigned(text));
+    case ValueKind::Double:
+        return FromDouble(ParseDouble(text));
+    case ValueKind::Float:
+        return FromDouble(static_cast<float>(ParseDouble(text)));
+    case ValueKind::Enumeration:
+        return static_cast<std::uint64_t>(std::max(row.enumeration->find(text), 0));
+    case ValueKind::String:
+        break;
     }
     return 0;
 }
@@ -51,10 +60,13 @@ bool StaysAbsent(const AttributeRow& row, char first) noexcept {
 
 NumberText AttributeValue::plain() const noexcept {
     switch (row.kind) {
-    case ValueKind::Unsigned: return PrintUnsigned(whole());
-    case ValueKind::Signed: return PrintSigned(static_cast<std::int32_t>(whole()));
+    case ValueKind::Unsigned:
+        return PrintUnsigned(whole());
+    case ValueKind::Signed:
+        return PrintSigned(static_cast<std::int32_t>(whole()));
     case ValueKind::Double:
-    case ValueKind::Float: return PrintDouble(number());
+    case ValueKind::Float:
+        return PrintDouble(number());
     case ValueKind::Bool:
     case ValueKind::BoolWord: {
         const bool word = row.kind == ValueKind::BoolWord;
@@ -64,7 +76,8 @@ NumberText AttributeValue::plain() const noexcept {
         return result;
     }
     case ValueKind::String:
-    case ValueKind::Enumeration: break;
+    case ValueKind::Enumeration:
+        break;
     }
     return {};
 }
@@ -76,8 +89,8 @@ void ObjectAccess::adopt(CSDObject& parent, CSDObject* child) {
     if (child->id_ == kParentAwareId) child->SetParentObj(&parent);
 }
 
-void ObjectAccess::readAttributes(CSDObject& object, const ClassDescriptor& table, std::span<ReadValue> values,
-                                  ValuePool& pool) {
+void ObjectAccess::readAttributes(CSDObject& object, const ClassDescriptor& table,
+                                  std::span<ReadValue> values, ValuePool& pool) {
     if (table.children) object.setFlag(CSDObject::kMapReady, true);
     std::size_t count = 0;
     for (const ReadValue& value : values) {
@@ -92,13 +105,15 @@ void ObjectAccess::readAttributes(CSDObject& object, const ClassDescriptor& tabl
         const AttributeRow& row = table.attributes[value.row];
         if (row.kind == ValueKind::String)
             StoreText(slot, pool.get(row.has(AttributeRow::kFirstFont) ? FirstFont(value.text) : value.text));
-        else *slot = ParseValue(row, value.text);
+        else
+            *slot = ParseValue(row, value.text);
     };
     // Nearly always the object is new, so its block is made once and filled in order.
     constexpr std::size_t kMaxAtOnce = 256;
     if (!object.slots_ && count <= kMaxAtOnce) {
         const auto byRow = [](const ReadValue& a, const ReadValue& b) { return a.row < b.row; };
-        if (!std::is_sorted(values.begin(), values.end(), byRow)) std::stable_sort(values.begin(), values.end(), byRow);
+        if (!std::is_sorted(values.begin(), values.end(), byRow))
+            std::stable_sort(values.begin(), values.end(), byRow);
         std::uint16_t rows[kMaxAtOnce];
         std::uint16_t distinct = 0;
         for (const ReadValue& value : values)
@@ -111,7 +126,8 @@ void ObjectAccess::readAttributes(CSDObject& object, const ClassDescriptor& tabl
         }
         return;
     }
-    for (const ReadValue& value : values) store(value, AttributeSlots::require(object.slots_, words, value.row));
+    for (const ReadValue& value : values)
+        store(value, AttributeSlots::require(object.slots_, words, value.row));
 }
 
 bool ObjectAccess::isWritten(const CSDObject& object, const ClassDescriptor& table, unsigned row) noexcept {
@@ -122,7 +138,8 @@ bool ObjectAccess::isWritten(const CSDObject& object, const ClassDescriptor& tab
 }
 
 CTulStringW ObjectAccess::attributeText(const CSDObject& object, const ClassDescriptor& table, unsigned row) {
-    const AttributeValue value{table.attributes[row], AttributeSlots::find(object.slots_, table.words(), row)};
+    const AttributeValue value{table.attributes[row],
+                               AttributeSlots::find(object.slots_, table.words(), row)};
     if (value.isText()) return value.slot ? AttributeSlots::text(value.slot) : CTulStringW();
     if (value.isKey()) return CTulStringW(value.key());
     return CTulStringW(value.plain().view());
@@ -153,8 +170,10 @@ bool CSDObject::GetAttribute(const ClassDescriptor& table, unsigned row, CTulStr
 
 bool CSDObject::GetAttribute(const ClassDescriptor& table, unsigned row, unsigned& out) const noexcept {
     const std::uint64_t* const slot = AttributeSlots::find(slots_, table.words(), row);
-    if (slot) out = static_cast<unsigned>(*slot);
-    else if (!table.attributes[row].has(AttributeRow::kOptional)) out = table.attributes[row].defaultValue;
+    if (slot)
+        out = static_cast<unsigned>(*slot);
+    else if (!table.attributes[row].has(AttributeRow::kOptional))
+        out = table.attributes[row].defaultValue;
     return slot != nullptr;
 }
 
@@ -187,7 +206,8 @@ bool CSDObject::GetAttribute(const ClassDescriptor& table, unsigned row, float& 
 
 void CSDObject::SetAttribute(const ClassDescriptor& table, unsigned row, const CTulStringW& value) {
     const AttributeRow& attribute = table.attributes[row];
-    const CTulStringW kept = attribute.has(AttributeRow::kFirstFont) ? CTulStringW(ODF::FirstFont(value.view())) : value;
+    const CTulStringW kept =
+        attribute.has(AttributeRow::kFirstFont) ? CTulStringW(ODF::FirstFont(value.view())) : value;
     ODF::StoreText(AttributeSlots::require(slots_, table.words(), row), kept);
 }
 void CSDObject::SetRawAttribute(const ClassDescriptor& table, unsigned row, std::uint64_t value) {
@@ -209,13 +229,15 @@ void CSDObject::SetAttribute(const ClassDescriptor& table, unsigned row, float v
     SetAttribute(table, row, static_cast<double>(value));
 }
 
-bool CSDObject::SameAttributes(const ClassDescriptor& table, const CSDObject& a, const CSDObject& b) noexcept {
+bool CSDObject::SameAttributes(const ClassDescriptor& table, const CSDObject& a,
+                               const CSDObject& b) noexcept {
     const unsigned words = table.words();
     for (unsigned row = 0; row < table.attributeCount; ++row) {
         const AttributeRow& attribute = table.attributes[row];
         const ODF::AttributeValue left{attribute, AttributeSlots::find(a.slots_, words, row)};
         const ODF::AttributeValue right{attribute, AttributeSlots::find(b.slots_, words, row)};
-        if (attribute.has(AttributeRow::kOptional) && (left.slot == nullptr) != (right.slot == nullptr)) return false;
+        if (attribute.has(AttributeRow::kOptional) && (left.slot == nullptr) != (right.slot == nullptr))
+            return false;
         if (left.isText()) {
             if (left.text() != right.text()) return false;
         } else if (attribute.kind == ValueKind::Double || attribute.kind == ValueKind::Float) {
@@ -238,8 +260,10 @@ bool CSDExtObject::ReadAttribute(CSDAttribute* attributes) {
                     ? attributes->GetValue(local)
                     : attributes->GetValue(ToUnits(ODF::Namespace(row.nameSpace).uri16), local);
             if (!value || ODF::StaysAbsent(row, static_cast<char>(*value == u'-' ? '-' : '\0'))) continue;
-            if (row.kind == ValueKind::String) SetAttribute(*table, i, CTulStringW(value));
-            else SetRawAttribute(*table, i, ODF::ParseValue(row, ToView(value)));
+            if (row.kind == ValueKind::String)
+                SetAttribute(*table, i, CTulStringW(value));
+            else
+                SetRawAttribute(*table, i, ODF::ParseValue(row, ToView(value)));
         }
     }
     InitMap(true);
@@ -257,12 +281,15 @@ void CSDExtObject::WriteAttributes(CSDAttribute* attributes) const {
         if (attribute.kind == ValueKind::String || attribute.kind == ValueKind::Enumeration)
             text = CTulStringW(ODF::EscapeXml(text.view()));
         const unsigned short* const local = ToUnits(attribute.localName);
-        if (attribute.nameSpace == ODF::kNoNamespace) attributes->AddAttribute(local, text);
-        else attributes->AddAttribute(ToUnits(ODF::Namespace(attribute.nameSpace).uri16), local, text);
+        if (attribute.nameSpace == ODF::kNoNamespace)
+            attributes->AddAttribute(local, text);
+        else
+            attributes->AddAttribute(ToUnits(ODF::Namespace(attribute.nameSpace).uri16), local, text);
     }
 }
 
-bool CSDExtObject::WriteElement(const unsigned short* name, CSDSerializer* serializer, CSDAttribute* attributes) {
+bool CSDExtObject::WriteElement(const unsigned short* name, CSDSerializer* serializer,
+                                CSDAttribute* attributes) {
     if (!Descriptor() || !serializer) return false;
     WriteAttributes(attributes);
     return serializer->WriteObject(name, this, attributes, nullptr, 1);

@@ -78,7 +78,8 @@ struct ChildMap {
     const ChildRow* find(unsigned id) const noexcept;
 };
 
-/// The constant table of one element class. Nothing in it changes, so documents on different threads share it.
+/// The constant table of one element class. Nothing in it changes, so documents on different threads share
+/// it.
 struct ClassDescriptor {
     const char* className;
     const char* elementName;
@@ -98,17 +99,18 @@ struct ClassDescriptor {
     std::span<const AttributeRow> rows() const noexcept { return {attributes, attributeCount}; }
     /// Row of the attribute, or -1.
     int findAttribute(NamespaceIndex owner, std::string_view localName) const noexcept;
-    /// Words of presence bits in front of the values; one bit more than attributes, for the rarely used extras.
+    /// Words of presence bits in front of the values; one bit more than attributes, for the rarely used
+    /// extras.
     unsigned words() const noexcept { return attributeCount / 64U + 1U; }
 };
 
-/// Every enumeration, in the order of the type names, and every class, in the order of the ids. The element tables
-/// define them; the core only names them.
+/// Every enumeration, in the order of the type names, and every class, in the order of the ids. The element
+/// tables define them; the core only names them.
 std::span<const EnumerationTable* const> Enumerations() noexcept;
 std::span<const ClassDescriptor* const> Classes() noexcept;
 
-/// The enumeration of that type name in the group that the high byte of `id` tells; null when there is none. All
-/// element classes are of one group.
+/// The enumeration of that type name in the group that the high byte of `id` tells; null when there is none.
+/// All element classes are of one group.
 const EnumerationTable* FindEnumeration(unsigned id, std::u16string_view typeName) noexcept;
 
 } // namespace ODF

@@ -23,7 +23,8 @@ template<typename Char>
 Whole ScanWhole(std::basic_string_view<Char> text) noexcept {
     Whole whole;
     std::size_t at = 0;
-    while (at < text.size() && IsBlank(text[at])) ++at;
+    while (at < text.size() && IsBlank(text[at]))
+        ++at;
     if (at < text.size() && (text[at] == '-' || text[at] == '+')) whole.negative = text[at++] == '-';
     for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at)
         if (whole.magnitude <= std::numeric_limits<std::uint32_t>::max())
@@ -34,7 +35,8 @@ Whole ScanWhole(std::basic_string_view<Char> text) noexcept {
 template<typename Char>
 std::uint32_t ToUnsigned(std::basic_string_view<Char> text) noexcept {
     const Whole whole = ScanWhole(text);
-    if (whole.magnitude > std::numeric_limits<std::uint32_t>::max()) return std::numeric_limits<std::uint32_t>::max();
+    if (whole.magnitude > std::numeric_limits<std::uint32_t>::max())
+        return std::numeric_limits<std::uint32_t>::max();
     const auto value = static_cast<std::uint32_t>(whole.magnitude);
     return whole.negative ? 0U - value : value;
 }
@@ -53,7 +55,8 @@ template<typename Char>
 bool IsWord(std::basic_string_view<Char> text, std::string_view word) noexcept {
     if (text.size() != word.size()) return false;
     for (std::size_t i = 0; i < word.size(); ++i)
-        if (text[i] != static_cast<Char>(word[i]) && text[i] != static_cast<Char>(word[i] - 'a' + 'A')) return false;
+        if (text[i] != static_cast<Char>(word[i]) && text[i] != static_cast<Char>(word[i] - 'a' + 'A'))
+            return false;
     return true;
 }
 
@@ -110,7 +113,8 @@ std::int32_t ParseSigned(std::u16string_view text) noexcept {
 
 double ParseDouble(std::string_view text) noexcept {
     std::size_t at = 0;
-    while (at < text.size() && IsBlank(text[at])) ++at;
+    while (at < text.size() && IsBlank(text[at]))
+        ++at;
     bool negative = false;
     if (at < text.size() && (text[at] == '+' || text[at] == '-')) negative = text[at++] == '-';
     // A second sign is none of a number.
@@ -119,10 +123,12 @@ double ParseDouble(std::string_view text) noexcept {
     const auto result = std::from_chars(text.data() + at, text.data() + text.size(), value);
     if (result.ec == std::errc::result_out_of_range) {
         // Too large gives infinity, too small 0; the exponent's sign tells which.
-        const std::string_view number(text.data() + at, static_cast<std::size_t>(result.ptr - text.data()) - at);
+        const std::string_view number(text.data() + at,
+                                      static_cast<std::size_t>(result.ptr - text.data()) - at);
         const std::size_t exponent = number.find_first_of("eE");
-        const bool tiny = exponent != std::string_view::npos ? number.find('-', exponent) != std::string_view::npos
-                                                             : number.starts_with("0.") || number.starts_with('.');
+        const bool tiny = exponent != std::string_view::npos
+                              ? number.find('-', exponent) != std::string_view::npos
+                              : number.starts_with("0.") || number.starts_with('.');
         value = tiny ? 0 : std::numeric_limits<double>::infinity();
     }
     return negative ? -value : value;
@@ -174,11 +180,20 @@ std::u16string EscapeXml(std::u16string_view text) {
     result.reserve(text.size());
     for (const char16_t c : text) {
         switch (c) {
-        case u'&': result += u"&amp;"; break;
-        case u'>': result += u"&gt;"; break;
-        case u'<': result += u"&lt;"; break;
-        case u'"': result += u"&quot;"; break;
-        default: result += c;
+        case u'&':
+            result += u"&amp;";
+            break;
+        case u'>':
+            result += u"&gt;";
+            break;
+        case u'<':
+            result += u"&lt;";
+            break;
+        case u'"':
+            result += u"&quot;";
+            break;
+        default:
+            result += c;
         }
     }
     return result;

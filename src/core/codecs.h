@@ -8,8 +8,9 @@
 
 namespace ODF {
 
-// How attribute values look as text. Nothing here reports a bad text: "abc" reads as 0, "12px" as 12. Each parser
-// takes UTF-8, as the reader holds it, or UTF-16, as the interface hands it over; only ASCII counts in either.
+// How attribute values look as text. Nothing here reports a bad text: "abc" reads as 0, "12px" as 12. Each
+// parser takes UTF-8, as the reader holds it, or UTF-16, as the interface hands it over; only ASCII counts in
+// either.
 
 /// "1" or "true", in any case, is true.
 bool ParseBool(std::string_view text) noexcept;

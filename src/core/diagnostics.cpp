@@ -9,30 +9,48 @@ constexpr std::size_t kMaxText = 400;
 
 void Count(Diagnostics::NameCounts& counts, std::string_view name, std::size_t times) {
     const auto at = counts.find(name);
-    if (at != counts.end()) at->second += times;
-    else if (counts.size() < kMaxNames) counts.emplace(name.substr(0, kMaxText), times);
-    else counts["(other names)"] += times;
+    if (at != counts.end())
+        at->second += times;
+    else if (counts.size() < kMaxNames)
+        counts.emplace(name.substr(0, kMaxText), times);
+    else
+        counts["(other names)"] += times;
 }
 
 } // namespace
 
 const char* ToText(Status status) noexcept {
     switch (status) {
-    case Status::None: return "nothing done yet";
-    case Status::Ok: return "ok";
-    case Status::NotReadable: return "the file is not readable";
-    case Status::NotAnArchive: return "not an archive";
-    case Status::PasswordNeeded: return "the package is encrypted: a password is needed";
-    case Status::WrongPassword: return "wrong password";
-    case Status::UnsupportedEncryption: return "the encryption is not supported";
-    case Status::UnknownType: return "unknown document type";
-    case Status::BadIndex: return "the index of the package can not be read";
-    case Status::NoContent: return "the package has no content";
-    case Status::LimitExceeded: return "a limit is exceeded";
-    case Status::NoTemporaryFolder: return "no temporary folder";
-    case Status::NothingToSave: return "there is nothing to save";
-    case Status::CouldNotWrite: return "could not write";
-    case Status::OutOfMemory: return "out of memory";
+    case Status::None:
+        return "nothing done yet";
+    case Status::Ok:
+        return "ok";
+    case Status::NotReadable:
+        return "the file is not readable";
+    case Status::NotAnArchive:
+        return "not an archive";
+    case Status::PasswordNeeded:
+        return "the package is encrypted: a password is needed";
+    case Status::WrongPassword:
+        return "wrong password";
+    case Status::UnsupportedEncryption:
+        return "the encryption is not supported";
+    case Status::UnknownType:
+        return "unknown document type";
+    case Status::BadIndex:
+        return "the index of the package can not be read";
+    case Status::NoContent:
+        return "the package has no content";
+    case Status::LimitExceeded:
+        return "a limit is exceeded";
+    case Status::NoTemporaryFolder:
+        return "no temporary folder";
+    case Status::NothingToSave:
+        return "there is nothing to save";
+    case Status::CouldNotWrite:
+        return "could not write";
+    case Status::OutOfMemory:
+        return "out of memory";
     }
     return "unknown";
 }

@@ -7,7 +7,10 @@ namespace {
 
 // Each URI stands once and is wanted in both encodings, which only the preprocessor can join.
 #define ODF_URN(name) "urn:oasis:names:tc:opendocument:xmlns:" name
-#define ODF_ROW(prefix, uri) NamespaceRow{prefix, uri, u"" uri}
+#define ODF_ROW(prefix, uri)                                                                                 \
+    NamespaceRow {                                                                                           \
+        prefix, uri, u"" uri                                                                                 \
+    }
 
 constexpr std::array<NamespaceRow, kNamespaceCount> kNamespaces{{
     ODF_ROW("", ""),
@@ -34,7 +37,8 @@ constexpr std::array<NamespaceRow, kNamespaceCount> kNamespaces{{
     ODF_ROW("tableooo", "http://openoffice.org/2009/table"),
     ODF_ROW("dc", "http://purl.org/dc/elements/1.1/"),
     ODF_ROW("officeooo", "http://openoffice.org/2009/office"),
-    // Known so that what is passed over is reported under its usual name, and may be written by callers' classes.
+    // Known so that what is passed over is reported under its usual name, and may be written by callers'
+    // classes.
     ODF_ROW("db", ODF_URN("database:1.0")),
     ODF_ROW("manifest", ODF_URN("manifest:1.0")),
     ODF_ROW("loext", "urn:org:documentfoundation:names:experimental:office:xmlns:loext:1.0"),

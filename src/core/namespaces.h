@@ -6,8 +6,8 @@
 
 namespace ODF {
 
-/// One namespace that the element classes know: its URI and the prefix under which its names stand in the tables
-/// and in what is written.
+/// One namespace that the element classes know: its URI and the prefix under which its names stand in the
+/// tables and in what is written.
 struct NamespaceRow {
     std::string_view prefix;
     std::string_view uri;

@@ -52,7 +52,8 @@ Extras& RequireExtras(std::uint64_t*& block, const ODF::ClassDescriptor* table) 
 } // namespace
 
 CSDObject::~CSDObject() {
-    // An element class has released its values by now; what is left can only be the extras of a class without table.
+    // An element class has released its values by now; what is left can only be the extras of a class without
+    // table.
     if (slots_) {
         releaseExtras(nullptr);
         ODF::AttributeSlots::release(slots_);
@@ -103,7 +104,8 @@ bool CSDObject::IsMaintainObject() {
 
 std::vector<CTulStringW>* CSDObject::GetMaintainElementList() {
     Extras& extras = RequireExtras(slots_, Descriptor());
-    if (!extras.maintainElementList) extras.maintainElementList = std::make_unique<std::vector<CTulStringW>>();
+    if (!extras.maintainElementList)
+        extras.maintainElementList = std::make_unique<std::vector<CTulStringW>>();
     return extras.maintainElementList.get();
 }
 
@@ -153,8 +155,9 @@ const unsigned short* CSDObject::_FindEnumKey(unsigned id, const unsigned short*
 }
 
 CSDExtObject::~CSDExtObject() {
-    // The tree goes in list order, each object before what lies below it, by a stack of lists instead of a recursion:
-    // an object that is deleted here has handed its children over, so its own destructor finds none.
+    // The tree goes in list order, each object before what lies below it, by a stack of lists instead of a
+    // recursion: an object that is deleted here has handed its children over, so its own destructor finds
+    // none.
     struct Level {
         std::vector<CSDObject*> objects;
         std::size_t next = 0;
@@ -178,7 +181,8 @@ CSDExtObject::~CSDExtObject() {
 }
 
 void CSDExtObject::InitMap(bool) {
-    if (const ODF::ClassDescriptor* const table = Descriptor(); table && table->children) setFlag(kMapReady, true);
+    if (const ODF::ClassDescriptor* const table = Descriptor(); table && table->children)
+        setFlag(kMapReady, true);
 }
 
 void CSDExtObject::SetObject(CSDObject* child, int addToList) {

@@ -15,15 +15,16 @@
 
 namespace ODF {
 
-/// One attribute of a start tag as the reader has resolved it: the row of the class's table and the value in UTF-8.
+/// One attribute of a start tag as the reader has resolved it: the row of the class's table and the value in
+/// UTF-8.
 struct ReadValue {
     std::uint16_t row;
     std::string_view text;
 };
 
-/// What the XML reader and writer, and the reflection, may do with element objects beyond the virtual operations: the
-/// quick ways for objects whose table tells all of them. A caller's own class has no table and goes by the virtual
-/// operations.
+/// What the XML reader and writer, and the reflection, may do with element objects beyond the virtual
+/// operations: the quick ways for objects whose table tells all of them. A caller's own class has no table
+/// and goes by the virtual operations.
 class ObjectAccess {
 public:
     /// The table of an element object that is read and written by it; null for any other object.
@@ -37,9 +38,12 @@ public:
     static bool holdsText(const CSDObject& object) noexcept { return object.hasFlag(CSDObject::kText); }
     static bool keepsRuns(const CSDObject& object) noexcept { return object.hasFlag(CSDObject::kRuns); }
     static bool isTextRun(const CSDObject& object) noexcept {
-        return object.id_ == kTextRunId && object.hasFlag(CSDObject::kText) && !object.hasFlag(CSDObject::kElement);
+        return object.id_ == kTextRunId && object.hasFlag(CSDObject::kText) &&
+               !object.hasFlag(CSDObject::kElement);
     }
-    static CTulStringW& text(CSDObject& object) noexcept { return static_cast<CSDStringValueObject&>(object).value_; }
+    static CTulStringW& text(CSDObject& object) noexcept {
+        return static_cast<CSDStringValueObject&>(object).value_;
+    }
     static const CTulStringW& text(const CSDObject& object) noexcept {
         return static_cast<const CSDStringValueObject&>(object).value_;
     }
@@ -79,7 +83,9 @@ struct AttributeValue {
     std::u16string_view text() const noexcept {
         return slot ? AttributeSlots::text(slot).view() : std::u16string_view();
     }
-    std::uint32_t whole() const noexcept { return slot ? static_cast<std::uint32_t>(*slot) : row.defaultValue; }
+    std::uint32_t whole() const noexcept {
+        return slot ? static_cast<std::uint32_t>(*slot) : row.defaultValue;
+    }
     double number() const noexcept { return slot ? AttributeSlots::number(slot) : 0.0; }
     bool isText() const noexcept { return row.kind == ValueKind::String; }
     /// The key of an enumeration; empty for a value outside it.

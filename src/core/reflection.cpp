@@ -11,14 +11,20 @@ namespace {
 
 AttributeType TypeOf(ValueKind kind) noexcept {
     switch (kind) {
-    case ValueKind::String: return AttributeType::Text;
+    case ValueKind::String:
+        return AttributeType::Text;
     case ValueKind::Bool:
-    case ValueKind::BoolWord: return AttributeType::Bool;
-    case ValueKind::Unsigned: return AttributeType::Unsigned;
-    case ValueKind::Signed: return AttributeType::Signed;
+    case ValueKind::BoolWord:
+        return AttributeType::Bool;
+    case ValueKind::Unsigned:
+        return AttributeType::Unsigned;
+    case ValueKind::Signed:
+        return AttributeType::Signed;
     case ValueKind::Double:
-    case ValueKind::Float: return AttributeType::Number;
-    case ValueKind::Enumeration: return AttributeType::Enumeration;
+    case ValueKind::Float:
+        return AttributeType::Number;
+    case ValueKind::Enumeration:
+        return AttributeType::Enumeration;
     }
     return AttributeType::Text;
 }
@@ -66,7 +72,8 @@ std::vector<std::string> ClassInfo::keys(std::string_view attribute) const {
 std::vector<ChildInfo> ClassInfo::children() const {
     std::vector<ChildInfo> result;
     if (const ChildMap* const map = table_->children)
-        for (unsigned i = 0; i < map->count; ++i) result.push_back({map->rows[i].utf8Name, map->rows[i].id});
+        for (unsigned i = 0; i < map->count; ++i)
+            result.push_back({map->rows[i].utf8Name, map->rows[i].id});
     return result;
 }
 
@@ -76,7 +83,8 @@ CSDObject* ClassInfo::create() const {
 
 std::vector<ClassInfo> AllClasses() {
     std::vector<ClassInfo> result;
-    for (const ClassDescriptor* const table : Classes()) result.push_back(ObjectAccess::info(*table));
+    for (const ClassDescriptor* const table : Classes())
+        result.push_back(ObjectAccess::info(*table));
     return result;
 }
 
@@ -87,9 +95,20 @@ std::optional<ClassInfo> ClassOf(const CSDObject& object) {
 
 std::optional<ClassInfo> ClassOfElement(std::string_view elementName) {
     const auto classes = Classes();
-    const auto at = std::find_if(classes.begin(), classes.end(),
-                                 [&](const ClassDescriptor* table) { return elementName == table->elementName; });
+    const auto at = std::find_if(classes.begin(), classes.end(), [&](const ClassDescriptor* table) {
+        return elementName == table->elementName;
+    });
     return at == classes.end() ? std::nullopt : std::optional(ObjectAccess::info(**at));
+}
+
+std::string_view PrefixOfNamespace(std::string_view uri) noexcept {
+    const NamespaceIndex index = FindNamespaceByUri(uri);
+    return index == kUnknownNamespace ? std::string_view() : Namespace(index).prefix;
+}
+
+std::string_view NamespaceOfPrefix(std::string_view prefix) noexcept {
+    const NamespaceIndex index = FindNamespaceByPrefix(prefix);
+    return index == kUnknownNamespace ? std::string_view() : Namespace(index).uri;
 }
 
 bool IsTextRun(const CSDObject& object) noexcept {

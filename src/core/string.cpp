@@ -37,13 +37,14 @@ Header* HeaderOf(unsigned short* units) noexcept {
     return reinterpret_cast<Header*>(units) - 1;
 }
 
-/// A buffer for `length` units, with one reference and no unit in use; null without memory. The block holds the
-/// header and a multiple of eight units.
+/// A buffer for `length` units, with one reference and no unit in use; null without memory. The block holds
+/// the header and a multiple of eight units.
 unsigned short* Allocate(std::size_t length) noexcept {
     if (length == 0) return Nil();
     if (length > kMaxLength) return nullptr;
     const std::size_t capacity = ((length + 9) & ~std::size_t{7}) - 1;
-    auto* const header = static_cast<Header*>(std::malloc(sizeof(Header) + (capacity + 1) * sizeof(unsigned short)));
+    auto* const header =
+        static_cast<Header*>(std::malloc(sizeof(Header) + (capacity + 1) * sizeof(unsigned short)));
     if (!header) return nullptr;
     *header = Header{1, 0, static_cast<std::uint32_t>(capacity)};
     auto* const units = reinterpret_cast<unsigned short*>(header + 1);
@@ -61,8 +62,8 @@ void Release(unsigned short* units) noexcept {
     Header* const header = HeaderOf(units);
     if (units == Nil()) return;
     std::atomic_ref<std::int32_t> references(header->references);
-    // A buffer with one owner can't be shared by another thread at the same time, so the last release needs no
-    // locked instruction.
+    // A buffer with one owner can't be shared by another thread at the same time, so the last release needs
+    // no locked instruction.
     if (references.load(std::memory_order_acquire) == 1 ||
         references.fetch_sub(1, std::memory_order_acq_rel) == 1)
         std::free(header);
@@ -101,12 +102,14 @@ CTulStringW::CTulStringW(const unsigned short* text) : CTulStringW(ToView(text))
 CTulStringW::CTulStringW(const unsigned short* text, std::size_t length) : units_(Nil()) {
     Assign(text, length);
 }
-CTulStringW::CTulStringW(const char16_t* text) : CTulStringW(text ? std::u16string_view(text) : std::u16string_view()) {}
+CTulStringW::CTulStringW(const char16_t* text)
+    : CTulStringW(text ? std::u16string_view(text) : std::u16string_view()) {}
 CTulStringW::CTulStringW(std::u16string_view text) : units_(Nil()) {
     Assign(text);
 }
 CTulStringW::CTulStringW(const std::u16string& text) : CTulStringW(std::u16string_view(text)) {}
-CTulStringW::CTulStringW(const char* utf8) : CTulStringW(utf8 ? std::string_view(utf8) : std::string_view()) {}
+CTulStringW::CTulStringW(const char* utf8)
+    : CTulStringW(utf8 ? std::string_view(utf8) : std::string_view()) {}
 CTulStringW::CTulStringW(const std::string& utf8) : CTulStringW(std::string_view(utf8)) {}
 CTulStringW::CTulStringW(std::string_view utf8) : units_(Nil()) {
     utf8 = utf8.substr(0, utf8.find('\0'));
@@ -165,7 +168,8 @@ bool CTulStringW::Assign(std::u16string_view text) {
         return true;
     }
     if (!IsShared(units_) && GetCapacity() >= text.size()) {
-        std::memmove(units_, text.data(), text.size() * sizeof(unsigned short)); // may lie in this very buffer
+        std::memmove(units_, text.data(),
+                     text.size() * sizeof(unsigned short)); // may lie in this very buffer
         SetLength(units_, text.size());
         return true;
     }
@@ -229,7 +233,8 @@ bool CTulStringW::Replace(const CTulStringW& fromText, const CTulStringW& toText
     if (from.empty() || text.find(from) == std::u16string_view::npos) return true;
     std::u16string result;
     std::size_t at = 0;
-    for (std::size_t hit = 0; (hit = text.find(from, at)) != std::u16string_view::npos; at = hit + from.size())
+    for (std::size_t hit = 0; (hit = text.find(from, at)) != std::u16string_view::npos;
+         at = hit + from.size())
         result.append(text.substr(at, hit - at)).append(toText.view());
     result.append(text.substr(at));
     return Assign(std::u16string_view(result));
@@ -258,7 +263,8 @@ Conversion ReadConversion(std::u16string_view format, std::size_t& at) {
     constexpr std::u16string_view kFlags = u"-+ #0123456789.";
     for (; at < format.size() && kFlags.find(format[at]) != std::u16string_view::npos; ++at)
         conversion.flags += static_cast<char>(format[at]);
-    while (at < format.size() && (format[at] == u'l' || format[at] == u'h')) ++at; // arguments bring their width
+    while (at < format.size() && (format[at] == u'l' || format[at] == u'h'))
+        ++at; // arguments bring their width
     if (at < format.size()) conversion.letter = format[at++];
     return conversion;
 }
@@ -269,7 +275,8 @@ std::u16string Print(const Conversion& conversion, const char* length, T value) 
     char buffer[512];
     const int count = std::snprintf(buffer, sizeof buffer, format.c_str(), value);
     if (count <= 0) return {};
-    return ODF::ToUtf16(std::string_view(buffer, std::min<std::size_t>(static_cast<std::size_t>(count), sizeof buffer - 1)));
+    return ODF::ToUtf16(
+        std::string_view(buffer, std::min<std::size_t>(static_cast<std::size_t>(count), sizeof buffer - 1)));
 }
 
 std::u16string PrintText(const Conversion& conversion, std::u16string_view text) {
@@ -278,9 +285,12 @@ std::u16string PrintText(const Conversion& conversion, std::u16string_view text)
     bool left = false;
     std::size_t* number = &width;
     for (const char c : conversion.flags) {
-        if (c == '-') left = true;
-        else if (c == '.') *(number = &precision) = 0;
-        else if (c >= '0' && c <= '9') *number = std::min<std::size_t>(*number * 10 + static_cast<std::size_t>(c - '0'), 4096);
+        if (c == '-')
+            left = true;
+        else if (c == '.')
+            *(number = &precision) = 0;
+        else if (c >= '0' && c <= '9')
+            *number = std::min<std::size_t>(*number * 10 + static_cast<std::size_t>(c - '0'), 4096);
     }
     std::u16string result(text.substr(0, precision));
     if (result.size() < width) result.insert(left ? result.size() : 0, width - result.size(), u' ');
@@ -305,25 +315,32 @@ bool CTulStringW::FormatList(std::u16string_view format, std::initializer_list<F
         if (argument == arguments.end() || conversion.flags.size() > 16) continue;
         const FormatArgument::Value& value = (argument++)->value_;
         const auto asUnsigned = [&value] {
-            if (const auto* number = std::get_if<long long>(&value)) return static_cast<unsigned long long>(*number);
+            if (const auto* number = std::get_if<long long>(&value))
+                return static_cast<unsigned long long>(*number);
             if (const auto* number = std::get_if<unsigned long long>(&value)) return *number;
             return 0ULL;
         };
         switch (conversion.letter) {
         case u's':
         case u'S':
-            if (const auto* text = std::get_if<std::u16string_view>(&value)) result += PrintText(conversion, *text);
+            if (const auto* text = std::get_if<std::u16string_view>(&value))
+                result += PrintText(conversion, *text);
             break;
-        case u'c': result += static_cast<char16_t>(asUnsigned()); break;
+        case u'c':
+            result += static_cast<char16_t>(asUnsigned());
+            break;
         case u'd':
-        case u'i': result += Print(conversion, "ll", static_cast<long long>(asUnsigned())); break;
+        case u'i':
+            result += Print(conversion, "ll", static_cast<long long>(asUnsigned()));
+            break;
         case u'u':
         case u'o':
         case u'x':
         case u'X': {
             // A negative number shows as the 32-bit pattern that callers of %x and %u expect.
             unsigned long long number = asUnsigned();
-            if (const auto* whole = std::get_if<long long>(&value); whole && *whole < 0 && *whole >= INT32_MIN)
+            if (const auto* whole = std::get_if<long long>(&value);
+                whole && *whole < 0 && *whole >= INT32_MIN)
                 number = static_cast<std::uint32_t>(*whole);
             result += Print(conversion, "ll", number);
             break;
@@ -333,7 +350,8 @@ bool CTulStringW::FormatList(std::u16string_view format, std::initializer_list<F
         case u'g':
             if (const auto* number = std::get_if<double>(&value)) result += Print(conversion, "", *number);
             break;
-        default: return false;
+        default:
+            return false;
         }
     }
     return Assign(std::u16string_view(result));

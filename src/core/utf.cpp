@@ -20,7 +20,8 @@ std::size_t DecodeUtf8(std::string_view utf8, char16_t* out) noexcept {
             std::uint64_t block = 0;
             std::memcpy(&block, at, sizeof block);
             if (block & 0x8080808080808080ULL) break;
-            for (int i = 0; i < 8; ++i) out[i] = static_cast<unsigned char>(at[i]);
+            for (int i = 0; i < 8; ++i)
+                out[i] = static_cast<unsigned char>(at[i]);
             at += 8;
             out += 8;
         }
@@ -35,7 +36,8 @@ std::size_t DecodeUtf8(std::string_view utf8, char16_t* out) noexcept {
             c = kReplacement;
             // One replacement for the bytes of one broken sequence.
             at = before + 1;
-            while (at != end && (static_cast<unsigned char>(*at) & 0xC0) == 0x80) ++at;
+            while (at != end && (static_cast<unsigned char>(*at) & 0xC0) == 0x80)
+                ++at;
         }
         if (c > 0xFFFF) {
             *out++ = static_cast<char16_t>(0xD800 + ((c - 0x10000) >> 10));

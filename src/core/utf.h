@@ -25,7 +25,8 @@ inline char32_t NextCodePoint(const char16_t*& at, const char16_t* end) noexcept
     const char16_t unit = *at++;
     if ((unit & 0xF800) != 0xD800) return unit;
     if (IsHighSurrogate(unit) && at != end && IsLowSurrogate(*at))
-        return 0x10000U + ((static_cast<char32_t>(unit) - 0xD800U) << 10) + (static_cast<char32_t>(*at++) - 0xDC00U);
+        return 0x10000U + ((static_cast<char32_t>(unit) - 0xD800U) << 10) +
+               (static_cast<char32_t>(*at++) - 0xDC00U);
     return kReplacement;
 }
 

@@ -21,7 +21,8 @@ void CSDAttribute::AddAttribute(const unsigned short*, const unsigned short*) {}
 void CSDAttribute::AddAttribute(const unsigned short*, const unsigned short*, const unsigned short*) {}
 
 CSDSerializer::~CSDSerializer() = default;
-bool CSDSerializer::WriteObject(const unsigned short*, CSDObject*, CSDAttribute*, const unsigned short*, int) {
+bool CSDSerializer::WriteObject(const unsigned short*, CSDObject*, CSDAttribute*, const unsigned short*,
+                                int) {
     return false;
 }
 void CSDSerializer::WriteRaw(const unsigned short*, int) {}
@@ -83,9 +84,11 @@ bool CSDMixedContentObject::ReadNodeValue(const unsigned short* const text, unsi
 
 namespace {
 
-/// Scans one field in the manner of scanf's %0Nhu: blanks, then at most `width` characters of sign and digits.
+/// Scans one field in the manner of scanf's %0Nhu: blanks, then at most `width` characters of sign and
+/// digits.
 bool ScanField(std::u16string_view text, std::size_t& at, unsigned width, unsigned short& field) {
-    while (at < text.size() && (text[at] == u' ' || (text[at] >= u'\t' && text[at] <= u'\r'))) ++at;
+    while (at < text.size() && (text[at] == u' ' || (text[at] >= u'\t' && text[at] <= u'\r')))
+        ++at;
     bool negative = false;
     if (at < text.size() && width > 0 && (text[at] == u'-' || text[at] == u'+')) {
         negative = text[at++] == u'-';
@@ -101,13 +104,13 @@ bool ScanField(std::u16string_view text, std::size_t& at, unsigned width, unsign
 }
 
 struct Field {
-    unsigned short SYSTEMTIME::* member;
+    unsigned short SYSTEMTIME::*member;
     unsigned width;
     char16_t separator; ///< what follows the field
 };
 constexpr Field kFields[] = {
-    {&SYSTEMTIME::wYear, 4, u'-'},   {&SYSTEMTIME::wMonth, 2, u'-'},  {&SYSTEMTIME::wDay, 2, u'T'},
-    {&SYSTEMTIME::wHour, 2, u':'},   {&SYSTEMTIME::wMinute, 2, u':'}, {&SYSTEMTIME::wSecond, 2, u'.'},
+    {&SYSTEMTIME::wYear, 4, u'-'},          {&SYSTEMTIME::wMonth, 2, u'-'},  {&SYSTEMTIME::wDay, 2, u'T'},
+    {&SYSTEMTIME::wHour, 2, u':'},          {&SYSTEMTIME::wMinute, 2, u':'}, {&SYSTEMTIME::wSecond, 2, u'.'},
     {&SYSTEMTIME::wMilliseconds, 3, u'\0'},
 };
 
@@ -123,7 +126,8 @@ void ScanDateTime(std::u16string_view text, SYSTEMTIME& value) {
 
 /// True when a field lies beyond what the calendar and the clock allow.
 bool IsBeyond(const SYSTEMTIME& value) {
-    return value.wMonth > 12 || value.wDay > 31 || value.wHour > 24 || value.wMinute > 60 || value.wSecond > 60;
+    return value.wMonth > 12 || value.wDay > 31 || value.wHour > 24 || value.wMinute > 60 ||
+           value.wSecond > 60;
 }
 
 } // namespace
@@ -151,7 +155,7 @@ bool CSDDateTimeValueObject::WriteElement(const unsigned short* name, CSDSeriali
 CTulStringW CSDDateTimeValueObject::GetText() const {
     CTulStringW text;
     if (!IsBeyond(value_))
-        text.Format(u"%04u-%02u-%02uT%02u:%02u:%02u.%03u", value_.wYear, value_.wMonth, value_.wDay, value_.wHour,
-                    value_.wMinute, value_.wSecond, value_.wMilliseconds);
+        text.Format(u"%04u-%02u-%02uT%02u:%02u:%02u.%03u", value_.wYear, value_.wMonth, value_.wDay,
+                    value_.wHour, value_.wMinute, value_.wSecond, value_.wMilliseconds);
     return text;
 }

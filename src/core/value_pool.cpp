@@ -58,7 +58,8 @@ void ValuePool::grow() {
     for (Entry& entry : entries_) {
         if (entry.bytes == 0) continue;
         std::size_t at = entry.hash & (larger.size() - 1);
-        while (larger[at].bytes != 0) at = (at + 1) & (larger.size() - 1);
+        while (larger[at].bytes != 0)
+            at = (at + 1) & (larger.size() - 1);
         larger[at] = std::move(entry);
     }
     entries_ = std::move(larger);

@@ -8,9 +8,9 @@
 
 namespace ODF {
 
-/// Hands out one shared string for each value that it has seen in a document: style names, value types and colours
-/// repeat without end. Long values are rarely equal and aren't kept, and the pool stops growing at a bound, so that
-/// it can't be filled up.
+/// Hands out one shared string for each value that it has seen in a document: style names, value types and
+/// colours repeat without end. Long values are rarely equal and aren't kept, and the pool stops growing at a
+/// bound, so that it can't be filled up.
 class ValuePool {
 public:
     ValuePool();

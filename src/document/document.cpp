@@ -50,11 +50,13 @@ CDocument::~CDocument() {
 }
 
 void CDocument::Clear() noexcept {
-    // Parts of a new document that was never saved hang on the root part alone, others stand in the map, most in both.
+    // Parts of a new document that was never saved hang on the root part alone, others stand in the map, most
+    // in both.
     std::set<CODFPart*> parts;
     std::vector<ISDPart*> open;
     if (rootPart_) open.push_back(rootPart_);
-    for (const auto& [ipart, part] : partMap_) open.push_back(part);
+    for (const auto& [ipart, part] : partMap_)
+        open.push_back(part);
     while (!open.empty()) {
         auto* const part = static_cast<CODFPart*>(open.back());
         open.pop_back();
@@ -88,7 +90,8 @@ void CDocument::KeepPassword(CTulStringW password) {
 void CDocument::WipePassword() noexcept {
     // Through a volatile pointer, so that the stores are not optimised away.
     volatile char16_t* const units = passwordCopy_.data();
-    for (std::size_t i = 0; i < passwordCopy_.size(); ++i) units[i] = 0;
+    for (std::size_t i = 0; i < passwordCopy_.size(); ++i)
+        units[i] = 0;
     passwordCopy_.clear();
     password_ = nullptr;
 }
@@ -164,8 +167,8 @@ int CDocument::_PartReadSax() {
         if (part->GetPartType() != PartTypeXml) continue;
         reader->SetDiagnostics(&diagnostics_, MemberName(part->GetPackagePath()));
         reader->ParseFile(part->GetLocalPath(), part->GetRootClass());
-        // A file of another kind under a main name, or one that isn't XML at all, leaves an empty tree. Its bytes
-        // are kept for the save, unless the caller fills the tree.
+        // A file of another kind under a main name, or one that isn't XML at all, leaves an empty tree. Its
+        // bytes are kept for the save, unless the caller fills the tree.
         if (!reader->HasMatchedRoot()) unreadParts_.push_back(part);
     }
     return 1;
@@ -180,7 +183,8 @@ int CDocument::Save(const unsigned short* path) {
     }
     try {
         if (!rootPart_ || !path || *path == 0 || !_SetPackageRoot(path, nullptr)) {
-            diagnostics_.setStatus(rootPart_ && path && *path ? Status::NoTemporaryFolder : Status::CouldNotWrite);
+            diagnostics_.setStatus(rootPart_ && path && *path ? Status::NoTemporaryFolder
+                                                              : Status::CouldNotWrite);
             return 0;
         }
         const bool written = _WritePart() != 0;
@@ -215,7 +219,8 @@ int CDocument::_SetPackageRoot(const unsigned short* path, const unsigned short*
 int CDocument::_WritePart() {
     std::vector<ISDPart*> parts;
     rootPart_->GetChildParts(&parts);
-    return std::all_of(parts.begin(), parts.end(), [this](ISDPart* part) { return _WriteTraversePart(part) != 0; });
+    return std::all_of(parts.begin(), parts.end(),
+                       [this](ISDPart* part) { return _WriteTraversePart(part) != 0; });
 }
 
 int CDocument::_WriteTraversePart(ISDPart* ipart) {
@@ -252,7 +257,8 @@ int CDocument::_MakePackagePart(const unsigned short* path) {
     if (rootPart_->GetChildParts(&parts) > 0 && !_AddChildPart(parts)) return 0;
     // The plain result tells nothing of the package; the status does.
     if (!package_->Save(path, nullptr, 0)) diagnostics_.setStatus(Status::CouldNotWrite);
-    for (auto& [ipart, part] : partMap_) ipart = nullptr;
+    for (auto& [ipart, part] : partMap_)
+        ipart = nullptr;
     package_.reset();
     return 1;
 }
@@ -286,7 +292,8 @@ int CDocument::_MakeContentTypes(ISDPart* part) {
     const bool isXml = static_cast<CODFPart*>(part)->GetPartType() == PartTypeXml;
     if (!isXml && path == u"/") {
         registry->AddDefault(ToUnits(u"xml"), ToUnits(u"application/xml"));
-        registry->AddDefault(ToUnits(u"rels"), ToUnits(u"application/vnd.openxmlformats-package.relationships+xml"));
+        registry->AddDefault(ToUnits(u"rels"),
+                             ToUnits(u"application/vnd.openxmlformats-package.relationships+xml"));
     } else if (isXml || path.find(u".xml") != std::u16string_view::npos) {
         registry->AddOverride(part->GetPackagePath(), part->GetContentType());
     } else if (path.find(u".jpeg") != std::u16string_view::npos) {
@@ -315,7 +322,8 @@ int CDocument::_CreateRootAndMainPart() {
     rootPart_ = factory.Create({}, {});
     rootPart_->SetPackagePartInfo(package_->GetRootPart());
     rootPart_->SetPackagePath(u"/");
-    for (const ODF_MedType type : {ODF_MedTypeContent, ODF_MedTypeStyles, ODF_MedTypeSettings, ODF_MedTypeMeta}) {
+    for (const ODF_MedType type :
+         {ODF_MedTypeContent, ODF_MedTypeStyles, ODF_MedTypeSettings, ODF_MedTypeMeta}) {
         const std::u16string_view name = ToView(ODFUtil::GetMediaType(type));
         CODFPart* const part = factory.Create(name, name);
         rootPart_->AddChildPart(nullptr, part);

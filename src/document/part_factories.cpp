@@ -18,7 +18,8 @@ std::u16string_view FileName(std::u16string_view path) {
 constexpr std::size_t kNameCapacity = 512; ///< name and extension, each at most 255 units
 
 /// Puts the file name of `path` into a buffer that keeps its address.
-const unsigned short* PutFileName(std::array<unsigned short, kNameCapacity>& buffer, std::u16string_view path) {
+const unsigned short* PutFileName(std::array<unsigned short, kNameCapacity>& buffer,
+                                  std::u16string_view path) {
     const std::u16string_view name = FileName(path).substr(0, kNameCapacity - 1);
     std::copy(name.begin(), name.end(), buffer.begin());
     buffer[name.size()] = 0;
@@ -33,8 +34,8 @@ std::u16string Upper(std::u16string_view text) {
     return result;
 }
 
-CODFPart* AddFilePart(CODFPart* parent, const CTulStringW& path, std::u16string_view folder, const CTulStringW& name,
-                      CODFPart* (*create)()) {
+CODFPart* AddFilePart(CODFPart* parent, const CTulStringW& path, std::u16string_view folder,
+                      const CTulStringW& name, CODFPart* (*create)()) {
     if (!parent) return nullptr;
     std::vector<ISDPart*> children;
     parent->GetChildParts(&children);
@@ -121,7 +122,8 @@ CODFPart* COfficeDocumentMetaRootPart::CreateClass(CSDNamedObject* root) {
     return MakePart<COfficeDocumentMetaRootPart, COfficeDocumentMeta>(root, u"office:document-meta");
 }
 CODFPart* COfficeDocumentSettingsRootPart::CreateClass(CSDNamedObject* root) {
-    return MakePart<COfficeDocumentSettingsRootPart, COfficeDocumentSettings>(root, u"office:document-settings");
+    return MakePart<COfficeDocumentSettingsRootPart, COfficeDocumentSettings>(root,
+                                                                              u"office:document-settings");
 }
 CODFPart* COfficeDocumentStylesRootPart::CreateClass(CSDNamedObject* root) {
     return MakePart<COfficeDocumentStylesRootPart, COfficeDocumentStyles>(root, u"office:document-styles");
@@ -131,16 +133,19 @@ CODFPart* CMathMathRootPart::CreateClass(CSDNamedObject* root) {
 }
 
 CODFPart* _CreateImagePart(CODFPart* parent, CTulStringW path, int, int) {
-    return AddFilePart(parent, path, u"Pictures/", CImageRootPart::GetFilename(path), &CImageRootPart::CreatePart);
+    return AddFilePart(parent, path, u"Pictures/", CImageRootPart::GetFilename(path),
+                       &CImageRootPart::CreatePart);
 }
 CODFPart* _CreateMediaPart(CODFPart* parent, CTulStringW path, int, int) {
-    return AddFilePart(parent, path, u"media/", CMediaRootPart::GetFilename(path), &CMediaRootPart::CreatePart);
+    return AddFilePart(parent, path, u"media/", CMediaRootPart::GetFilename(path),
+                       &CMediaRootPart::CreatePart);
 }
 CODFPart* _CreateChartContentRootPart(CODFPart* parent, const unsigned short* directory) {
     return MakeChartPart(parent, directory, u"content.xml", &COfficeDocumentContentRootPart::CreateClass);
 }
 CODFPart* _CreateChartStyleRootPart(CODFPart* parent, const unsigned short* directory) {
-    CODFPart* const part = MakeChartPart(parent, directory, u"styles.xml", &COfficeDocumentStylesRootPart::CreateClass);
+    CODFPart* const part =
+        MakeChartPart(parent, directory, u"styles.xml", &COfficeDocumentStylesRootPart::CreateClass);
     if (parent) parent->AddChildPart(part);
     return part;
 }
@@ -149,10 +154,14 @@ CODFPart* _CreateChartStyleRootPart(CODFPart* parent, const unsigned short* dire
 
 const unsigned short* ODFUtil::GetMediaType(ODF_MedType type) {
     switch (type) {
-    case ODF_MedTypeContent: return ToUnits(u"content.xml");
-    case ODF_MedTypeStyles: return ToUnits(u"styles.xml");
-    case ODF_MedTypeMeta: return ToUnits(u"meta.xml");
-    case ODF_MedTypeSettings: return ToUnits(u"settings.xml");
+    case ODF_MedTypeContent:
+        return ToUnits(u"content.xml");
+    case ODF_MedTypeStyles:
+        return ToUnits(u"styles.xml");
+    case ODF_MedTypeMeta:
+        return ToUnits(u"meta.xml");
+    case ODF_MedTypeSettings:
+        return ToUnits(u"settings.xml");
     }
     return nullptr;
 }

@@ -22,16 +22,23 @@ constexpr Row kRows[] = {
 
 std::u16string_view MediaTypeOf(sd::SDDocType::DocumentType type) noexcept {
     switch (type) {
-    case sd::SDDocType::DocTypeOdfPresentation: return u"application/vnd.oasis.opendocument.presentation";
-    case sd::SDDocType::DocTypeOdfSpreadsheet: return u"application/vnd.oasis.opendocument.spreadsheet";
-    case sd::SDDocType::DocTypeOdfText: return u"application/vnd.oasis.opendocument.text";
-    case sd::SDDocType::DocTypeOdfFormula: return kFormula;
-    case sd::SDDocType::DocTypeOdfGraphics: return u"application/vnd.oasis.opendocument.graphics";
-    default: return {};
+    case sd::SDDocType::DocTypeOdfPresentation:
+        return u"application/vnd.oasis.opendocument.presentation";
+    case sd::SDDocType::DocTypeOdfSpreadsheet:
+        return u"application/vnd.oasis.opendocument.spreadsheet";
+    case sd::SDDocType::DocTypeOdfText:
+        return u"application/vnd.oasis.opendocument.text";
+    case sd::SDDocType::DocTypeOdfFormula:
+        return kFormula;
+    case sd::SDDocType::DocTypeOdfGraphics:
+        return u"application/vnd.oasis.opendocument.graphics";
+    default:
+        return {};
     }
 }
 
-ODFPartFactory::ODFPartFactory(sd::SDDocType::DocumentType type) noexcept : isOdf_(!MediaTypeOf(type).empty()) {}
+ODFPartFactory::ODFPartFactory(sd::SDDocType::DocumentType type) noexcept
+    : isOdf_(!MediaTypeOf(type).empty()) {}
 
 CODFPart* ODFPartFactory::Create(std::u16string_view name, std::u16string_view relationType) const {
     if (isOdf_) {

@@ -12,8 +12,8 @@ class ODFPartFactory {
 public:
     explicit ODFPartFactory(sd::SDDocType::DocumentType type) noexcept;
 
-    /// A new part for the file `name` in a folder of the media type `relationType`: one with a tree for the four main
-    /// names of an ODF package, else a binary one. Owned by the caller.
+    /// A new part for the file `name` in a folder of the media type `relationType`: one with a tree for the
+    /// four main names of an ODF package, else a binary one. Owned by the caller.
     CODFPart* Create(std::u16string_view name, std::u16string_view relationType) const;
 
 private:

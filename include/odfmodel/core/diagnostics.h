@@ -13,12 +13,12 @@ namespace ODF {
 /// How the last `Open` or `Save` of a document or package ended. The plain results of the interface (0, null,
 /// false) stay what they are; this tells why.
 enum class Status {
-    None,                  ///< nothing was done yet
-    Ok,                    ///< done; notes may still tell of smaller faults
-    NotReadable,           ///< the file isn't there or can't be read
-    NotAnArchive,          ///< the file isn't a zip archive, or its directory is damaged
-    PasswordNeeded,        ///< the package is encrypted and no password was set
-    WrongPassword,         ///< the password doesn't fit (or, for an authenticated scheme, the data is damaged)
+    None,           ///< nothing was done yet
+    Ok,             ///< done; notes may still tell of smaller faults
+    NotReadable,    ///< the file isn't there or can't be read
+    NotAnArchive,   ///< the file isn't a zip archive, or its directory is damaged
+    PasswordNeeded, ///< the package is encrypted and no password was set
+    WrongPassword,  ///< the password doesn't fit (or, for an authenticated scheme, the data is damaged)
     UnsupportedEncryption, ///< the encryption scheme isn't known to this build
     UnknownType,           ///< neither the name nor the content tells a document type that is read
     BadIndex,              ///< the package's index (content types, relationships) can't be read
@@ -38,16 +38,16 @@ enum class Severity { Information, Warning, Error };
 /// What a note is about.
 enum class NoteCode {
     General,
-    XmlNotWellFormed,   ///< a member's XML ends at a fault; what came before it was kept
-    DepthLimit,         ///< elements nest deeper than the limits allow; the part ends there
-    SizeLimit,          ///< a member, text or count beyond the limits
-    MemberMissing,      ///< the index names a member that isn't in the archive
-    MemberUnreadable,   ///< a member's data is damaged (checksum, deflate) or can't be decrypted
-    MemberSkipped,      ///< a member whose name points outside the package or can't be stored
-    MemberDuplicate,    ///< a second member of one name
-    ManifestFault,      ///< the manifest is missing or contradicts the package
-    ChecksumMismatch,   ///< an encrypted member's checksum doesn't fit
-    WriteFailed,        ///< a file can't be written
+    XmlNotWellFormed, ///< a member's XML ends at a fault; what came before it was kept
+    DepthLimit,       ///< elements nest deeper than the limits allow; the part ends there
+    SizeLimit,        ///< a member, text or count beyond the limits
+    MemberMissing,    ///< the index names a member that isn't in the archive
+    MemberUnreadable, ///< a member's data is damaged (checksum, deflate) or can't be decrypted
+    MemberSkipped,    ///< a member whose name points outside the package or can't be stored
+    MemberDuplicate,  ///< a second member of one name
+    ManifestFault,    ///< the manifest is missing or contradicts the package
+    ChecksumMismatch, ///< an encrypted member's checksum doesn't fit
+    WriteFailed,      ///< a file can't be written
 };
 
 /// One observation about a document. `line` and `column` count from 1; 0 where they have no meaning.

@@ -5,8 +5,8 @@
 
 namespace ODF {
 
-/// Bounds against hostile input. Each default is far above what honest documents hold and far below what would
-/// hurt the host; a host may set its own before `Open`.
+/// Bounds against hostile input. Each default is far above what honest documents hold and far below what
+/// would hurt the host; a host may set its own before `Open`.
 struct Limits {
     /// Deepest nesting of elements. Real documents stay below 100; lists and sections nest without a limit of
     /// their own, so this is what bounds them.
@@ -27,7 +27,8 @@ struct Limits {
     std::uint32_t argon2Iterations = 64;
     std::uint32_t argon2Lanes = 64;
     std::uint32_t argon2MemoryKiB = 1U << 20;
-    /// How much larger than the source an XML part may grow through entities, once it is past `entityFreeBytes`.
+    /// How much larger than the source an XML part may grow through entities, once it is past
+    /// `entityFreeBytes`.
     float entityAmplification = 100.0F;
     std::uint64_t entityFreeBytes = std::uint64_t{8} << 20;
 };

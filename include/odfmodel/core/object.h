@@ -17,7 +17,8 @@ namespace ODF {
 struct ClassDescriptor;
 class ObjectAccess;
 
-/// Id of a text run: an unnamed `CSDStringValueObject` between the element children of a paragraph, heading or span.
+/// Id of a text run: an unnamed `CSDStringValueObject` between the element children of a paragraph, heading
+/// or span.
 inline constexpr unsigned kTextRunId = 0x800002CC;
 /// Id of a class outside this library that wants to be told its parent.
 inline constexpr unsigned kParentAwareId = 0x1F000001;
@@ -27,21 +28,24 @@ inline constexpr unsigned kCustomObjectId = 0xF0000000;
 
 /// Root of all element objects: one object stands for one XML element (or one text run) of a part.
 ///
-/// An object belongs to the child list of its parent; the root of a tree belongs to its document. Pointers that the
-/// operations hand out are borrowed. Objects are told apart by their id, which each class has of its own.
+/// An object belongs to the child list of its parent; the root of a tree belongs to its document. Pointers
+/// that the operations hand out are borrowed. Objects are told apart by their id, which each class has of its
+/// own.
 class ODFMODEL_API CSDObject {
 public:
     CSDObject(const CSDObject&) = delete;
     CSDObject& operator=(const CSDObject&) = delete;
     virtual ~CSDObject();
 
-    /// Makes the class's child map known to this object. Both orders of a map stand ready, so `sortByName` changes
-    /// nothing; it stays for callers' own classes.
+    /// Makes the class's child map known to this object. Both orders of a map stand ready, so `sortByName`
+    /// changes nothing; it stays for callers' own classes.
     virtual void InitMap(bool sortByName);
-    /// Takes over `child`: gives it this object's root part and, unless `addToList` is 0, appends it to the children.
+    /// Takes over `child`: gives it this object's root part and, unless `addToList` is 0, appends it to the
+    /// children.
     virtual void SetObject(CSDObject* child, int addToList);
-    /// Makes the child that is written under the qualified `name` (with its customary prefix), such as "text:p",
-    /// and hands it to `SetObject`. Null when this class has no such child. With `addToList` 0 the caller owns it.
+    /// Makes the child that is written under the qualified `name` (with its customary prefix), such as
+    /// "text:p", and hands it to `SetObject`. Null when this class has no such child. With `addToList` 0 the
+    /// caller owns it.
     virtual CSDObject* CreateObject(const unsigned short* name, int addToList);
     /// The children in document order, owned by this object; null while there never was one.
     virtual std::vector<CSDObject*>* GetObjectList() const;
@@ -58,7 +62,8 @@ public:
     /// The element name that the object itself holds, or null.
     virtual const unsigned short* GetElemName() const;
     /// Writes the element under `name` through `serializer`. False when nothing could be written.
-    virtual bool WriteElement(const unsigned short* name, CSDSerializer* serializer, CSDAttribute* attributes);
+    virtual bool WriteElement(const unsigned short* name, CSDSerializer* serializer,
+                              CSDAttribute* attributes);
     /// Takes the attributes of the element's start tag.
     virtual bool ReadAttribute(CSDAttribute* attributes);
     /// Takes character content; `length` counts 16-bit units. False when the element has none and drops it.
@@ -96,8 +101,8 @@ public:
 protected:
     explicit CSDObject(unsigned id) noexcept : id_(id) {}
 
-    /// The value of `key` in the enumeration `enumName`; 0 when the group of `id`, the enumeration or the key isn't
-    /// known.
+    /// The value of `key` in the enumeration `enumName`; 0 when the group of `id`, the enumeration or the key
+    /// isn't known.
     static int _FindEnumValue(unsigned id, const unsigned short* enumName, const CTulStringW& key);
     /// The key of `value`, or null when there is none.
     static const unsigned short* _FindEnumKey(unsigned id, const unsigned short* enumName, int value);
@@ -122,14 +127,15 @@ protected:
     void SetAttribute(const ODF::ClassDescriptor& table, unsigned row, float value);
     void SetRawAttribute(const ODF::ClassDescriptor& table, unsigned row, std::uint64_t value);
     /// True when both objects, of the class of `table`, agree in every attribute.
-    static bool SameAttributes(const ODF::ClassDescriptor& table, const CSDObject& a, const CSDObject& b) noexcept;
+    static bool SameAttributes(const ODF::ClassDescriptor& table, const CSDObject& a,
+                               const CSDObject& b) noexcept;
 
-    static constexpr std::uint32_t kFallback = 1;  ///< the caller's mark
-    static constexpr std::uint32_t kMapReady = 2;  ///< `InitMap` has run
-    static constexpr std::uint32_t kElement = 4;   ///< made by an element class: the table tells all of it
-    static constexpr std::uint32_t kExtended = 8;  ///< a `CSDExtObject`
-    static constexpr std::uint32_t kText = 16;     ///< a `CSDStringValueObject`
-    static constexpr std::uint32_t kRuns = 32;     ///< a `CSDMixedContentObject`
+    static constexpr std::uint32_t kFallback = 1; ///< the caller's mark
+    static constexpr std::uint32_t kMapReady = 2; ///< `InitMap` has run
+    static constexpr std::uint32_t kElement = 4;  ///< made by an element class: the table tells all of it
+    static constexpr std::uint32_t kExtended = 8; ///< a `CSDExtObject`
+    static constexpr std::uint32_t kText = 16;    ///< a `CSDStringValueObject`
+    static constexpr std::uint32_t kRuns = 32;    ///< a `CSDMixedContentObject`
     bool hasFlag(std::uint32_t flag) const noexcept { return (flags_ & flag) != 0; }
     void setFlag(std::uint32_t flag, bool on) noexcept { flags_ = on ? flags_ | flag : flags_ & ~flag; }
 
@@ -159,7 +165,8 @@ public:
     unsigned GetObjectListByID(unsigned id, std::vector<CSDObject*>& out) const override;
     bool HasChildList() const override;
     const unsigned short* FindObjectName(CSDObject* child) override;
-    bool WriteElement(const unsigned short* name, CSDSerializer* serializer, CSDAttribute* attributes) override;
+    bool WriteElement(const unsigned short* name, CSDSerializer* serializer,
+                      CSDAttribute* attributes) override;
     bool ReadAttribute(CSDAttribute* attributes) override;
 
     /// Number of children.
@@ -205,7 +212,8 @@ public:
     using CSDNamedObject::CreateObject;
     CSDObject* CreateObject(const unsigned short* name, int addToList) override;
     bool ReadAttribute(CSDAttribute* attributes) override;
-    bool WriteElement(const unsigned short* name, CSDSerializer* serializer, CSDAttribute* attributes) override;
+    bool WriteElement(const unsigned short* name, CSDSerializer* serializer,
+                      CSDAttribute* attributes) override;
 
 protected:
     explicit CSDCustomObject(unsigned id = ODF::kCustomObjectId) noexcept : CSDNamedObject(id) {}

@@ -57,10 +57,12 @@ public:
     virtual CSDNamedObject* GetObjClassByContentType(const unsigned short* contentType) const = 0;
     virtual CSDNamedObject* GetObjClassByRelationType(const unsigned short* relationType) const = 0;
     virtual int GetCountByContentType(const unsigned short* contentType) const = 0;
-    virtual int GetPatrsByContentType(const unsigned short* contentType, std::vector<ISDPart*>* out) const = 0;
+    virtual int GetPatrsByContentType(const unsigned short* contentType,
+                                      std::vector<ISDPart*>* out) const = 0;
     virtual ISDPart* GetPartByContentType(const unsigned short* contentType) const = 0;
     virtual int GetCountByRelationType(const unsigned short* relationType) const = 0;
-    virtual int GetPatrsByRelationType(const unsigned short* relationType, std::vector<ISDPart*>* out) const = 0;
+    virtual int GetPatrsByRelationType(const unsigned short* relationType,
+                                       std::vector<ISDPart*>* out) const = 0;
     virtual ISDPart* GetPartByRelationType(const unsigned short* relationType) const = 0;
     virtual ISDPart* GetPartByID(const unsigned short* id) const = 0;
     virtual const unsigned short* GetIDByPart(ISDPart* part) const = 0;

@@ -66,17 +66,23 @@ ODFMODEL_API std::optional<ClassInfo> ClassOf(const CSDObject& object);
 /// The class of an element name with its customary prefix.
 ODFMODEL_API std::optional<ClassInfo> ClassOfElement(std::string_view elementName);
 
+/// The customary prefix of a namespace, such as "text"; empty for a URI that isn't known.
+ODFMODEL_API std::string_view PrefixOfNamespace(std::string_view uri) noexcept;
+/// The URI that a customary prefix stands for; empty for a prefix that isn't known.
+ODFMODEL_API std::string_view NamespaceOfPrefix(std::string_view prefix) noexcept;
+
 /// True for a run of text between the element children of a paragraph, heading or span.
 ODFMODEL_API bool IsTextRun(const CSDObject& object) noexcept;
 /// The character content that the object itself holds, in UTF-8; empty for elements without any.
 ODFMODEL_API std::string TextOf(const CSDObject& object);
 /// The attributes that are written for the object, in the order of writing.
 ODFMODEL_API std::vector<AttributeText> AttributesOf(const CSDObject& object);
-/// Sets an attribute from a text as reading a file does; false when the class has none of that qualified name.
+/// Sets an attribute from a text as reading a file does; false when the class has none of that qualified
+/// name.
 ODFMODEL_API bool SetAttributeText(CSDObject& object, std::string_view name, std::string_view value);
 
-/// The object with all below it as XML; `name` is the element name, or empty for the object's own. For looking at
-/// and for tests: a part is written by its document.
+/// The object with all below it as XML; `name` is the element name, or empty for the object's own. For
+/// looking at and for tests: a part is written by its document.
 ODFMODEL_API std::string ToXml(CSDObject& object, std::string_view name = {});
 /// Reads an XML document from memory into the tree below `root`; false when it ends at a fault.
 ODFMODEL_API bool FromXml(std::string_view xml, CSDObject& root);

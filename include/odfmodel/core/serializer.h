@@ -12,23 +12,23 @@ namespace ODF {
 class Diagnostics;
 } // namespace ODF
 
-/// Writes XML: a tree of element objects, or raw text. One serializer serves one output: `SerializeToFile`, or
-/// `OpenFile` or `OpenMemory` followed by `WriteRaw` calls. Made by `CreateSerialize`.
+/// Writes XML: a tree of element objects, or raw text. One serializer serves one output: `SerializeToFile`,
+/// or `OpenFile` or `OpenMemory` followed by `WriteRaw` calls. Made by `CreateSerialize`.
 class ODFMODEL_API CSDSerializer {
 public:
     CSDSerializer(const CSDSerializer&) = delete;
     CSDSerializer& operator=(const CSDSerializer&) = delete;
     virtual ~CSDSerializer();
 
-    /// Called back from `WriteElement`: writes the element `name` with its attributes and its character content
-    /// `text` (null for none), then its children. A null `name` writes the bare character data alone. `flag` is
-    /// always 1.
+    /// Called back from `WriteElement`: writes the element `name` with its attributes and its character
+    /// content `text` (null for none), then its children. A null `name` writes the bare character data alone.
+    /// `flag` is always 1.
     virtual bool WriteObject(const unsigned short* name, CSDObject* object, CSDAttribute* attributes,
                              const unsigned short* text, int flag);
     /// Appends `text` as it stands, encoded as UTF-8, without any escaping. `length` counts 16-bit units.
     virtual void WriteRaw(const unsigned short* text, int length);
-    /// Writes the file at `path` from the tree under `root`; creates missing folders. False when the file can't be
-    /// written whole.
+    /// Writes the file at `path` from the tree under `root`; creates missing folders. False when the file
+    /// can't be written whole.
     virtual bool SerializeToFile(const unsigned short* path, CSDObject* root);
     /// Binds the output to a caller's buffer.
     virtual bool OpenMemory(void* buffer, int byteCapacity);

@@ -11,8 +11,9 @@
 #include <type_traits>
 #include <variant>
 
-/// Text in the interface is null-terminated UTF-16 in 16-bit units of type `unsigned short`. These two helpers
-/// cross between that unit and the language's own `char16_t`; both have the same size and representation.
+/// Text in the interface is null-terminated UTF-16 in 16-bit units of type `unsigned short`. These two
+/// helpers cross between that unit and the language's own `char16_t`; both have the same size and
+/// representation.
 inline const char16_t* ToChar16(const unsigned short* text) noexcept {
     return reinterpret_cast<const char16_t*>(text);
 }
@@ -88,7 +89,8 @@ public:
 
     /// Replaces every `from` unit by `to`. `to` may not be 0.
     bool Replace(unsigned short from, unsigned short to);
-    /// Replaces every occurrence of `from`, left to right and without overlap; what was put in is not searched.
+    /// Replaces every occurrence of `from`, left to right and without overlap; what was put in is not
+    /// searched.
     bool Replace(const CTulStringW& from, const CTulStringW& to);
 
     /// The first or last `count` units, or all when there are fewer.
@@ -100,22 +102,23 @@ public:
     /// An argument of `Format`: a text, a whole number or a floating point number.
     class FormatArgument {
     public:
-        FormatArgument(const CTulStringW& text) : value_(text.view()) {}      // NOLINT
-        FormatArgument(const unsigned short* text) : value_(ToView(text)) {}  // NOLINT
-        FormatArgument(std::u16string_view text) : value_(text) {}            // NOLINT
+        FormatArgument(const CTulStringW& text) : value_(text.view()) {}            // NOLINT
+        FormatArgument(const unsigned short* text) : value_(ToView(text)) {}        // NOLINT
+        FormatArgument(std::u16string_view text) : value_(text) {}                  // NOLINT
         FormatArgument(const char16_t* text) : value_(std::u16string_view(text)) {} // NOLINT
         template<typename T>
-            requires std::integral<T>
-        FormatArgument(T number) : value_(widen(number)) {} // NOLINT
-        FormatArgument(double number) : value_(number) {}   // NOLINT
+        requires std::integral<T> FormatArgument(T number) : value_(widen(number)) {} // NOLINT
+        FormatArgument(double number) : value_(number) {}                             // NOLINT
 
     private:
         friend class CTulStringW;
         using Value = std::variant<std::u16string_view, long long, unsigned long long, double>;
         template<typename T>
         static Value widen(T number) {
-            if constexpr (std::is_signed_v<T>) return Value(static_cast<long long>(number));
-            else return Value(static_cast<unsigned long long>(number));
+            if constexpr (std::is_signed_v<T>)
+                return Value(static_cast<long long>(number));
+            else
+                return Value(static_cast<unsigned long long>(number));
         }
         Value value_;
     };
@@ -134,8 +137,12 @@ public:
         other.units_ = mine;
     }
 
-    friend bool operator==(const CTulStringW& a, const CTulStringW& b) noexcept { return a.view() == b.view(); }
-    friend bool operator==(const CTulStringW& a, const unsigned short* b) noexcept { return a.view() == ToView(b); }
+    friend bool operator==(const CTulStringW& a, const CTulStringW& b) noexcept {
+        return a.view() == b.view();
+    }
+    friend bool operator==(const CTulStringW& a, const unsigned short* b) noexcept {
+        return a.view() == ToView(b);
+    }
     friend bool operator==(const CTulStringW& a, const char16_t* b) noexcept { return a.view() == b; }
     friend bool operator==(const CTulStringW& a, std::u16string_view b) noexcept { return a.view() == b; }
     friend bool operator==(const CTulStringW& a, const std::u16string& b) noexcept { return a.view() == b; }

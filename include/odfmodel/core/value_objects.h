@@ -32,7 +32,8 @@ extern template class ODFMODEL_API CSDValueObject<CTulStringW, const CTulStringW
 extern template class ODFMODEL_API CSDValueObject<SYSTEMTIME, const SYSTEMTIME&>;
 extern template class ODFMODEL_API CSDExtValueObject<CTulStringW, const CTulStringW&>;
 
-/// An element whose character content is its value; also a text run. The value is written before the children.
+/// An element whose character content is its value; also a text run. The value is written before the
+/// children.
 class ODFMODEL_API CSDStringValueObject : public CSDExtValueObject<CTulStringW, const CTulStringW&> {
 public:
     /// A new object with that id, owned by the caller.
@@ -41,7 +42,8 @@ public:
 
     /// Takes the text when the value is empty, else appends it; false for a null or empty text.
     bool ReadNodeValue(const unsigned short* const text, unsigned length) override;
-    bool WriteElement(const unsigned short* name, CSDSerializer* serializer, CSDAttribute* attributes) override;
+    bool WriteElement(const unsigned short* name, CSDSerializer* serializer,
+                      CSDAttribute* attributes) override;
 
 protected:
     explicit CSDStringValueObject(unsigned id) noexcept : CSDExtValueObject(id) { setFlag(kText, true); }
@@ -50,8 +52,8 @@ private:
     friend class ODF::ObjectAccess;
 };
 
-/// An element that keeps its character data as text runs between its element children: paragraphs, headings, spans.
-/// Its own value stays empty on reading; where a caller sets it, it is written before all children.
+/// An element that keeps its character data as text runs between its element children: paragraphs, headings,
+/// spans. Its own value stays empty on reading; where a caller sets it, it is written before all children.
 class ODFMODEL_API CSDMixedContentObject : public CSDStringValueObject {
 public:
     ~CSDMixedContentObject() override;
@@ -74,11 +76,12 @@ public:
     static CSDObject* Create(unsigned id);
     ~CSDDateTimeValueObject() override;
 
-    /// Joins the pieces of text and scans the whole as "YYYY-MM-DDThh:mm:ss.mmm", as far as it fits. A month, day,
-    /// hour, minute or second out of range gives the present time in UTC.
+    /// Joins the pieces of text and scans the whole as "YYYY-MM-DDThh:mm:ss.mmm", as far as it fits. A month,
+    /// day, hour, minute or second out of range gives the present time in UTC.
     bool ReadNodeValue(const unsigned short* const text, unsigned length) override;
     /// Writes all seven fields; writes nothing, and returns true, when a field is out of range.
-    bool WriteElement(const unsigned short* name, CSDSerializer* serializer, CSDAttribute* attributes) override;
+    bool WriteElement(const unsigned short* name, CSDSerializer* serializer,
+                      CSDAttribute* attributes) override;
 
     /// The value as it is written; empty when a field is out of range.
     CTulStringW GetText() const;

@@ -22,9 +22,9 @@ namespace ODF {
 
 /// A package on disk together with the element trees of its XML parts.
 ///
-/// `int` results are 1 for success and 0 for failure; `GetDiagnostics` tells why, and what was met on the way. A
-/// document belongs to one thread at a time; different documents never meet. Pointers that it hands out live as long
-/// as the document, or until it is opened anew.
+/// `int` results are 1 for success and 0 for failure; `GetDiagnostics` tells why, and what was met on the
+/// way. A document belongs to one thread at a time; different documents never meet. Pointers that it hands
+/// out live as long as the document, or until it is opened anew.
 class ODFMODEL_API CDocument {
 public:
     using DocumentType = sd::SDDocType::DocumentType;
@@ -35,12 +35,12 @@ public:
     /// Deletes all trees and parts and removes the temporary folder.
     virtual ~CDocument();
 
-    /// Opens the package at `path` and reads all trees. A part whose XML is damaged keeps what came before the fault.
-    /// A document that was open is given up first.
+    /// Opens the package at `path` and reads all trees. A part whose XML is damaged keeps what came before
+    /// the fault. A document that was open is given up first.
     virtual int Open(const unsigned short* path);
-    /// Writes all trees and the package to `path`, whose old file stays as it is until the new one is complete. A
-    /// document can be saved once; a second call writes nothing and answers 1. A package that could not be written
-    /// shows in the status of the diagnostics alone.
+    /// Writes all trees and the package to `path`, whose old file stays as it is until the new one is
+    /// complete. A document can be saved once; a second call writes nothing and answers 1. A package that
+    /// could not be written shows in the status of the diagnostics alone.
     virtual int Save(const unsigned short* path);
 
     int Open(const SDPackage::PlainText auto& path) { return Open(CTulStringW(path).c_str()); }

@@ -12,8 +12,8 @@ class COfficeDocumentMeta;
 class COfficeDocumentSettings;
 class COfficeDocumentStyles;
 
-/// A text, spreadsheet, presentation or drawing document: typed access to the root elements of its four main parts.
-/// The getters give null while there is no such part.
+/// A text, spreadsheet, presentation or drawing document: typed access to the root elements of its four main
+/// parts. The getters give null while there is no such part.
 class ODFMODEL_API CODFDoc : public CDocument {
 public:
     CODFDoc();
@@ -24,8 +24,8 @@ public:
     int Open(const unsigned short* path) override;
     int Save(const unsigned short* path) override;
 
-    /// Builds a new document of one of the ODF types: parts for content, styles, settings and meta, each with an empty
-    /// root element. 0 for any other type.
+    /// Builds a new document of one of the ODF types: parts for content, styles, settings and meta, each with
+    /// an empty root element. 0 for any other type.
     int CreateMainPart(DocumentType type);
 
     COfficeDocumentContent* GetContentClass() const noexcept { return contentClass_; }
@@ -33,8 +33,8 @@ public:
     COfficeDocumentStyles* GetStylesClass() const noexcept { return stylesClass_; }
     COfficeDocumentSettings* GetSettingsClass() const noexcept { return settingsClass_; }
 
-    /// The root element of the part `name` in a folder of the package, such as "Object 1" and "content.xml"; folders
-    /// within folders are joined without a separator. Null when there is none.
+    /// The root element of the part `name` in a folder of the package, such as "Object 1" and "content.xml";
+    /// folders within folders are joined without a separator. Null when there is none.
     CSDObject* Get3rdPartyPart(CTulStringW directory, const unsigned short* const name);
     CSDObject* Get3rdPartyPart(CTulStringW directory, const SDPackage::PlainText auto& name) {
         return Get3rdPartyPart(std::move(directory), CTulStringW(name).c_str());

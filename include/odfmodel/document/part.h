@@ -10,19 +10,19 @@
 
 namespace ODF {
 
-// What parts are described with stands at global scope, since the core's interface speaks of it; here it has the names
-// of its neighbours too.
+// What parts are described with stands at global scope, since the core's interface speaks of it; here it has
+// the names of its neighbours too.
 using ::_foCompSeqProcElem;
 using ::ISDPart;
 using ::ISDSeqProcElem;
 using ::PartType;
 
-/// One file of a package on the side of the element trees: the properties that the package holds for the same file,
-/// the root element of its tree when it is XML, and the list of its child parts. Reading and writing are the
-/// document's work, see `CDocument`.
+/// One file of a package on the side of the element trees: the properties that the package holds for the same
+/// file, the root element of its tree when it is XML, and the list of its child parts. Reading and writing
+/// are the document's work, see `CDocument`.
 ///
-/// A part owns neither its root element nor its child parts: the document does. Operations that have no meaning for
-/// ODF answer with the fixed value that their comment gives.
+/// A part owns neither its root element nor its child parts: the document does. Operations that have no
+/// meaning for ODF answer with the fixed value that their comment gives.
 class ODFMODEL_API CODFPart : public ISDPart {
 public:
     /// An XML part without a tree.
@@ -41,10 +41,10 @@ public:
     }
     const unsigned short* GetPackageRoot() const override;
     void SetPackageRoot(const unsigned short* root) override;
-    CSDNamedObject* GetObjClassByID(const unsigned short*) const override;           ///< null
-    CSDNamedObject* GetObjClassByContentType(const unsigned short*) const override;  ///< null
-    CSDNamedObject* GetObjClassByRelationType(const unsigned short*) const override; ///< null
-    int GetCountByContentType(const unsigned short*) const override;                 ///< -1
+    CSDNamedObject* GetObjClassByID(const unsigned short*) const override;                    ///< null
+    CSDNamedObject* GetObjClassByContentType(const unsigned short*) const override;           ///< null
+    CSDNamedObject* GetObjClassByRelationType(const unsigned short*) const override;          ///< null
+    int GetCountByContentType(const unsigned short*) const override;                          ///< -1
     int GetPatrsByContentType(const unsigned short*, std::vector<ISDPart*>*) const override;  ///< 0
     ISDPart* GetPartByContentType(const unsigned short*) const override;                      ///< null
     int GetCountByRelationType(const unsigned short*) const override;                         ///< 0
@@ -60,8 +60,8 @@ public:
     int IsExistChildPart() const override;
     const unsigned short* GetContentType() const override;
     const unsigned short* GetRelationtype() const override;
-    /// Path inside the package; "/" for the root part. Parts that were read have `\` between folders, parts made
-    /// here have `/`.
+    /// Path inside the package; "/" for the root part. Parts that were read have `\` between folders, parts
+    /// made here have `/`.
     const unsigned short* GetPackagePath() const override;
     /// Path of the file on disk; for the root part, of the temporary folder.
     const unsigned short* GetLocalPath() const override;
@@ -105,11 +105,15 @@ public:
     const std::map<CTulStringW, CTulStringW>* GetMediaTypes() const noexcept { return mediaTypes_.get(); }
 
     void SetContentType(const SDPackage::PlainText auto& text) { SetContentType(CTulStringW(text).c_str()); }
-    void SetRelationtype(const SDPackage::PlainText auto& text) { SetRelationtype(CTulStringW(text).c_str()); }
+    void SetRelationtype(const SDPackage::PlainText auto& text) {
+        SetRelationtype(CTulStringW(text).c_str());
+    }
     void SetPackagePath(const SDPackage::PlainText auto& text) { SetPackagePath(CTulStringW(text).c_str()); }
     void SetLocalPath(const SDPackage::PlainText auto& text) { SetLocalPath(CTulStringW(text).c_str()); }
     void SetPartname(const SDPackage::PlainText auto& text) { SetPartname(CTulStringW(text).c_str()); }
-    void SetRelationshipID(const SDPackage::PlainText auto& text) { SetRelationshipID(CTulStringW(text).c_str()); }
+    void SetRelationshipID(const SDPackage::PlainText auto& text) {
+        SetRelationshipID(CTulStringW(text).c_str());
+    }
 
 private:
     using SeqProcElems = std::set<ISDSeqProcElem*, _foCompSeqProcElem>;
@@ -140,8 +144,8 @@ public:
     static CODFPart* CreateClass(CSDNamedObject* root);
 };
 
-/// A picture that a caller adds. The counter is for callers who number the files that they add; each thread has its
-/// own.
+/// A picture that a caller adds. The counter is for callers who number the files that they add; each thread
+/// has its own.
 class ODFMODEL_API CImageRootPart : public CBinayrPart {
 public:
     ~CImageRootPart() override;
@@ -164,8 +168,9 @@ public:
     static void IncIndex();
 };
 
-// The parts with a root element of their own. `CreateClass(root)` makes the part, owned by the caller, around `root` or,
-// for null, around a new root element with its name set; the document that takes the part deletes both.
+// The parts with a root element of their own. `CreateClass(root)` makes the part, owned by the caller, around
+// `root` or, for null, around a new root element with its name set; the document that takes the part deletes
+// both.
 
 class ODFMODEL_API COfficeDocumentRootPart : public CODFPart {
 public:

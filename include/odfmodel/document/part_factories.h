@@ -2,19 +2,19 @@
 
 #include <odfmodel/document/part.h>
 
-// Parts that a caller adds to a document. A part reaches the saved package when it is a direct child of the document's
-// root part; it then belongs to the document.
+// Parts that a caller adds to a document. A part reaches the saved package when it is a direct child of the
+// document's root part; it then belongs to the document.
 
 namespace ODF {
 
-/// A binary part "Pictures/<file name>" for the picture file at `path`, added to `parent`; the file itself is read when
-/// the document is saved. A file that `parent` holds already, its path compared ignoring case, isn't added again: its
-/// part is the result. Borrowed.
+/// A binary part "Pictures/<file name>" for the picture file at `path`, added to `parent`; the file itself is
+/// read when the document is saved. A file that `parent` holds already, its path compared ignoring case,
+/// isn't added again: its part is the result. Borrowed.
 ODFMODEL_API CODFPart* _CreateImagePart(CODFPart* parent, CTulStringW path, int = 0, int = 0);
 /// The same for a sound or film, as "media/<file name>".
 ODFMODEL_API CODFPart* _CreateMediaPart(CODFPart* parent, CTulStringW path, int = 0, int = 0);
-/// A part "<directory>content.xml" with a new `office:document-content`, for a chart. `directory` brings its separator.
-/// It is not added to `parent`: the caller owns it until it has added it to the root part.
+/// A part "<directory>content.xml" with a new `office:document-content`, for a chart. `directory` brings its
+/// separator. It is not added to `parent`: the caller owns it until it has added it to the root part.
 ODFMODEL_API CODFPart* _CreateChartContentRootPart(CODFPart* parent, const unsigned short* directory);
 /// A part "<directory>styles.xml" with a new `office:document-styles`, added to `parent`.
 ODFMODEL_API CODFPart* _CreateChartStyleRootPart(CODFPart* parent, const unsigned short* directory);

@@ -26,12 +26,13 @@ public:
     /// Parses the file at `path` into the tree under `root`. False when the file can't be read or ends at a
     /// fault; `root` then holds what was read up to it.
     virtual bool ParseFile(const unsigned short* path, CSDObject* root) = 0;
-    /// Parses the file at `path` and feeds the installed content handler; false when it can't be read or isn't
-    /// well formed.
+    /// Parses the file at `path` and feeds the installed content handler; false when it can't be read or
+    /// isn't well formed.
     virtual bool ParseWithHandler(const unsigned short* path) = 0;
     /// Prepares a parse in chunks with the installed handler.
     virtual bool BeginChunks() = 0;
-    /// Feeds the next `byteCount` bytes of the document; false at the first fault. `cursor` is passed through.
+    /// Feeds the next `byteCount` bytes of the document; false at the first fault. `cursor` is passed
+    /// through.
     virtual bool ParseChunk(const void* data, int byteCount, int cursor) = 0;
     /// Ends the chunked parse; also after a failed `ParseChunk`.
     virtual void EndChunks() = 0;
@@ -44,16 +45,21 @@ public:
 
     /// Parses XML in memory into the tree under `root`; otherwise as `ParseFile`.
     virtual bool ParseMemory(const void* data, std::size_t byteCount, CSDObject* root) = 0;
-    /// Whether the last document that was parsed into a tree began with the element that the root object stands for.
+    /// Whether the last document that was parsed into a tree began with the element that the root object
+    /// stands for.
     virtual bool HasMatchedRoot() const = 0;
     /// The bounds of the following parses.
     virtual void SetLimits(const ODF::Limits& limits) = 0;
-    /// Where faults and unknown content are noted, with `member` as the name of what is parsed. Not owned; null
-    /// for nowhere.
+    /// Where faults and unknown content are noted, with `member` as the name of what is parsed. Not owned;
+    /// null for nowhere.
     virtual void SetDiagnostics(ODF::Diagnostics* diagnostics, std::string_view member) = 0;
 
-    bool ParseFile(std::u16string_view path, CSDObject* root) { return ParseFile(CTulStringW(path).c_str(), root); }
-    bool ParseFile(std::string_view path, CSDObject* root) { return ParseFile(CTulStringW(path).c_str(), root); }
+    bool ParseFile(std::u16string_view path, CSDObject* root) {
+        return ParseFile(CTulStringW(path).c_str(), root);
+    }
+    bool ParseFile(std::string_view path, CSDObject* root) {
+        return ParseFile(CTulStringW(path).c_str(), root);
+    }
     bool ParseWithHandler(std::u16string_view path) { return ParseWithHandler(CTulStringW(path).c_str()); }
     bool ParseWithHandler(std::string_view path) { return ParseWithHandler(CTulStringW(path).c_str()); }
     void SetFeature(std::string_view feature, bool value) { SetFeature(CTulStringW(feature).c_str(), value); }
