@@ -121,6 +121,7 @@ double ParseDouble(std::string_view text) noexcept {
     if (at < text.size() && text[at] == '-') return 0;
     double value = 0;
     const auto result = std::from_chars(text.data() + at, text.data() + text.size(), value);
+    if (result.ec == std::errc::invalid_argument) return 0; // not the negative zero of a lone sign
     if (result.ec == std::errc::result_out_of_range) {
         // Too large gives infinity, too small 0; the exponent's sign tells which.
         const std::string_view number(text.data() + at,
