@@ -14,6 +14,7 @@ class Path {
 public:
     Path() = default;
     Path(const unsigned short* text) : utf8_(ToUtf8(text)) {}     // NOLINT(google-explicit-constructor)
+    Path(const char16_t* text) : utf8_(ToUtf8(ToUnits(text))) {}  // NOLINT(google-explicit-constructor)
     Path(std::u16string_view text) : utf8_(ToUtf8(text)) {}       // NOLINT(google-explicit-constructor)
     Path(const CTulStringW& text) : utf8_(ToUtf8(text.view())) {} // NOLINT(google-explicit-constructor)
     Path(std::string utf8) noexcept : utf8_(std::move(utf8)) {}   // NOLINT(google-explicit-constructor)
