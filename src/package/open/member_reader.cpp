@@ -1,5 +1,7 @@
 #include "package/open/member_reader.h"
 
+#include <odfmodel/serial/default_handler.h>
+
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -48,6 +50,24 @@ std::optional<ByteVector> ReadWhole(CSDUnZip& unzip, const CTulStringW& itemName
     return bytes;
 }
 
+/// Hands elements on and notices whether the document has come to its end: ending a parse in chunks doesn't
+/// tell.
+class WholeDocument final : public CSDDefaultHandler {
+public:
+    explicit WholeDocument(CSDDefaultHandler& handler) : handler_(handler) {}
+
+    void startElement(const unsigned short* uri, const unsigned short* localName, const unsigned short* qName,
+                      CSDAttribute* attributes) override {
+        handler_.startElement(uri, localName, qName, attributes);
+    }
+    void endDocument() override { isWhole_ = true; }
+    bool isWhole() const noexcept { return isWhole_; }
+
+private:
+    CSDDefaultHandler& handler_;
+    bool isWhole_ = false;
+};
+
 } // namespace
 
 IndexReader::IndexReader(const PackageState& state) : state_(state), reader_(CreateSaxReader()) {
@@ -65,7 +85,7 @@ int IndexReader::readFile(const CTulStringW& itemName) {
     return reader_->ParseWithHandler(state_.storage.pathOf(itemName.view()).text()) ? 1 : 0;
 }
 
-int IndexReader::readMember(const CTulStringW& itemName) {
+int IndexReader::readMember(const CTulStringW& itemName, CSDDefaultHandler& handler) {
     CSDUnZip* const unzip = state_.unzip.get();
     if (!unzip) return 0;
     if (unzip->GetItemIndex(itemName) < 0) {
@@ -79,19 +99,24 @@ int IndexReader::readMember(const CTulStringW& itemName) {
                                         itemName) == 0)
             return 0;
     }
+    WholeDocument document(handler);
+    reader_->SetContentHandler(&document);
     if (!reader_->BeginChunks()) return 1;
     std::array<unsigned char, kChunk> buffer{};
+    bool isEmpty = true;
     const bool isRead =
         ForEachPiece(*unzip, itemName, buffer.data(), buffer.size(), [&](std::size_t count, int cursor) {
+            isEmpty = false;
             return reader_->ParseChunk(buffer.data(), static_cast<int>(count), cursor);
         });
     reader_->EndChunks();
-    return isRead ? 1 : 0;
+    reader_->SetContentHandler(nullptr);
+    return isRead && (isEmpty || document.isWhole()) ? 1 : 0;
 }
 
 int IndexReader::read(const CTulStringW& itemName, CSDDefaultHandler& handler) {
     install(itemName, handler);
-    return state_.keepCompressed != 0 ? readMember(itemName) : readFile(itemName);
+    return state_.keepCompressed != 0 ? readMember(itemName, handler) : readFile(itemName);
 }
 
 int IndexReader::readUnseen(const CTulStringW& itemName, CSDDefaultHandler& handler) {
@@ -103,7 +128,7 @@ int IndexReader::readUnseen(const CTulStringW& itemName, CSDDefaultHandler& hand
 int ReadFromArchive(const PackageState& state, const CTulStringW& itemName, CSDDefaultHandler& handler) {
     IndexReader reader(state);
     reader.install(itemName, handler);
-    return reader.readMember(itemName);
+    return reader.readMember(itemName, handler);
 }
 
 } // namespace SDPackage

@@ -31,7 +31,7 @@ private:
 
     void install(const CTulStringW& itemName, CSDDefaultHandler& handler);
     int readFile(const CTulStringW& itemName);
-    int readMember(const CTulStringW& itemName);
+    int readMember(const CTulStringW& itemName, CSDDefaultHandler& handler);
 
     const PackageState& state_;
     ReaderHandle reader_;

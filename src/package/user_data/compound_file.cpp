@@ -7,6 +7,7 @@
 #include <gsf/gsf-outfile-msole.h>
 #include <gsf/gsf-output-memory.h>
 
+#include <iterator>
 #include <memory>
 
 namespace SDPackage {
@@ -21,6 +22,28 @@ struct ObjectDeleter {
 };
 template<typename T>
 using Object = std::unique_ptr<T, ObjectDeleter>;
+
+/// Keeps what the library says about damaged files off the standard error stream.
+class QuietLog {
+public:
+    QuietLog() {
+        const auto ignore = [](const gchar*, GLogLevelFlags, const gchar*, gpointer) {};
+        for (std::size_t i = 0; i < std::size(kDomains); ++i)
+            handlers_[i] = g_log_set_handler(kDomains[i], kLevels, ignore, nullptr);
+    }
+    QuietLog(const QuietLog&) = delete;
+    QuietLog& operator=(const QuietLog&) = delete;
+    ~QuietLog() {
+        for (std::size_t i = 0; i < std::size(kDomains); ++i)
+            g_log_remove_handler(kDomains[i], handlers_[i]);
+    }
+
+private:
+    static constexpr const char* kDomains[] = {"libgsf:msole", "libgsf"};
+    static constexpr auto kLevels =
+        static_cast<GLogLevelFlags>(G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_WARNING | G_LOG_LEVEL_MESSAGE);
+    guint handlers_[std::size(kDomains)] = {};
+};
 
 class Reader {
 public:
@@ -76,6 +99,7 @@ bool Write(GsfOutfile* storage, const CompoundNode& node) {
 } // namespace
 
 std::optional<CompoundNode> ReadCompoundFile(std::span<const unsigned char> file) {
+    const QuietLog quiet;
     const Object<GsfInput> input(
         gsf_input_memory_new(file.data(), static_cast<gsf_off_t>(file.size()), FALSE));
     if (!input) return std::nullopt;

@@ -1,0 +1,238 @@
+#pragma once
+
+#include <odfmodel/core/diagnostics.h>
+#include <odfmodel/package/package.h>
+#include <odfmodel/serial/sax_reader.h>
+#include <odfmodel/serial/unzip.h>
+#include <odfmodel/serial/zip.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace package_test {
+
+namespace fs = std::filesystem;
+
+using Members = std::map<std::string, std::string>;
+
+inline std::string Utf8(const unsigned short* text) {
+    return text ? ODF::ToUtf8(text) : "(null)";
+}
+
+inline std::string ReadFile(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+inline void WriteFile(const fs::path& path, std::string_view data) {
+    fs::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary).write(data.data(), static_cast<std::streamsize>(data.size()));
+}
+
+/// Makes an archive by the library's own writer; members come in the given order.
+inline bool MakeArchive(const fs::path& path,
+                        const std::vector<std::pair<std::string, std::string>>& members) {
+    CSDZip zip;
+    if (zip.CreareZipFile(path.string()) == 0) return false;
+    for (const auto& [name, data] : members) {
+        std::string copy = data;
+        if (zip.Compress(CTulStringW(name), copy.data(), static_cast<int>(copy.size())) == 0) return false;
+    }
+    return zip.CloseFile() != 0;
+}
+
+inline Members ReadMembers(CSDUnZip& unzip) {
+    Members members;
+    if (!unzip.itemTable) return members;
+    for (const auto& [name, item] : *unzip.itemTable) {
+        if (item.index < 0) continue;
+        long size = 0;
+        if (unzip.GetItemSize(item.index, size) == 0) continue;
+        std::string data(static_cast<std::size_t>(size), '\0');
+        if (unzip.GetItem(item.index, reinterpret_cast<unsigned char*>(data.data()), size) == 0)
+            data = "(unreadable)";
+        members[name.utf8()] = data;
+    }
+    return members;
+}
+
+/// The members of an archive by name; empty when it can't be opened.
+inline Members ReadArchive(const fs::path& path) {
+    CSDUnZip unzip;
+    if (unzip.OpenZipFileNonDecompress(path.string()) == 0) return {};
+    return ReadMembers(unzip);
+}
+
+inline std::vector<std::string> Names(const Members& members) {
+    std::vector<std::string> names;
+    for (const auto& [name, data] : members)
+        names.push_back(name);
+    return names;
+}
+
+/// Names of the archive's members in the order in which they stand in it.
+inline std::vector<std::string> NamesInOrder(const fs::path& path) {
+    CSDUnZip unzip;
+    std::map<int, std::string> byIndex;
+    if (unzip.OpenZipFileNonDecompress(path.string()) != 0)
+        for (const auto& [name, item] : *unzip.itemTable)
+            byIndex[item.index] = name.utf8();
+    std::vector<std::string> names;
+    for (const auto& [index, name] : byIndex)
+        names.push_back(name);
+    return names;
+}
+
+inline bool HasNote(const ODF::Diagnostics& diagnostics, ODF::NoteCode code, std::string_view member) {
+    return std::any_of(diagnostics.notes().begin(), diagnostics.notes().end(),
+                       [&](const ODF::Note& note) { return note.code == code && note.member == member; });
+}
+
+inline std::string Manifest(std::string_view entries) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
+           "<manifest:manifest xmlns:manifest=\"urn:oasis:names:tc:opendocument:xmlns:manifest:1.0\">" +
+           std::string(entries) + "</manifest:manifest>";
+}
+
+inline std::string Entry(std::string_view mediaType, std::string_view fullPath) {
+    return "<manifest:file-entry manifest:media-type=\"" + std::string(mediaType) +
+           "\" manifest:full-path=\"" + std::string(fullPath) + "\"/>";
+}
+
+inline constexpr const char* kTextType = "application/vnd.oasis.opendocument.text";
+inline constexpr const char* kOfficeRelation =
+    "http://schemas.openxmlformats.org/officeDocument/2006/relationships/";
+
+inline std::string ContentTypes(std::string_view entries) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>"
+           "<Types xmlns=\"http://schemas.openxmlformats.org/package/2006/content-types\">" +
+           std::string(entries) + "</Types>";
+}
+
+inline std::string Relationships(std::string_view entries) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>"
+           "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">" +
+           std::string(entries) + "</Relationships>";
+}
+
+inline std::string Relationship(std::string_view id, std::string_view type, std::string_view target,
+                                std::string_view rest = {}) {
+    return "<Relationship Id=\"" + std::string(id) + "\" Type=\"" + std::string(type) + "\" Target=\"" +
+           std::string(target) + "\" " + std::string(rest) + "/>";
+}
+
+/// Gives each test a folder of its own, in which the library's temporary files go too.
+class PackageTest : public testing::Test {
+protected:
+    PackageTest() {
+        std::string name = (fs::temp_directory_path() / "package-test-XXXXXX").string();
+        if (mkdtemp(name.data())) folder_ = name;
+        fs::create_directory(folder_ / "tmp");
+        const char* const before = std::getenv("TMPDIR");
+        if (before) previousTemporary_ = before;
+        setenv("TMPDIR", (folder_ / "tmp").c_str(), 1);
+    }
+    ~PackageTest() override {
+        if (previousTemporary_.empty())
+            unsetenv("TMPDIR");
+        else
+            setenv("TMPDIR", previousTemporary_.c_str(), 1);
+        std::error_code ignored;
+        fs::remove_all(folder_, ignored);
+    }
+
+    fs::path at(std::string_view name) const { return folder_ / name; }
+    std::string text(std::string_view name) const { return at(name).string(); }
+    fs::path temporary() const { return folder_ / "tmp"; }
+    /// What the library has left in its temporary directory.
+    std::vector<std::string> leftovers() const {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(temporary()))
+            names.push_back(entry.path().filename().string());
+        return names;
+    }
+
+    /// A package that notes into `diagnostics_`.
+    std::unique_ptr<SDPackage::IPackage> newPackage() {
+        std::unique_ptr<SDPackage::IPackage> package(SDPackage::CreatePackage());
+        diagnostics_.clear();
+        package->SetDiagnostics(&diagnostics_);
+        return package;
+    }
+
+    /// A text document with a picture, an embedded object and a member that the manifest doesn't list.
+    std::string makeText(std::string_view name = "a.odt") const {
+        EXPECT_TRUE(MakeArchive(
+            at(name),
+            {{"mimetype", kTextType},
+             {"content.xml", "<content/>"},
+             {"styles.xml", "<styles/>"},
+             {"Pictures/a.png", "picture bytes"},
+             {"Object 1/content.xml", "<math/>"},
+             {"unlisted.bin", "?"},
+             {"META-INF/manifest.xml",
+              Manifest(Entry(kTextType, "/") + Entry("text/xml", "content.xml") +
+                       Entry("text/xml", "styles.xml") + Entry("image/png", "Pictures/a.png") +
+                       Entry("", "Pictures/") +
+                       Entry("application/vnd.oasis.opendocument.formula", "Object 1/") +
+                       Entry("text/xml", "Object 1/content.xml") + Entry("text/xml", "missing.xml"))}}));
+        return text(name);
+    }
+
+    /// A presentation with one slide, a picture and a link to the outside.
+    std::string makePresentation(std::string_view name = "a.pptx") const {
+        EXPECT_TRUE(MakeArchive(at(name), presentationMembers()));
+        return text(name);
+    }
+
+    static std::vector<std::pair<std::string, std::string>> presentationMembers() {
+        const std::string relation = kOfficeRelation;
+        return {{"[Content_Types].xml",
+                 ContentTypes("<Default Extension=\"xml\" ContentType=\"application/xml\"/>"
+                              "<Default Extension=\"png\" ContentType=\"image/png\"/>"
+                              "<Override PartName=\"/ppt/presentation.xml\" ContentType=\"application/"
+                              "vnd.openxmlformats-officedocument.presentationml.presentation.main+xml\"/>")},
+                {"_rels/.rels",
+                 Relationships(Relationship("rId1", relation + "officeDocument", "ppt/presentation.xml"))},
+                {"ppt/presentation.xml", "<presentation/>"},
+                {"ppt/_rels/presentation.xml.rels",
+                 Relationships(Relationship("rId1", relation + "slide", "slides/slide1.xml") +
+                               Relationship("rId2", relation + "hyperlink", "http://host/a b?x=1&amp;y=2",
+                                            "TargetMode=\"External\""))},
+                {"ppt/slides/slide1.xml", "<slide/>"},
+                {"ppt/slides/_rels/slide1.xml.rels",
+                 Relationships(Relationship("rId1", relation + "image", "../media/image1.png"))},
+                {"ppt/media/image1.png", "picture"}};
+    }
+
+    ODF::Diagnostics diagnostics_;
+
+private:
+    fs::path folder_;
+    std::string previousTemporary_;
+};
+
+/// The text that an index writer gives a serializer.
+template<typename Write>
+std::string Written(Write write) {
+    std::vector<char> buffer(1 << 16);
+    CSDSerializer* const serializer = CreateSerialize();
+    EXPECT_TRUE(serializer->OpenMemory(buffer.data(), static_cast<int>(buffer.size())));
+    write(serializer);
+    const int size = serializer->Close();
+    ReleaseSerialize(serializer);
+    return {buffer.data(), static_cast<std::size_t>(std::max(size, 0))};
+}
+
+} // namespace package_test

@@ -1,0 +1,378 @@
+#include "package/fixture.h"
+
+using namespace package_test;
+using namespace SDPackage;
+
+namespace {
+
+using ODF::NoteCode;
+using ODF::Status;
+using sd::SDDocType;
+
+class OpenPackaging : public PackageTest {
+protected:
+    using Content = std::vector<std::pair<std::string, std::string>>;
+
+    /// A presentation whose root links lead where `relationships` say.
+    std::unique_ptr<IPackage> openWith(const std::string& relationships, const Content& more = {}) {
+        Content all{{"[Content_Types].xml",
+                     ContentTypes("<Default Extension=\"xml\" ContentType=\"application/xml\"/>")},
+                    {"_rels/.rels", Relationships(relationships)}};
+        all.insert(all.end(), more.begin(), more.end());
+        EXPECT_TRUE(MakeArchive(at("x.pptx"), all));
+        auto package = newPackage();
+        result_ = package->Open(text("x.pptx"));
+        return package;
+    }
+
+    int result_ = 0;
+};
+
+} // namespace
+
+TEST_F(OpenPackaging, OpensIntoLinkedParts) {
+    const auto package = newPackage();
+    ASSERT_NE(package->Open(makePresentation()), 0);
+    EXPECT_EQ(package->GetDocType(), SDDocType::DocTypePresentation);
+    IPart* const main = package->GetMainPart();
+    ASSERT_NE(main, nullptr);
+    EXPECT_EQ(Utf8(main->GetPackagePath()), "/ppt/presentation.xml");
+    EXPECT_EQ(main, package->GetRootPart()->GetPartById("rId1"));
+    EXPECT_EQ(ReadFile(Utf8(main->GetLocalPath())), "<presentation/>");
+
+    IPart* const slide = main->GetPartById("rId1");
+    ASSERT_NE(slide, nullptr);
+    EXPECT_EQ(Utf8(slide->GetPackagePath()), "/ppt/slides/slide1.xml");
+    EXPECT_EQ(Utf8(slide->GetContentType()),
+              "application/vnd.openxmlformats-officedocument.presentationml.slide+xml");
+    EXPECT_EQ(Utf8(slide->GetRelationType()), std::string(kOfficeRelation) + "slide");
+    EXPECT_EQ(Utf8(slide->GetPartById("rId1")->GetPackagePath()), "/ppt/media/image1.png");
+    EXPECT_EQ(Utf8(slide->GetPartById("rId1")->GetContentType()), "image/png");
+
+    const IPart* const link = main->GetPartById("rId2");
+    EXPECT_EQ(link->GetTargetMode(), TargetModeExternal);
+    for (const auto* const place : {link->GetPackagePath(), link->GetLocalPath(), link->GetPartName()})
+        EXPECT_EQ(Utf8(place), "http://host/a b?x=1&y=2");
+}
+
+TEST_F(OpenPackaging, SavesWhatItHasRead) {
+    const auto package = newPackage();
+    ASSERT_NE(package->Open(makePresentation()), 0);
+    ASSERT_NE(package->Save(text("b.pptx")), 0);
+    Members saved = ReadArchive(at("b.pptx"));
+    const Members read = ReadArchive(at("a.pptx"));
+    EXPECT_EQ(Names(saved), Names(read));
+    EXPECT_EQ(saved["ppt/media/image1.png"], "picture");
+    EXPECT_EQ(saved["ppt/_rels/presentation.xml.rels"],
+              "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\" ?><Relationships"
+              " xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">"
+              "<Relationship Id=\"rId1\" Type=\"" +
+                  std::string(kOfficeRelation) +
+                  "slide\" Target=\"slides/slide1.xml\"  />"
+                  "<Relationship Id=\"rId2\" Type=\"" +
+                  kOfficeRelation +
+                  "hyperlink\" Target=\"http://host/a%20b?x=1&amp;y=2\" TargetMode=\"External\" />"
+                  "</Relationships>");
+    EXPECT_NE(saved["ppt/slides/_rels/slide1.xml.rels"].find("Target=\"../media/image1.png\""),
+              std::string::npos);
+
+    const auto again = newPackage();
+    ASSERT_NE(again->Open(text("b.pptx")), 0);
+    ASSERT_NE(again->Save(text("c.pptx")), 0);
+    EXPECT_EQ(ReadArchive(at("c.pptx")), saved);
+}
+
+class OpenPackagingRoutes : public OpenPackaging, public testing::WithParamInterface<int> {};
+
+// All ways into a package give the same parts, and all can be saved.
+TEST_P(OpenPackagingRoutes, GiveTheSameParts) {
+    makePresentation();
+    std::string bytes = ReadFile(at("a.pptx"));
+    const auto size = static_cast<unsigned>(bytes.size());
+    const auto package = newPackage();
+    const auto open = [&] {
+        switch (GetParam()) {
+        case 0:
+            return package->Open(text("a.pptx"));
+        case 1:
+            return package->Open(text("a.pptx"), 1);
+        case 2:
+            return package->OpenMemory(bytes.data(), size, text("a.pptx"));
+        case 3:
+            return package->OpenMemory(bytes.data(), size, text("no such file.odt"), text("extracted"));
+        default:
+            break;
+        }
+        EXPECT_NE(newPackage()->Open(text("a.pptx"), text("one")), 0);
+        CSDUnZip unzip;
+        EXPECT_NE(unzip.OpenAndExtract(CTulStringW(text("a.pptx")), CTulStringW(text("two"))), 0);
+        return package->OpenFolder(text("two"));
+    };
+    ASSERT_NE(open(), 0);
+    EXPECT_EQ(package->GetDocType(), SDDocType::DocTypePresentation);
+    EXPECT_EQ(package->GetParts()->size(), 4U);
+    ASSERT_NE(package->GetMainPart(), nullptr);
+    EXPECT_NE(package->GetMainPart()->GetPartById("rId1"), nullptr);
+    ASSERT_NE(package->Save(text("b.pptx")), 0);
+    EXPECT_EQ(ReadArchive(at("b.pptx"))["ppt/slides/slide1.xml"], "<slide/>");
+}
+
+INSTANTIATE_TEST_SUITE_P(All, OpenPackagingRoutes, testing::Range(0, 5));
+
+namespace {
+
+struct ResolveCase {
+    const char* target;
+    const char* path;
+};
+
+class ResolvedTarget : public OpenPackaging, public testing::WithParamInterface<ResolveCase> {};
+
+} // namespace
+
+TEST_P(ResolvedTarget, StaysInThePackage) {
+    WriteFile(temporary() / "secret.txt", "of someone else");
+    const auto package =
+        openWith(Relationship("r0", "t", "a/b/source.xml"),
+                 {{"a/b/_rels/source.xml.rels", Relationships(Relationship("r1", "t", GetParam().target))},
+                  {"a/b/source.xml", "s"}});
+    ASSERT_NE(result_, 0);
+    const IPart* const part = package->GetPart("/a/b/source.xml")->GetPartById("r1");
+    ASSERT_NE(part, nullptr);
+    EXPECT_EQ(Utf8(part->GetPackagePath()), GetParam().path);
+    const std::string root = Utf8(package->GetTempFolder());
+    const std::string local = fs::path(Utf8(part->GetLocalPath())).lexically_normal().string();
+    EXPECT_EQ(local.rfind(root, 0), 0U) << local;
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, ResolvedTarget,
+                         testing::Values(ResolveCase{"c.xml", "/a/b/c.xml"},
+                                         ResolveCase{"../c.xml", "/a/c.xml"},
+                                         ResolveCase{"../../c.xml", "/c.xml"},
+                                         ResolveCase{"./c/./d.xml", "/a/b/c/d.xml"},
+                                         ResolveCase{"/c.xml", "/c.xml"}, ResolveCase{"/", "//"},
+                                         ResolveCase{"../../../../secret.txt", "/secret.txt"},
+                                         ResolveCase{"..\\..\\..\\..\\secret.txt", "/secret.txt"},
+                                         ResolveCase{"/../secret.txt", "/secret.txt"},
+                                         ResolveCase{"/a\\..\\..\\secret.txt", "/secret.txt"},
+                                         ResolveCase{"", "/a/b/"}, ResolveCase{"x%20y.xml", "/a/b/x y.xml"}));
+
+TEST_F(OpenPackaging, FindsMembersUnderTheirOwnSpelling) {
+    const auto package =
+        openWith(Relationship("r1", "t", "my%20file.xml") + Relationship("r2", "t", "Dir/File.xml"),
+                 {{"my%20file.xml", "escaped"}, {"dir/file.XML", "other case"}});
+    ASSERT_NE(result_, 0);
+    EXPECT_EQ(ReadFile(Utf8(package->GetPart("/my file.xml")->GetLocalPath())), "escaped");
+    EXPECT_EQ(ReadFile(Utf8(package->GetPart("/Dir/File.xml")->GetLocalPath())), "other case");
+}
+
+TEST_F(OpenPackaging, OneTargetIsOnePart) {
+    const auto package = openWith(Relationship("r1", "t", "http://x/", "TargetMode=\"External\"") +
+                                      Relationship("r2", "u", "http://x/", "TargetMode=\"External\"") +
+                                      Relationship("r3", "t", "a.xml") + Relationship("r4", "t", "/A.xml"),
+                                  {{"a.xml", "a"}});
+    IPart* const root = package->GetRootPart();
+    EXPECT_EQ(root->Count(nullptr), 4);
+    EXPECT_EQ(package->GetParts()->size(), 2U);
+    EXPECT_EQ(root->GetPartById("r1"), root->GetPartById("r2"));
+    EXPECT_EQ(root->GetPartById("r3"), root->GetPartById("r4"));
+}
+
+TEST_F(OpenPackaging, LinksThatLeadNowhereDoNotKeepItFromSaving) {
+    const auto package =
+        openWith(Relationship("r1", "t", "NULL") + Relationship("r2", "t", "a.xml"), {{"a.xml", "a"}});
+    ASSERT_NE(result_, 0);
+    EXPECT_TRUE(HasNote(diagnostics_, NoteCode::MemberMissing, "NULL"));
+    ASSERT_NE(package->Save(text("b.pptx")), 0);
+    EXPECT_EQ(Names(ReadArchive(at("b.pptx"))),
+              (std::vector<std::string>{"[Content_Types].xml", "_rels/.rels", "a.xml"}));
+    // A member that was there is another matter.
+    fs::remove(Utf8(package->GetPart("/a.xml")->GetLocalPath()));
+    EXPECT_EQ(package->Save(text("c.pptx")), 0);
+    EXPECT_FALSE(fs::exists(at("c.pptx")));
+}
+
+namespace {
+
+struct BrokenCase {
+    const char* name;
+    std::vector<std::pair<std::string, std::string>> members;
+};
+
+class BrokenIndex : public OpenPackaging, public testing::WithParamInterface<std::tuple<BrokenCase, int>> {};
+
+const std::string kTypes = ContentTypes({});
+
+} // namespace
+
+TEST_P(BrokenIndex, IsToldAndRefused) {
+    const auto& [broken, keepCompressed] = GetParam();
+    ASSERT_TRUE(MakeArchive(at("b.docx"), broken.members));
+    EXPECT_EQ(newPackage()->Open(text("b.docx"), keepCompressed), 0);
+    EXPECT_EQ(diagnostics_.status(), Status::BadIndex);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, BrokenIndex,
+    testing::Combine(
+        testing::Values(BrokenCase{"NoContentTypes", {{"_rels/.rels", Relationships({})}}},
+                        BrokenCase{"BadContentTypes", {{"[Content_Types].xml", "<Types>&"}}},
+                        BrokenCase{"BadRelationships",
+                                   {{"[Content_Types].xml", kTypes}, {"_rels/.rels", "<R></Q>"}}},
+                        BrokenCase{"OneIdTwice",
+                                   {{"[Content_Types].xml", kTypes},
+                                    {"_rels/.rels", Relationships(Relationship("r", "t", "a") +
+                                                                  Relationship("r", "t", "b"))}}}),
+        testing::Values(0, 1)),
+    [](const auto& given) {
+        return std::string(std::get<0>(given.param).name) +
+               (std::get<1>(given.param) != 0 ? "Compressed" : "");
+    });
+
+TEST_F(OpenPackaging, FolderMembersAreNoRelationships) {
+    auto members = presentationMembers();
+    members.emplace_back("ppt/my_rels/picture.bin", "no XML");
+    members.emplace_back("ppt/_rels/notes.txt", "no XML");
+    ASSERT_TRUE(MakeArchive(at("a.pptx"), members));
+    EXPECT_NE(newPackage()->Open(text("a.pptx")), 0);
+}
+
+TEST_F(OpenPackaging, TheRegistryOfABinaryWorkbookIsItsOwn) {
+    ASSERT_TRUE(MakeArchive(
+        at("a.xlsb"),
+        {{"[Content_Types].xml", kTypes},
+         {"_rels/.rels",
+          Relationships(Relationship("r1", std::string(kOfficeRelation) + "worksheet", "xl/sheet1.bin"))},
+         {"xl/sheet1.bin", "b"}}));
+    const auto package = newPackage();
+    ASSERT_NE(package->Open(text("a.xlsb")), 0);
+    const IPart* const sheet = package->GetPart("/xl/sheet1.bin");
+    EXPECT_EQ(Utf8(sheet->GetContentType()), "application/vnd.ms-excel.worksheet");
+    EXPECT_EQ(sheet->GetPartType(), 1);
+}
+
+namespace {
+
+// The callback has no argument of the caller's, so what it sees goes here.
+std::vector<std::string>* seen = nullptr;
+int answer = 1;
+
+int Watch(void* data, int size, const unsigned short* kind, const unsigned short* itemName) {
+    seen->push_back(Utf8(kind) + " " + Utf8(itemName) + " " +
+                    std::string(static_cast<const char*>(data), static_cast<std::size_t>(size)).substr(0, 5));
+    return answer;
+}
+
+} // namespace
+
+TEST_F(OpenPackaging, TheCallbackSeesEachIndexMemberInTheArchive) {
+    std::vector<std::string> names;
+    seen = &names;
+    answer = 1;
+    makePresentation();
+    const auto package = newPackage();
+    package->SetXmlCallback(Watch);
+    ASSERT_NE(package->Open(text("a.pptx")), 0);
+    EXPECT_TRUE(names.empty());
+    ASSERT_NE(package->Open(text("a.pptx"), 1), 0);
+    EXPECT_EQ(names,
+              (std::vector<std::string>{"XMLFile [Content_Types].xml <?xml", "XMLFile _rels/.rels <?xml",
+                                        "XMLFile ppt/_rels/presentation.xml.rels <?xml",
+                                        "XMLFile ppt/slides/_rels/slide1.xml.rels <?xml"}));
+    answer = 0;
+    EXPECT_EQ(package->Open(text("a.pptx"), 1), 0);
+    seen = nullptr;
+}
+
+TEST_F(OpenPackaging, TheCallbackSeesLargeMembersWhole) {
+    std::string padding(300'000, ' ');
+    ASSERT_TRUE(MakeArchive(at("a.pptx"),
+                            {{"[Content_Types].xml", kTypes}, {"_rels/.rels", Relationships(padding)}}));
+    std::vector<std::string> names;
+    seen = &names;
+    answer = 1;
+    const auto package = newPackage();
+    static std::size_t largest; // what the callback, which has no context, leaves here
+    largest = 0;
+    package->SetXmlCallback([](void*, int size, const unsigned short*, const unsigned short*) {
+        largest = std::max(largest, static_cast<std::size_t>(size));
+        return 1;
+    });
+    ASSERT_NE(package->Open(text("a.pptx"), 1), 0);
+    EXPECT_EQ(largest, Relationships(padding).size());
+    seen = nullptr;
+}
+
+TEST_F(OpenPackaging, ReadsContentTypesAlone) {
+    makePresentation();
+    std::string bytes = ReadFile(at("a.pptx"));
+    const auto package = newPackage();
+    Map overrides;
+    Map defaults;
+    ASSERT_NE(package->ReadContentTypes(text("a.pptx"), &overrides, &defaults), 0);
+    EXPECT_EQ(package->GetDocType(), SDDocType::DocTypePresentation);
+    EXPECT_EQ(overrides.size(), 1U);
+    EXPECT_EQ(defaults[CTulStringW(u"png")], "image/png");
+    EXPECT_EQ(Utf8(package->GetSourcePath()), text("a.pptx"));
+    ASSERT_NE(package->ReadContentTypes(bytes.data(), static_cast<unsigned>(bytes.size()), nullptr, nullptr),
+              0);
+    RelationshipVector records;
+    ASSERT_NE(package->ReadRelationships("ppt/_rels/presentation.xml.rels", &records), 0);
+    EXPECT_EQ(records.size(), 2U);
+    EXPECT_EQ(package->ReadRelationships("none.rels", &records), 0);
+    EXPECT_EQ(package->ReadContentTypes(bytes.data(), 20, nullptr, nullptr), 0);
+    ASSERT_TRUE(MakeArchive(at("b.zip"), {{"a", "b"}}));
+    EXPECT_EQ(package->ReadContentTypes(text("b.zip"), nullptr, nullptr), 0);
+}
+
+TEST_F(OpenPackaging, WritesContentTypesToAFileAndEmptiesThem) {
+    const auto package = newPackage();
+    package->GetContentTypes()->AddDefault("png", "image/png");
+    package->WriteContentTypes(text("out"));
+    EXPECT_NE(ReadFile(at("out/[Content_Types].xml")).find("Extension = \"png\""), std::string::npos);
+    package->WriteContentTypes(text("out"), "second.xml");
+    EXPECT_EQ(ReadFile(at("out/second.xml")).find("png"), std::string::npos);
+    // A file that can't be made leaves the registry alone.
+    package->GetContentTypes()->AddDefault("png", "image/png");
+    package->WriteContentTypes("/dev/null");
+    EXPECT_NE(package->GetContentTypes()->GetContentType("a.png", nullptr), nullptr);
+}
+
+TEST_F(OpenPackaging, IndexGoesIntoACallersArchive) {
+    const auto package = newPackage();
+    ASSERT_NE(package->Open(makePresentation()), 0);
+    CSDZip zip;
+    ASSERT_NE(zip.CreareZipFile(text("mine.zip")), 0);
+    std::vector<char> scratch(4096);
+    package->SetExternalZip(&zip);
+    package->SetScratchBuffer(scratch.data());
+    package->SetScratchSize(static_cast<int>(scratch.size()));
+    ASSERT_NE(package->Save(text("b.pptx")), 0);
+    EXPECT_FALSE(fs::exists(at("b.pptx")));
+    ASSERT_NE(zip.CloseFile(), 0);
+    EXPECT_EQ(
+        Names(ReadArchive(at("mine.zip"))),
+        (std::vector<std::string>{"[Content_Types].xml", "_rels/.rels", "ppt/_rels/presentation.xml.rels",
+                                  "ppt/slides/_rels/slide1.xml.rels"}));
+
+    // Memory that is too small ends the save.
+    ASSERT_NE(zip.CreareZipFile(text("other.zip")), 0);
+    package->SetScratchSize(16);
+    EXPECT_EQ(package->Save(text("b.pptx")), 0);
+    zip.Discard();
+}
+
+TEST_F(OpenPackaging, ManyPartsAreOpenedAndSaved) {
+    std::string links;
+    Content members;
+    for (int i = 0; i < 3000; ++i) {
+        const std::string name = "p" + std::to_string(i) + ".xml";
+        links += Relationship("r" + std::to_string(i), "t", name);
+        members.emplace_back(name, "x");
+    }
+    const auto package = openWith(links, members);
+    ASSERT_NE(result_, 0);
+    EXPECT_EQ(package->GetParts()->size(), 3000U);
+    ASSERT_NE(package->Save(text("b.pptx")), 0);
+    EXPECT_EQ(ReadArchive(at("b.pptx")).size(), 3002U);
+}

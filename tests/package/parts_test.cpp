@@ -1,0 +1,219 @@
+#include "package/fixture.h"
+
+using namespace package_test;
+using namespace SDPackage;
+
+namespace {
+
+/// Parts that live as long as the object.
+class Parts {
+public:
+    IPart* make(std::string_view path, std::string_view contentType = {}) {
+        parts_.push_back(std::make_unique<IPart>());
+        parts_.back()->SetPackagePath(path);
+        parts_.back()->SetContentType(contentType);
+        return parts_.back().get();
+    }
+
+private:
+    std::vector<std::unique_ptr<IPart>> parts_;
+};
+
+} // namespace
+
+TEST(Relationships, NumberNewIdsFromTheCount) {
+    Parts parts;
+    IRelationships set;
+    IPart* const first = parts.make("a");
+    IPart* const second = parts.make("b");
+    EXPECT_EQ(set.AddPart(first), first);
+    EXPECT_EQ(set.AddPart(second), second);
+    EXPECT_EQ(Utf8(set.GetIdByPart(first)), "rId0");
+    EXPECT_EQ(Utf8(set.GetIdByPart(second)), "rId1");
+}
+
+TEST(Relationships, SkipTakenNumbers) {
+    Parts parts;
+    IRelationships set;
+    set.AddPart(parts.make("a"), "rId2");
+    set.AddPart(parts.make("b"), "x");
+    IPart* const part = parts.make("c");
+    set.AddPart(part);
+    EXPECT_EQ(Utf8(set.GetIdByPart(part)), "rId3");
+}
+
+TEST(Relationships, KeepTheFirstUnderAnId) {
+    Parts parts;
+    IRelationships set;
+    IPart* const first = parts.make("a");
+    set.AddPart(first, "rId5");
+    EXPECT_EQ(set.AddPart(parts.make("b"), "rId5"), nullptr);
+    EXPECT_EQ(set.AddPart(nullptr, "rId6"), nullptr);
+    EXPECT_EQ(set.GetPartById("rId5"), first);
+    EXPECT_EQ(set.Count(nullptr), 1);
+}
+
+TEST(Relationships, FindByTypeInIdOrder) {
+    Parts parts;
+    IRelationships set;
+    IPart* const late = parts.make("late", "text/xml");
+    IPart* const early = parts.make("early", "text/xml");
+    set.AddPart(late, "rId2");
+    set.AddPart(early, "rId10");
+    EXPECT_EQ(set.GetPartByContentType("text/xml"), early);
+    EXPECT_EQ(set.GetPartByContentType("TEXT/XML"), nullptr);
+    EXPECT_EQ(set.Count("text/xml"), 2);
+    EXPECT_EQ(set.Count("image/png"), 0);
+}
+
+TEST(Relationships, ListsAreSnapshots) {
+    Parts parts;
+    IRelationships set;
+    EXPECT_EQ(set.GetPartList(nullptr), nullptr);
+    IPart* const part = parts.make("a.xml", "text/xml");
+    set.AddPart(part);
+    set.AddPart(parts.make("b.png", "image/png"));
+    IPartList* const list = set.GetPartList("text/xml");
+    ASSERT_NE(list, nullptr);
+    set.Clear();
+    EXPECT_EQ(list->Count(), 1);
+    EXPECT_EQ(list->GetPart(0), part);
+    EXPECT_EQ(list->GetPart(1), nullptr);
+    EXPECT_EQ(list->GetEntry(-1), nullptr);
+    EXPECT_EQ(list->GetPartByPackagePath("a.xml"), part);
+    EXPECT_TRUE(list->Contains("rId0"));
+    EXPECT_EQ(list->Add(part, "rId0"), nullptr);
+    EXPECT_EQ(list->Add(part, "again"), part);
+    EXPECT_EQ(Utf8(list->FindSame(parts.make("a.xml"))), "rId0");
+    EXPECT_EQ(list->FindSame(parts.make("other")), nullptr);
+    set.ReleasePartList(list);
+    set.ReleasePartList(nullptr);
+}
+
+TEST(Part, WithoutRelationshipsAnswersNothing) {
+    IPart part;
+    IPart other;
+    EXPECT_FALSE(part.HasRelationships());
+    EXPECT_EQ(part.GetPartByContentType("text/xml"), nullptr);
+    EXPECT_EQ(part.AddPart(&other), nullptr);
+    EXPECT_EQ(part.GetPartList(nullptr), nullptr);
+    EXPECT_EQ(part.Count(nullptr), 0);
+    part.RemovePart(&other);
+    part.DeleteById("rId0");
+    part.Clear();
+}
+
+TEST(Part, IgnoresANullRelationType) {
+    IPart part;
+    part.SetRelationType("slide");
+    part.SetRelationType(nullptr);
+    EXPECT_EQ(Utf8(part.GetRelationType()), "slide");
+    part.SetContentType("text/xml");
+    part.SetContentType(nullptr);
+    EXPECT_EQ(Utf8(part.GetContentType()), "");
+}
+
+namespace {
+
+IPart* Add(IPackage& package, const std::string& path, const std::string& local = {},
+           TargetMode mode = TargetModeInternal) {
+    IPart* const part = package.CreatePart();
+    part->SetPackagePath(path);
+    part->SetLocalPath(local);
+    part->SetTargetMode(mode);
+    return package.AddPart(part);
+}
+
+} // namespace
+
+class PackageParts : public PackageTest {};
+
+TEST_F(PackageParts, AreFoundWithoutRegardToCase) {
+    const auto package = newPackage();
+    IPart* const part = Add(*package, "content.xml");
+    EXPECT_EQ(package->GetPart("CONTENT.XML"), part);
+    EXPECT_EQ(package->GetPart("content"), nullptr);
+    EXPECT_EQ(package->GetPart(nullptr), nullptr);
+    EXPECT_EQ(package->AddPart(nullptr), nullptr);
+    EXPECT_EQ(package->GetParts()->size(), 1U);
+}
+
+TEST_F(PackageParts, KeepTheFirstOfAName) {
+    const auto package = newPackage();
+    IPart* const first = Add(*package, "a.xml");
+    IPart* const second = Add(*package, "A.xml"); // owned all the same: nothing may leak
+    EXPECT_NE(first, second);
+    EXPECT_EQ(package->GetPart("a.xml"), first);
+}
+
+TEST_F(PackageParts, HaveOneSetForEachSource) {
+    const auto package = newPackage();
+    IRelationships* const set = package->CreateRelationships("/");
+    ASSERT_NE(set, nullptr);
+    EXPECT_EQ(package->CreateRelationships("/"), nullptr);
+    EXPECT_EQ(package->GetRelationships("/"), set);
+    EXPECT_EQ(package->GetRelationships("/other"), nullptr);
+}
+
+TEST_F(PackageParts, AreForgottenWhenTheyAreDeleted) {
+    const auto package = newPackage();
+    IRelationships* const set = package->CreateRelationships("/");
+    IRelationships* const other = package->CreateRelationships("/other");
+    IPart* const part = Add(*package, "a.xml", "/tmp/a.xml");
+    set->AddPart(part, "rId1");
+    set->AddPart(part, "rId2");
+    other->AddPart(part, "rId1");
+    set->DeleteById("rId1");
+    EXPECT_EQ(set->Count(nullptr), 0);
+    EXPECT_EQ(other->Count(nullptr), 0);
+    EXPECT_EQ(package->GetPart("a.xml"), nullptr);
+    EXPECT_EQ(package->FindPartByLocalPath("/tmp/a.xml", TargetModeInternal), nullptr);
+    EXPECT_NE(Add(*package, "a.xml"), nullptr);
+}
+
+class PackagePartCount : public PackageTest, public testing::WithParamInterface<int> {};
+
+// Lookups by local path change from a walk to an index behind 128 parts; nobody may notice.
+TEST_P(PackagePartCount, DoesNotChangeLookups) {
+    const auto package = newPackage();
+    for (int i = 0; i < GetParam(); ++i)
+        Add(*package, "p" + std::to_string(i), "/L/p" + std::to_string(i));
+    EXPECT_EQ(Utf8(package->FindPartByLocalPath("/l/P7", TargetModeInternal)->GetPackagePath()), "p7");
+    EXPECT_EQ(package->FindPartByLocalPath("/L/p7", TargetModeExternal), nullptr);
+    EXPECT_EQ(package->FindPartByLocalPath(nullptr, TargetModeInternal), nullptr);
+
+    // Changes after the first lookup are seen.
+    IPart* const late = Add(*package, "zzz", "/L/late");
+    EXPECT_EQ(package->FindPartByLocalPath("/L/late", TargetModeInternal), late);
+    late->SetLocalPath("/L/later");
+    EXPECT_EQ(package->FindPartByLocalPath("/L/late", TargetModeInternal), nullptr);
+    EXPECT_EQ(package->FindPartByLocalPath("/L/later", TargetModeInternal), late);
+    late->SetTargetMode(TargetModeExternal);
+    EXPECT_EQ(package->FindPartByLocalPath("/L/later", TargetModeExternal), late);
+    // Of two parts at one place the first in name order counts, whichever came first.
+    Add(*package, "b", "/L/shared");
+    IPart* const first = Add(*package, "a", "/L/shared");
+    EXPECT_EQ(package->FindPartByLocalPath("/L/shared", TargetModeInternal), first);
+    delete first;
+    EXPECT_EQ(Utf8(package->FindPartByLocalPath("/L/shared", TargetModeInternal)->GetPackagePath()), "b");
+}
+
+INSTANTIATE_TEST_SUITE_P(AroundTheIndex, PackagePartCount, testing::Values(10, 127, 128, 129, 3000));
+
+TEST_F(PackageParts, GiveTheMainPartByDocumentType) {
+    const auto package = newPackage();
+    EXPECT_EQ(package->GetMainPart(), nullptr);
+    package->GetRootPart()->SetRelationships(package->CreateRelationships("/"));
+    IPart* const part = Add(*package, "/ppt/presentation.xml");
+    part->SetContentType(
+        "application/vnd.openxmlformats-officedocument.presentationml.presentation.main+xml");
+    package->GetRootPart()->AddPart(part);
+    EXPECT_EQ(package->GetMainPart(), nullptr);
+    EXPECT_EQ(package->FindMainPart(), nullptr);
+    package->SetDocType(sd::SDDocType::DocTypePresentation);
+    EXPECT_EQ(package->GetMainPart(), part);
+    package->AddMainDocumentType(sd::SDDocType::DocTypeWorkbook);
+    EXPECT_EQ(package->FindMainPart(), nullptr);
+    package->AddMainDocumentType(sd::SDDocType::DocTypePresentation);
+    EXPECT_EQ(package->FindMainPart(), part);
+}

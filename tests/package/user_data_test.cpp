@@ -1,0 +1,403 @@
+#include "package/fixture.h"
+
+#include <odfmodel/package/storage.h>
+#include <odfmodel/platform/memory_mapping.h>
+
+#include <cstring>
+
+using namespace package_test;
+using namespace SDPackage;
+
+namespace {
+
+using sd::SDDocType;
+
+constexpr const char* kUserDataType = "application/vnd.tul-userdata.dat";
+constexpr const char* kMainType =
+    "application/vnd.openxmlformats-officedocument.presentationml.presentation.main+xml";
+constexpr const char* kUserMainType =
+    "application/vnd.tul-officedocument.presentationml.presentation.main+xml";
+
+/// Sets variables for the life of the object.
+class Environment {
+public:
+    ~Environment() {
+        for (const auto& [name, value] : before_) {
+            if (value.second)
+                setenv(name.c_str(), value.first.c_str(), 1);
+            else
+                unsetenv(name.c_str());
+        }
+    }
+    void set(const std::string& name, const std::string& value) {
+        const char* const present = std::getenv(name.c_str());
+        before_.try_emplace(name, present ? present : "", present != nullptr);
+        setenv(name.c_str(), value.c_str(), 1);
+    }
+
+private:
+    std::map<std::string, std::pair<std::string, bool>> before_;
+};
+
+class UserData : public PackageTest {
+protected:
+    UserData() {
+        environment_.set("XDG_CONFIG_HOME", text("config"));
+        environment_.set("SAMPLE_MODULE_LOG", text("module.log"));
+    }
+
+    /// Names the module in the user's settings.
+    void install(const std::string& module = SAMPLE_MODULE) const {
+        WriteFile(at("config/odfmodel/settings.ini"),
+                  "[Software\\TUL\\Shared\\Serializer]\nmodule = " + module + "\n");
+    }
+    std::string log() const { return ReadFile(at("module.log")); }
+    void clearLog() const { fs::remove(at("module.log")); }
+
+    /// A storage file whose stream holds `bytes`.
+    std::string makeStorage(std::string_view name, const std::string& bytes,
+                            const char* stream = "greeting") const {
+        IStorage* const storage = CreateStorage(CTulStringW(text(name)));
+        EXPECT_NE(storage, nullptr);
+        IStream* const made = storage->CreateStream(stream);
+        made->Write(bytes.data(), static_cast<unsigned>(bytes.size()));
+        made->Release();
+        EXPECT_NE(storage->Release(), 0);
+        return text(name);
+    }
+
+    static std::string readStorage(const std::string& path, const char* stream = "greeting") {
+        IStorage* const storage = OpenStorage(CTulStringW(path));
+        if (!storage) return "(no storage)";
+        std::string bytes = "(no stream)";
+        if (IStream* const held = storage->OpenStream(stream)) {
+            bytes.assign(held->GetSize(), '\0');
+            held->Read(bytes.data(), static_cast<unsigned>(bytes.size()));
+            held->Release();
+        }
+        storage->Release();
+        return bytes;
+    }
+
+    Environment environment_;
+};
+
+} // namespace
+
+TEST_F(UserData, WithoutModuleNothingChanges) {
+    const auto package = newPackage();
+    EXPECT_EQ(package->HasUserDataModule(), 0);
+    EXPECT_TRUE(package->GetUserPrefix().IsEmpty());
+    ASSERT_NE(package->GetUserDataPart(), nullptr);
+    EXPECT_EQ(package->GetUserDataPart()->IsAvailable(), 0);
+    CTulStringW out;
+    package->GetUserDataPart()->ToUserForm(CTulStringW(u"/a/b"), out);
+    EXPECT_EQ(out, "/a/b");
+    EXPECT_EQ(package->ExchangeStorage(text("s"), 0, 1), 0);
+    EXPECT_EQ(package->ConvertUserDataFile(makePresentation()), 0);
+    package->SetUseUserData(1);
+    ASSERT_NE(package->Open(text("a.pptx")), 0);
+    ASSERT_NE(package->Save(text("b.pptx")), 0);
+    EXPECT_EQ(Names(ReadArchive(at("b.pptx"))), Names(ReadArchive(at("a.pptx"))));
+}
+
+TEST_F(UserData, ModuleIsFoundThroughTheSettings) {
+    const auto early = newPackage();
+    EXPECT_EQ(early->HasUserDataModule(), 0);
+    install();
+    EXPECT_NE(early->HasUserDataModule(), 0) << "looked for anew";
+    EXPECT_EQ(early->GetUserPrefix(), "Ab");
+    EXPECT_EQ(early->GetUserDataPart()->IsAvailable(), 1);
+    EXPECT_EQ(early->GetUserDataPart()->GetName(), "/greeting.xml");
+    EXPECT_EQ(early->GetUserDataPart()->GetPartName(), "/Ab/Abgreeting.xml");
+}
+
+TEST_F(UserData, UnusableModulesCountAsNone) {
+    for (const std::string& module :
+         {text("none.so"), std::string(BROKEN_MODULE), std::string("no-such-module.so")}) {
+        install(module);
+        EXPECT_EQ(newPackage()->HasUserDataModule(), 0) << module;
+    }
+    install();
+    environment_.set("SAMPLE_MODULE_PREFIX", "null");
+    EXPECT_NE(newPackage()->HasUserDataModule(), 0);
+    EXPECT_EQ(newPackage()->GetUserDataPart()->IsAvailable(), 0);
+    environment_.set("SAMPLE_MODULE_PREFIX", "Ab");
+    environment_.set("SAMPLE_MODULE_STREAM", "");
+    EXPECT_EQ(newPackage()->GetUserDataPart()->GetName(), "/userData.xml");
+    environment_.set("SAMPLE_MODULE_STREAM", "null");
+    EXPECT_EQ(newPackage()->GetUserDataPart()->IsAvailable(), 0);
+}
+
+TEST_F(UserData, NamesTakeTheUserForm) {
+    install();
+    UserDataPart part;
+    CTulStringW out;
+    const std::pair<const char*, const char*> rows[] = {{"/ppt/media/a.bin", "/ppt/media/Ab/Aba.bin"},
+                                                        {"/userData.xml", "/Ab/AbuserData.xml"},
+                                                        {"a.bin", "Ab/Aba.bin"},
+                                                        {"/", "/Ab/Ab"}};
+    for (const auto& [name, form] : rows) {
+        part.ToUserForm(CTulStringW(name), out);
+        EXPECT_EQ(out, form);
+    }
+}
+
+TEST_F(UserData, IndexTakesTheUserForm) {
+    install();
+    UserDataConverter converter;
+    IContentTypes types;
+    types.AddOverride("/x.xml", "x");
+    converter.RewriteContentTypes(&types);
+    EXPECT_EQ(types.FindPartName(kUserDataType), nullptr);
+    types.AddOverride("/xl/workbook.xml", "w");
+    types.AddOverride("/ppt/presentation.xml", kMainType);
+    converter.RewriteContentTypes(&types);
+    EXPECT_EQ(Utf8(types.GetContentType("/ppt/Abpresentation.xml", nullptr)), kUserMainType);
+    EXPECT_EQ(types.GetContentType("/ppt/presentation.xml", nullptr), nullptr);
+    EXPECT_EQ(Utf8(types.GetContentType("/xl/workbook.xml", nullptr)), "w");
+    EXPECT_EQ(Utf8(types.FindPartName(kUserDataType)), "/ppt/UserData.dat");
+    converter.RewriteContentTypes(&types); // now the workbook; the data member is there already
+    EXPECT_NE(types.GetContentType("/xl/Abworkbook.xml", nullptr), nullptr);
+    EXPECT_EQ(types.GetContentType("/xl/UserData.dat", nullptr), nullptr);
+
+    RelationshipRecord record{u"r", std::string(kOfficeRelation) + "officeDocument", u"word/document.xml"};
+    converter.RewriteRelationship(record);
+    EXPECT_EQ(record.target, "word/Abdocument.xml");
+    EXPECT_TRUE(record.type.utf8().ends_with("/office/2017/relationships/officeDocument"));
+    record = {u"r", std::string(kOfficeRelation) + "officeDocument", u"odd/document.xml"};
+    converter.RewriteRelationship(record);
+    EXPECT_EQ(record.target, "odd/document.xml");
+    EXPECT_TRUE(record.type.utf8().ends_with("/office/2017/relationships/officeDocument"));
+    record = {u"r", std::string(kOfficeRelation) + "slide", u"word/document.xml"};
+    converter.RewriteRelationship(record);
+    EXPECT_EQ(record.target, "word/document.xml");
+
+    const std::pair<const char*, const char*> names[] = {
+        {"ppt/presentation.xml", "ppt/Abpresentation.xml"},
+        {"xl/_rels/workbook.xml.rels", "xl/_rels/Abworkbook.xml.rels"},
+        {"word/document.xml2", "word/document.xml2"}};
+    for (const auto& [before, after] : names) {
+        CTulStringW name(before);
+        converter.RewriteItemName(name);
+        EXPECT_EQ(name, after);
+    }
+    EXPECT_EQ(UserDataConverter::UserDataItemName(SDDocType::DocTypeTulWordDocument), "word/UserData.dat");
+    EXPECT_TRUE(UserDataConverter::UserDataItemName(SDDocType::DocTypeWorkbookMacro).IsEmpty());
+    EXPECT_TRUE(UserDataConverter::UserDataItemName(SDDocType::DocTypeUnknown).IsEmpty());
+}
+
+#ifdef ODFMODEL_USER_DATA
+
+TEST_F(UserData, StoragesAreUpdatedInPlace) {
+    const std::string path = makeStorage("s", "first");
+    IStorage* storage = OpenStorage(CTulStringW(path));
+    ASSERT_NE(storage, nullptr);
+    IStream* other = storage->CreateStream("other");
+    other->Seek(3);
+    EXPECT_EQ(other->Write("xyz", 3), 3U);
+    EXPECT_EQ(other->Tell(), 6U);
+    other->Release();
+    EXPECT_EQ(storage->OpenStream("missing"), nullptr);
+    EXPECT_EQ(storage->CreateStream("a/b"), nullptr);
+    EXPECT_EQ(storage->CreateStream(std::string(32, 'n')), nullptr);
+    EXPECT_EQ(storage->CreateStream(nullptr), nullptr);
+    EXPECT_NE(storage->Release(), 0);
+    EXPECT_EQ(readStorage(path), "first");
+    EXPECT_EQ(readStorage(path, "GREETING"), "first");
+    EXPECT_EQ(readStorage(path, "other"), std::string("\0\0\0xyz", 6));
+
+    const std::string large(100'000, 'l');
+    makeStorage("s", large);
+    EXPECT_EQ(readStorage(path), large);
+    EXPECT_EQ(readStorage(path, "other"), "(no stream)") << "created in place of the old one";
+}
+
+TEST_F(UserData, FilesThatAreNoStoragesAreRefused) {
+    EXPECT_EQ(OpenStorage(CTulStringW(text("missing"))), nullptr);
+    WriteFile(at("plain"), "plain text");
+    EXPECT_EQ(OpenStorage(CTulStringW(text("plain"))), nullptr);
+    EXPECT_EQ(CreateStorage(CTulStringW(text("no/folder/s"))), nullptr);
+    EXPECT_EQ(OpenStorage(nullptr), nullptr);
+
+    // Cut off or spoilt at any place: an answer, whichever, and no harm.
+    const std::string whole = ReadFile(makeStorage("s", std::string(5000, 'g')));
+    for (std::size_t at = 0; at < whole.size(); at += 37) {
+        std::string spoilt = whole;
+        spoilt[at] = static_cast<char>(spoilt[at] ^ 0x5A);
+        for (const std::string& bytes : {spoilt, whole.substr(0, at)}) {
+            WriteFile(this->at("spoilt"), bytes);
+            readStorage(text("spoilt"));
+        }
+    }
+}
+
+TEST_F(UserData, ModuleFillsAndTakesTheStream) {
+    install();
+    const auto package = newPackage();
+    EXPECT_EQ(package->ExchangeStorage(text("s"), 0, 0), 0) << "nothing to open";
+    ASSERT_NE(package->ExchangeStorage(text("s"), 0, 1), 0);
+    EXPECT_EQ(readStorage(text("s")), "hello");
+    EXPECT_EQ(log(), "open\nfill\nclose after 1\n");
+    clearLog();
+    makeStorage("s", "own words");
+    ASSERT_NE(package->ExchangeStorage(text("s"), 1, 0), 0);
+    EXPECT_EQ(log(), "open\ntake own words\nclose after 1\n");
+    clearLog();
+    ASSERT_NE(package->ExchangeStorage(text("t"), 1, 1), 0);
+    EXPECT_EQ(readStorage(text("t")), "") << "an empty stream is made";
+    EXPECT_EQ(log(), "");
+    environment_.set("SAMPLE_MODULE_FAILS", "1");
+    EXPECT_NE(package->ExchangeStorage(text("s"), 1, 0), 0) << "what the module answers isn't told";
+}
+
+TEST_F(UserData, SavesGiveTheModuleItsMember) {
+    install();
+    makePresentation();
+    auto package = newPackage();
+    ASSERT_NE(package->Open(text("a.pptx")), 0);
+    package->SetUseUserData(1);
+    package->GetPart("/ppt/media/image1.png")->SetUserFlag(1);
+    ASSERT_NE(package->Save(text("b.pptx")), 0);
+    const Members saved = ReadArchive(at("b.pptx"));
+    EXPECT_TRUE(saved.contains("ppt/media/Ab/Abimage1.png"));
+    ASSERT_TRUE(saved.contains("Ab/Abgreeting.xml"));
+    EXPECT_EQ(NamesInOrder(at("b.pptx")).front(), "Ab/Abgreeting.xml");
+    WriteFile(at("data"), saved.at("Ab/Abgreeting.xml"));
+    EXPECT_EQ(readStorage(text("data")), "hello");
+    EXPECT_NE(saved.at("[Content_Types].xml")
+                  .find("\"/Ab/Abgreeting.xml\" ContentType=\"application/vnd.tul-userdata"),
+              std::string::npos);
+    package.reset();
+    EXPECT_TRUE(leftovers().empty()) << "staging files go with the package";
+}
+
+TEST_F(UserData, OpeningRenewsTheMember) {
+    install();
+    auto members = presentationMembers();
+    members.emplace_back("Ab/Abgreeting.xml", ReadFile(makeStorage("s", "from the archive")));
+    ASSERT_TRUE(MakeArchive(at("a.pptx"), members));
+    fs::permissions(at("a.pptx"), fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+    auto package = newPackage();
+    package->SetUseUserData(1);
+    ASSERT_NE(package->Open(text("a.pptx")), 0);
+    EXPECT_EQ(log(), "open\ntake from the archive\nclose after 1\n");
+    EXPECT_EQ(NamesInOrder(at("a.pptx")).back(), "Ab/Abgreeting.xml") << "written anew, behind all others";
+    EXPECT_EQ(fs::status(at("a.pptx")).permissions(),
+              fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+    EXPECT_EQ(package->GetParts()->size(), 4U);
+    package.reset();
+    EXPECT_TRUE(leftovers().empty());
+
+    // From memory the member is only taken in.
+    clearLog();
+    std::string bytes = ReadFile(at("a.pptx"));
+    const auto fromMemory = newPackage();
+    fromMemory->SetUseUserData(1);
+    ASSERT_NE(fromMemory->OpenMemory(bytes.data(), static_cast<unsigned>(bytes.size()), text("a.pptx")), 0);
+    EXPECT_EQ(log(), "open\ntake from the archive\nclose after 1\n");
+}
+
+TEST_F(UserData, ImportWithoutTheMemberMakesAnEmptyOne) {
+    install();
+    const auto package = newPackage();
+    CSDUnZip unzip;
+    ASSERT_NE(unzip.OpenZipFileNonDecompress(makePresentation()), 0);
+    EXPECT_EQ(package->ImportUserData(package->GetUserDataPart(), &unzip), 1);
+    EXPECT_EQ(readStorage(Utf8(package->GetUserDataPath())), "");
+    EXPECT_EQ(package->ImportUserData(nullptr, &unzip), 0);
+    EXPECT_EQ(package->ExportUserData(nullptr, 0), 0);
+    CTulStringW out;
+    EXPECT_EQ(package->RepackUserData(nullptr, &unzip, out), 0);
+}
+
+namespace {
+
+enum class Form { File, Memory, LargeMemory };
+
+class Conversion : public UserData, public testing::WithParamInterface<std::tuple<Form, bool>> {
+protected:
+    /// Converts the file "a.pptx"; the members of the result, empty on failure.
+    Members convert(IPackage& package) {
+        std::string bytes = ReadFile(at("a.pptx"));
+        const auto size = static_cast<unsigned>(bytes.size());
+        MemoryArchive out;
+        Members members;
+        switch (std::get<0>(GetParam())) {
+        case Form::File:
+            if (package.ConvertUserDataFile(text("a.pptx")) == 0) return {};
+            EXPECT_EQ(Utf8(package.GetSourcePath()), text("a.pptx"));
+            return ReadArchive(at("a.pptx"));
+        case Form::Memory:
+            if (package.ConvertUserDataMemory(bytes.data(), size, &out) == 0) return {};
+            EXPECT_EQ(std::memcmp(out.view, "PK", 2), 0);
+            break;
+        case Form::LargeMemory: {
+            ODF::MemoryMapping mapping = ODF::MemoryMapping::create(size);
+            std::memcpy(mapping.map(), bytes.data(), size);
+            void* const handle = mapping.release();
+            if (package.ConvertUserDataLargeMemory(handle, size, &out) == 0) {
+                ODF::MemoryMapping::adopt(handle).close();
+                return {};
+            }
+            break;
+        }
+        }
+        members = ReadMembers(*package.GetUnZip());
+        package.SetUnZip(nullptr);
+        EXPECT_GT(out.size, 0U);
+        ReleaseMemoryArchive(out);
+        EXPECT_EQ(out.mapping, nullptr);
+        return members;
+    }
+};
+
+} // namespace
+
+TEST_P(Conversion, GivesThePackageTheUserForm) {
+    install();
+    const bool hasData = std::get<1>(GetParam());
+    auto members = presentationMembers();
+    if (hasData) members.emplace_back("ppt/UserData.dat", ReadFile(makeStorage("s", "kept words")));
+    ASSERT_TRUE(MakeArchive(at("a.pptx"), members));
+    const auto package = newPackage();
+    Members converted = convert(*package);
+    ASSERT_FALSE(converted.empty());
+    EXPECT_EQ(Names(converted),
+              (std::vector<std::string>{"[Content_Types].xml", "_rels/.rels", "ppt/Abpresentation.xml",
+                                        "ppt/UserData.dat", "ppt/_rels/Abpresentation.xml.rels",
+                                        "ppt/media/image1.png", "ppt/slides/_rels/slide1.xml.rels",
+                                        "ppt/slides/slide1.xml"}));
+    EXPECT_EQ(converted["ppt/Abpresentation.xml"], "<presentation/>");
+    EXPECT_NE(converted["_rels/.rels"].find("Target=\"ppt/Abpresentation.xml\""), std::string::npos);
+    EXPECT_NE(converted["[Content_Types].xml"].find(kUserMainType), std::string::npos);
+    EXPECT_NE(converted["[Content_Types].xml"].find("\"/ppt/UserData.dat\""), std::string::npos);
+    WriteFile(at("data"), converted["ppt/UserData.dat"]);
+    EXPECT_EQ(readStorage(text("data")), hasData ? "kept words" : "");
+    EXPECT_EQ(log(), hasData ? "open\ntake kept words\nclose after 1\n" : "");
+    EXPECT_EQ(package->GetDocType(), SDDocType::DocTypePresentation);
+    EXPECT_TRUE(leftovers().empty());
+}
+
+TEST_P(Conversion, LeavesAPackageThatItCanNotConvert) {
+    install();
+    auto members = presentationMembers();
+    members[1].second = "<broken";
+    ASSERT_TRUE(MakeArchive(at("a.pptx"), members));
+    const std::string before = ReadFile(at("a.pptx"));
+    EXPECT_TRUE(convert(*newPackage()).empty());
+    EXPECT_EQ(ReadFile(at("a.pptx")), before);
+
+    members = presentationMembers();
+    members.emplace_back("ppt/UserData.dat", "no storage");
+    ASSERT_TRUE(MakeArchive(at("a.pptx"), members));
+    EXPECT_TRUE(convert(*newPackage()).empty());
+    EXPECT_EQ(ReadArchive(at("a.pptx"))["ppt/UserData.dat"], "no storage");
+    EXPECT_TRUE(leftovers().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, Conversion,
+                         testing::Combine(testing::Values(Form::File, Form::Memory, Form::LargeMemory),
+                                          testing::Bool()));
+
+#endif
