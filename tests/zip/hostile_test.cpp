@@ -87,6 +87,14 @@ INSTANTIATE_TEST_SUITE_P(
                     NameCase{"Network", "\\\\host\\share\\escape", ""}, NameCase{"Drive", "C:\\escape", ""},
                     NameCase{"DriveRelative", "c:escape", ""}, NameCase{"OnlyDots", ".", ""},
                     NameCase{"StepTooLong", std::string(256, 'n'), ""},
+                    NameCase{"TooManySteps",
+                             [] {
+                                 std::string name;
+                                 for (int step = 0; step < 1000; ++step)
+                                     name += "s/";
+                                 return name + "x";
+                             }(),
+                             ""},
                     NameCase{"PathTooLong",
                              [] {
                                  std::string name;

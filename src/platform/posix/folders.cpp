@@ -33,12 +33,32 @@ FileKind KindAt(int folder, const char* name) noexcept {
     return S_ISLNK(status.st_mode) ? FileKind::Link : FileKind::Other;
 }
 
-/// The entries of a folder in binary order of their names. Takes the descriptor over.
-bool ReadEntries(int folder, std::vector<Entry>& entries) {
-    const std::unique_ptr<DIR, int (*)(DIR*)> listing(fdopendir(folder), closedir);
+class Descriptor {
+public:
+    explicit Descriptor(int number = -1) noexcept : number_(number) {}
+    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        std::swap(number_, other.number_);
+        return *this;
+    }
+    ~Descriptor() {
+        if (number_ >= 0) ::close(number_);
+    }
+    int get() const noexcept { return number_; }
+    bool isOpen() const noexcept { return number_ >= 0; }
+
+private:
+    int number_;
+};
+
+/// The entries of a folder in binary order of their names; none when it can't be read.
+std::vector<Entry> ReadEntries(int folder) {
+    std::vector<Entry> entries;
+    const int own = ::openat(folder, ".", kFolderFlags);
+    const std::unique_ptr<DIR, int (*)(DIR*)> listing(own < 0 ? nullptr : fdopendir(own), closedir);
     if (!listing) {
-        ::close(folder);
-        return false;
+        if (own >= 0) ::close(own);
+        return entries;
     }
     while (const dirent* found = readdir(listing.get())) { // NOLINT(concurrency-mt-unsafe): own DIR object
         const std::string_view name = found->d_name;
@@ -55,21 +75,7 @@ bool ReadEntries(int folder, std::vector<Entry>& entries) {
         entries.push_back({std::string(name), kind});
     }
     std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) { return a.name < b.name; });
-    return true;
-}
-
-/// A folder below `root`, opened step by step. Only one descriptor is held, however deep it lies.
-int OpenBelow(int root, const std::string& relative) {
-    int folder = ::openat(root, ".", kFolderFlags);
-    for (std::size_t start = 0; folder >= 0 && start < relative.size();) {
-        auto end = relative.find('/', start);
-        if (end == std::string::npos) end = relative.size();
-        const int next = ::openat(folder, relative.substr(start, end - start).c_str(), kFolderFlags);
-        ::close(folder);
-        folder = next;
-        start = end + 1;
-    }
-    return folder;
+    return entries;
 }
 
 bool IsNameFault(int error) noexcept {
@@ -78,44 +84,101 @@ bool IsNameFault(int error) noexcept {
            error == ENOTEMPTY;
 }
 
-class Descriptor {
+/// A place in a tree that holds few descriptors however deep it lies, and costs the same to leave as to
+/// enter.
+class Place {
 public:
-    explicit Descriptor(int number) noexcept : number_(number) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (number_ >= 0) ::close(number_);
+    explicit Place(int root) noexcept : root_(root), folder_(::openat(root, ".", kFolderFlags)) {}
+
+    int folder() const noexcept { return folder_.get(); }
+
+    /// Goes into a folder, never through a link.
+    bool enter(const std::string& name) {
+        struct stat status {};
+        Descriptor next(::openat(folder_.get(), name.c_str(), kFolderFlags));
+        if (!next.isOpen() || fstat(folder_.get(), &status) != 0) return false;
+        above_.push_back({name, status.st_dev, status.st_ino});
+        folder_ = std::move(next);
+        return true;
     }
-    int get() const noexcept { return number_; }
+
+    /// Goes back to the folder above. When this one was moved meanwhile, its ".." leads elsewhere; the way
+    /// from the root down is taken then.
+    bool leave() {
+        const Step step = std::move(above_.back());
+        above_.pop_back();
+        struct stat status {};
+        Descriptor parent(::openat(folder_.get(), "..", kFolderFlags));
+        const bool isRight = parent.isOpen() && fstat(parent.get(), &status) == 0 &&
+                             status.st_dev == step.device && status.st_ino == step.inode;
+        if (!isRight) {
+            parent = Descriptor(::openat(root_, ".", kFolderFlags));
+            for (const Step& down : above_)
+                parent = Descriptor(::openat(parent.get(), down.name.c_str(), kFolderFlags));
+        }
+        folder_ = std::move(parent);
+        return folder_.isOpen();
+    }
 
 private:
-    int number_;
+    struct Step {
+        std::string name;
+        dev_t device; ///< of the folder that holds it
+        ino_t inode;
+    };
+
+    int root_;
+    Descriptor folder_;
+    std::vector<Step> above_;
 };
+
+/// Calls `before` for each entry below `root`, with the folder's descriptor and the path from the root, and
+/// `after` for each folder that was entered once it is done. Ends early when `before` gives false. No
+/// recursion: nesting has no bound.
+template<typename Before, typename After>
+void Traverse(int root, Before before, After after) {
+    struct Level {
+        std::vector<Entry> entries;
+        std::size_t next = 0;
+        std::size_t pathLength = 0;
+    };
+    Place place(root);
+    std::string path;
+    std::vector<Level> levels(1);
+    levels.back().entries = ReadEntries(place.folder());
+    for (;;) {
+        Level& level = levels.back();
+        path.resize(level.pathLength);
+        if (level.next == level.entries.size()) {
+            levels.pop_back();
+            if (levels.empty() || !place.leave()) return;
+            after(place.folder(), levels.back().entries[levels.back().next - 1].name);
+            continue;
+        }
+        const Entry& entry = level.entries[level.next++];
+        path.append(path.empty() ? "" : "/").append(entry.name);
+        if (!before(place.folder(), path, entry)) return;
+        if (entry.kind != FileKind::Folder || !place.enter(entry.name)) continue;
+        levels.push_back({ReadEntries(place.folder()), 0, path.size()});
+    }
+}
+
+/// Opens up a folder that its owner may not change or enter.
+void MakeAccessible(int parent, const char* name) {
+    const Descriptor opened(::openat(parent, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!opened.isOpen()) return;
+    const std::string self = "/proc/self/fd/" + std::to_string(opened.get());
+    if (chmod(self.c_str(), 0700) != 0) fchmodat(parent, name, 0700, 0);
+}
 
 } // namespace
 
 bool Walk(const Path& folder, const WalkVisitor& visit) {
     const Descriptor root(::open(Native(folder), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (root.get() < 0) return false;
-    // A list of what is still to be visited instead of a recursion: nesting has no bound.
-    std::vector<Entry> pending;
-    const auto enter = [&](const std::string& relative) {
-        const int opened = OpenBelow(root.get(), relative);
-        std::vector<Entry> entries;
-        if (opened < 0 || !ReadEntries(opened, entries)) return false;
-        for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
-            if (!relative.empty()) entry->name.insert(0, relative + '/');
-            pending.push_back(std::move(*entry));
-        }
-        return true;
-    };
-    if (!enter({})) return false;
-    while (!pending.empty()) {
-        const Entry entry = std::move(pending.back());
-        pending.pop_back();
-        if (!visit(entry.name, entry.kind)) return true;
-        if (entry.kind == FileKind::Folder) enter(entry.name);
-    }
+    if (!root.isOpen()) return false;
+    Traverse(
+        root.get(), [&](int, const std::string& path, const Entry& entry) { return visit(path, entry.kind); },
+        [](int, const std::string&) {});
     return true;
 }
 
@@ -126,43 +189,20 @@ bool RemoveTree(const Path& tree) {
     const FileKind kind = KindAt(AT_FDCWD, Native(folder));
     if (kind == FileKind::None) return true;
     if (kind != FileKind::Folder) return RemoveFile(folder);
-
-    // A folder that its owner may not change or enter is opened up first.
-    const auto makeAccessible = [](int parent, const char* name) {
-        const Descriptor opened(::openat(parent, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-        if (opened.get() < 0) return;
-        const std::string self = "/proc/self/fd/" + std::to_string(opened.get());
-        if (chmod(self.c_str(), 0700) != 0) fchmodat(parent, name, 0700, 0);
-    };
-    makeAccessible(AT_FDCWD, Native(folder));
+    MakeAccessible(AT_FDCWD, Native(folder));
     {
         const Descriptor root(::open(Native(folder), kFolderFlags));
-        if (root.get() < 0) return false;
-        // Folders are emptied on the way down and removed on the way back.
-        std::vector<std::string> folders{std::string()};
-        for (std::size_t next = 0; next < folders.size(); ++next) {
-            const std::string relative = folders[next];
-            const Descriptor opened(OpenBelow(root.get(), relative));
-            if (opened.get() < 0) continue;
-            std::vector<Entry> entries;
-            ReadEntries(::openat(opened.get(), ".", kFolderFlags), entries);
-            for (const Entry& entry : entries) {
-                if (entry.kind == FileKind::Folder) {
-                    makeAccessible(opened.get(), entry.name.c_str());
-                    folders.push_back(relative.empty() ? entry.name : relative + '/' + entry.name);
-                } else {
-                    unlinkat(opened.get(), entry.name.c_str(), 0);
-                }
-            }
-        }
-        for (auto relative = folders.rbegin(); relative != folders.rend() && !relative->empty(); ++relative) {
-            const auto slash = relative->rfind('/');
-            const bool isNested = slash != std::string::npos;
-            const Descriptor above(
-                OpenBelow(root.get(), isNested ? relative->substr(0, slash) : std::string()));
-            const std::string name = isNested ? relative->substr(slash + 1) : *relative;
-            if (above.get() >= 0) unlinkat(above.get(), name.c_str(), AT_REMOVEDIR);
-        }
+        if (!root.isOpen()) return false;
+        Traverse(
+            root.get(),
+            [](int parent, const std::string&, const Entry& entry) {
+                if (entry.kind == FileKind::Folder)
+                    MakeAccessible(parent, entry.name.c_str());
+                else
+                    unlinkat(parent, entry.name.c_str(), 0);
+                return true;
+            },
+            [](int parent, const std::string& name) { unlinkat(parent, name.c_str(), AT_REMOVEDIR); });
     }
     return rmdir(Native(folder)) == 0;
 }

@@ -6,6 +6,9 @@ namespace ODF::zip {
 
 namespace {
 
+/// Objects within objects make a few folders; thousands of folders for one member are an attack.
+constexpr std::size_t kMostSteps = 256;
+
 bool IsLetter(char unit) noexcept {
     return (unit >= 'A' && unit <= 'Z') || (unit >= 'a' && unit <= 'z');
 }
@@ -42,6 +45,7 @@ std::optional<MemberPath> ToMemberPath(std::string_view name, std::size_t room, 
         else if (!step.empty() && step != ".")
             path.steps.emplace_back(step);
         start = end + 1;
+        if (path.steps.size() > kMostSteps) fault = "a name of too many folders";
     }
     if (!fault && path.steps.empty()) fault = "a member without a name";
     return fault ? std::nullopt : std::optional(std::move(path));
