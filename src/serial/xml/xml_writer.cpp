@@ -279,7 +279,7 @@ void XmlWriter::declareNamespaces() {
     }
 }
 
-void XmlWriter::writeForeignAttributes(const WriteAttributeList& attributes, std::string_view tag) {
+void XmlWriter::writeForeignAttributes(const WriteAttributeList& attributes, std::string_view tag, bool isRoot) {
     // What the root doesn't declare is declared on the element itself; unknown URIs get a prefix of their own.
     std::vector<std::pair<std::string, std::string>> local; // URI and prefix
     const auto declare = [&](std::string_view prefix, std::string_view uri) {
@@ -321,8 +321,12 @@ void XmlWriter::writeForeignAttributes(const WriteAttributeList& attributes, std
         // A name twice on one element would make the file ill-formed; the first stays.
         names.push_back(std::find(names.begin(), names.end(), name) == names.end() ? name : std::string());
     }
+    const auto isDeclared = [&](std::string_view prefix) {
+        return (isRoot && (declared_ & Bit(FindNamespaceByPrefix(prefix)))) ||
+               std::any_of(local.begin(), local.end(), [&](const auto& d) { return d.second == prefix; });
+    };
     for (std::size_t i = 0; i < names.size(); ++i) {
-        if (names[i].empty()) continue;
+        if (names[i].empty() || (names[i].starts_with("xmlns:") && isDeclared(names[i].substr(6)))) continue;
         out_.put(' ');
         out_.put(names[i]);
         out_.put("=\"");
@@ -341,13 +345,15 @@ bool XmlWriter::WriteObject(const unsigned short* name, CSDObject* object, CSDAt
     const std::string tag = ToUtf8(name);
     if (!IsName(tag)) return false;
     const ClassDescriptor* const table = ObjectAccess::table(*object);
+    const bool isRoot = !rootWritten_;
     out_.put('<');
     out_.put(tag);
-    if (!rootWritten_) {
+    if (isRoot) {
         declared_ |= usedNamespaces(*object, tag);
         declareNamespaces();
     }
-    if (const auto* const list = dynamic_cast<const WriteAttributeList*>(attributes)) writeForeignAttributes(*list, tag);
+    if (const auto* const list = dynamic_cast<const WriteAttributeList*>(attributes))
+        writeForeignAttributes(*list, tag, isRoot);
     else if (table) writeAttributes(*object, *table); // a caller without a list of ours
     const std::size_t floor = open_.size();
     pushOrClose(*object, table, tag, ToView(text));

@@ -53,7 +53,7 @@ private:
     void endElement();
     std::uint64_t usedNamespaces(CSDObject& root, std::string_view rootName) const;
     void declareNamespaces();
-    void writeForeignAttributes(const WriteAttributeList& attributes, std::string_view tag);
+    void writeForeignAttributes(const WriteAttributeList& attributes, std::string_view tag, bool isRoot);
 
     OutputBuffer out_;
     std::vector<Level> open_;
