@@ -119,8 +119,7 @@ protected:
 
     int extract(CSDUnZip& unzip) {
         unzip.SetDiagnostics(&diagnostics);
-        return unzip.OpenAndExtract(CTulStringW(GetParam().path).c_str(),
-                                    CTulStringW(folder / "out").c_str());
+        return unzip.OpenAndExtract(GetParam().path, folder / "out");
     }
 };
 
@@ -168,7 +167,7 @@ TEST_P(EncryptedSample, ShowsItsStoredBytesToAPlainReader) {
 TEST_P(EncryptedSample, IsCopiedInClear) {
     CODFUnZip source;
     source.SetPassword(std::string_view(GetParam().password));
-    ASSERT_NE(source.OpenForItems(CTulStringW(GetParam().path).c_str()), 0);
+    ASSERT_NE(source.OpenForItems(GetParam().path), 0);
     CSDZip zip;
     ASSERT_NE(zip.CreareZipFile(folder / "copy.zip"), 0);
     ASSERT_NE(zip.CopyItem(source.zipHandle, source.GetItemIndex("content.xml"), "content.xml"), 0);

@@ -29,7 +29,7 @@ namespace {
 /// Extracts an archive into "out" below the folder.
 int Extract(CSDUnZip& unzip, const TemporaryFolder& folder, const std::string& archive) {
     test::WriteFile(folder / "a.zip", archive);
-    return unzip.OpenAndExtract(CTulStringW(folder / "a.zip").c_str(), CTulStringW(folder / "out").c_str());
+    return unzip.OpenAndExtract(folder / "a.zip", folder / "out");
 }
 
 /// An archive of one member of `size` equal bytes.
@@ -306,10 +306,9 @@ TEST(ZipMany, FiveThousandMembersTakeFewDescriptors) {
         isWritten = zip.CloseFile();
     }
     CSDUnZip unzip;
-    const int isExtracted =
-        unzip.OpenAndExtract(CTulStringW(folder / "a.zip").c_str(), CTulStringW(folder / "out").c_str());
+    const int isExtracted = unzip.OpenAndExtract(folder / "a.zip", folder / "out");
     CSDUnZip bound;
-    const int isBound = bound.OpenFolder(CTulStringW(folder / "out").c_str());
+    const int isBound = bound.OpenFolder(folder / "out");
     setrlimit(RLIMIT_NOFILE, &old);
     ASSERT_NE(isWritten, 0);
     ASSERT_NE(isExtracted, 0);
@@ -343,7 +342,7 @@ void ReadEverything(std::string archive, const TemporaryFolder& folder) {
         for (int piece = 0; piece < 10; ++piece)
             if (unzip.Decompress(name.c_str(), buffer, 16, cursor, byteCount) == 0) break;
     }
-    unzip.Decompress(CTulStringW(folder / "out").c_str());
+    unzip.Decompress(folder / "out");
 }
 
 } // namespace
@@ -412,8 +411,7 @@ TEST(ZipDamage, WhatIsNoArchiveIsRefused) {
         ODF::Diagnostics diagnostics;
         CSDUnZip unzip;
         unzip.SetDiagnostics(&diagnostics);
-        EXPECT_EQ(
-            unzip.OpenAndExtract(CTulStringW(folder / name).c_str(), CTulStringW(folder / "out").c_str()), 0);
+        EXPECT_EQ(unzip.OpenAndExtract(folder / name, folder / "out"), 0);
         EXPECT_EQ(unzip.itemTable, nullptr);
         const bool isThere = name[0] == 't' || name[0] == 'e';
         EXPECT_EQ(diagnostics.status(), isThere ? ODF::Status::NotAnArchive : ODF::Status::NotReadable)
@@ -437,8 +435,7 @@ protected:
 TEST_P(CorpusArchive, OpensOrIsRefused) {
     const TemporaryFolder folder;
     CSDUnZip unzip;
-    const int result =
-        unzip.OpenAndExtract(CTulStringW(file().string()).c_str(), CTulStringW(folder / "out").c_str());
+    const int result = unzip.OpenAndExtract(file().string(), folder / "out");
     EXPECT_EQ(result != 0, !GetParam().file.empty());
     if (result == 0) return;
     EXPECT_TRUE(std::filesystem::exists(folder / ("out/" + GetParam().file)));

@@ -105,7 +105,7 @@ TEST(ZipRead, TheFileMayGoWhileItIsOpen) {
     const TemporaryFolder folder;
     test::WriteFile(folder / "a.zip", SampleArchive());
     CSDUnZip unzip;
-    ASSERT_NE(unzip.OpenForItems(CTulStringW(folder / "a.zip").c_str()), 0);
+    ASSERT_NE(unzip.OpenForItems(folder / "a.zip"), 0);
     std::filesystem::remove(folder / "a.zip");
     EXPECT_EQ(Item(unzip, "content.xml"), Counting(100'000));
 }
@@ -159,7 +159,7 @@ TEST(ZipRead, ABrokenOffReadDoesNotDisturbTheNext) {
     char buffer[64];
     int cursor = 0;
     int byteCount = 0;
-    ASSERT_NE(unzip.Decompress(CTulStringW("stored").c_str(), buffer, 64, cursor, byteCount), 0);
+    ASSERT_NE(unzip.Decompress("stored", buffer, 64, cursor, byteCount), 0);
     EXPECT_EQ(InPieces(unzip, "stored", 1024), Counting(5000));
 }
 
@@ -185,15 +185,15 @@ TEST(ZipRead, AFolderStandsForAnArchive) {
     test::WriteFile(folder / "outside", "secret");
     std::filesystem::create_symlink(folder / "outside", folder / "tree/link");
     CSDUnZip unzip;
-    ASSERT_NE(unzip.OpenFolder(CTulStringW(folder / "tree").c_str()), 0);
+    ASSERT_NE(unzip.OpenFolder(folder / "tree"), 0);
     ASSERT_EQ(unzip.itemTable->size(), 2U);
     EXPECT_EQ(unzip.zipHandle, nullptr);
     EXPECT_EQ(Item(unzip, "_rels/.rels"), "<r/>");
     EXPECT_EQ(InPieces(unzip, "a.bin", 999), Counting(5000));
     EXPECT_EQ(InPieces(unzip, "../outside", 999), "");
-    EXPECT_NE(unzip.Decompress(CTulStringW("a.bin").c_str(), CTulStringW(folder / "copy").c_str()), 0);
+    EXPECT_NE(unzip.Decompress("a.bin", folder / "copy"), 0);
     EXPECT_EQ(test::ReadFile(folder / "copy"), Counting(5000));
-    EXPECT_EQ(unzip.OpenFolder(CTulStringW(folder / "missing").c_str()), 0);
+    EXPECT_EQ(unzip.OpenFolder(folder / "missing"), 0);
 }
 
 TEST(ZipRead, AMappingThatIsNoneIsRefused) {

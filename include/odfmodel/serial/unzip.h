@@ -66,23 +66,39 @@ public:
         return GetItemIndex(CTulStringW(itemName).c_str());
     }
     int GetItemIndex(std::string_view itemName) const { return GetItemIndex(CTulStringW(itemName).c_str()); }
-    /// The member's uncompressed size in bytes; `extra` is left alone.
+    /// The member's uncompressed size in bytes as the archive claims it, but never more than could come out
+    /// of it; `extra` is left alone.
     int GetItemSize(const unsigned short* itemName, long& size, int& extra) const;
+    int GetItemSize(const CTulStringW& itemName, long& size, int& extra) const {
+        return GetItemSize(itemName.c_str(), size, extra);
+    }
     int GetItemSize(int index, long& size) const;
     /// Copies the uncompressed member into `buffer`; `size` is the capacity on entry and the byte count after
-    /// it.
+    /// it. 0, with the size that it takes, when the buffer is too small; 0 also for a damaged member, with as
+    /// many bytes in the buffer as could be decoded.
     int GetItem(int index, unsigned char* buffer, long& size) const;
     /// Extracts the member to the file at `path`.
     int GetItem(int index, const unsigned short* path) const;
+    int GetItem(int index, const CTulStringW& path) const { return GetItem(index, path.c_str()); }
 
     /// Extracts all members below `folder`, keeping their folders. A member whose name would leave the
     /// folder, or that the file system can't hold, is passed over and noted.
     int Decompress(const unsigned short* folder);
+    int Decompress(const CTulStringW& folder) { return Decompress(folder.c_str()); }
     /// Extracts one member to the file at `path`.
     int Decompress(const unsigned short* itemName, const unsigned short* path);
+    int Decompress(std::u16string_view itemName, std::u16string_view path) {
+        return Decompress(CTulStringW(itemName).c_str(), CTulStringW(path).c_str());
+    }
+    int Decompress(std::string_view itemName, std::string_view path) {
+        return Decompress(CTulStringW(itemName).c_str(), CTulStringW(path).c_str());
+    }
     /// Streaming read: start with `cursor` and `byteCount` 0 and call again with the same arguments until the
     /// result is 0. Each other call has put the next `byteCount` bytes (at most `capacity`) into `buffer`.
     int Decompress(const unsigned short* itemName, void* buffer, int capacity, int& cursor, int& byteCount);
+    int Decompress(const CTulStringW& itemName, void* buffer, int capacity, int& cursor, int& byteCount) {
+        return Decompress(itemName.c_str(), buffer, capacity, cursor, byteCount);
+    }
 
     /// Closes the archive; the object may be opened again or deleted afterwards.
     int CloseFile();
@@ -90,10 +106,18 @@ public:
     /// Opens the archive; unless `keepCompressed` is set, extracts all members below `folder`, which is
     /// created (mode 0700) when it doesn't exist. 0 when the archive can't be opened.
     virtual int OpenAndExtract(const unsigned short* path, const unsigned short* folder);
+    int OpenAndExtract(std::u16string_view path, std::u16string_view folder) {
+        return OpenAndExtract(CTulStringW(path).c_str(), CTulStringW(folder).c_str());
+    }
+    int OpenAndExtract(std::string_view path, std::string_view folder) {
+        return OpenAndExtract(CTulStringW(path).c_str(), CTulStringW(folder).c_str());
+    }
     /// Opens the archive and fills `itemTable`; extracts nothing.
     virtual int OpenForItems(const unsigned short* path);
+    int OpenForItems(const CTulStringW& path) { return OpenForItems(path.c_str()); }
     /// Binds the object to a folder that already holds the extracted members.
     virtual int OpenFolder(const unsigned short* folder);
+    int OpenFolder(const CTulStringW& folder) { return OpenFolder(folder.c_str()); }
 
     /// The bounds of the following opens and reads.
     void SetLimits(const ODF::Limits& limits);
@@ -126,6 +150,8 @@ public:
     void SetPassword(std::string_view password) { SetPassword(CTulStringW(password).c_str()); }
 
     /// As in `CSDUnZip`, with decryption. 0 also for a wrong password.
+    using CSDUnZip::OpenAndExtract;
+    using CSDUnZip::OpenForItems;
     int OpenAndExtract(const unsigned short* path, const unsigned short* folder) override;
     int OpenForItems(const unsigned short* path) override;
 };
