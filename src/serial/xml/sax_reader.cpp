@@ -94,6 +94,7 @@ private:
         builder.setParser(parser);
         hasMatchedRoot_ = false;
         const bool done = feed(parser);
+        builder.finish();
         hasMatchedRoot_ = builder.hasMatchedRoot();
         if (diagnostics_) {
             builder.report(*diagnostics_);

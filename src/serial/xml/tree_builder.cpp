@@ -148,6 +148,10 @@ void TreeBuilder::characterData(std::string_view text) {
     text_.append(text);
 }
 
+void TreeBuilder::finish() {
+    if (!open_.empty()) flushText();
+}
+
 void TreeBuilder::flushText() {
     if (text_.empty()) return;
     CSDObject& object = *open_.back().object;

@@ -29,6 +29,8 @@ public:
     void startElement(const char* name, const char** attributes) override;
     void endElement(const char* name) override;
     void characterData(std::string_view text) override;
+    /// Hands over the text that a parse was gathering when it ended at a fault.
+    void finish();
 
 private:
     /// What the parse has learnt about one class: its rows by the number of a name. Filled as names are met.
