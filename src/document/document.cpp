@@ -74,6 +74,12 @@ void CDocument::Clear() noexcept {
     mainPart_ = nullptr;
     rootPart_ = nullptr;
     package_.reset();
+    RemoveOwnFolder();
+}
+
+void CDocument::RemoveOwnFolder() noexcept {
+    if (!ownFolder_.IsEmpty()) platform::RemoveTree(platform::Path(ownFolder_));
+    ownFolder_.Clear();
 }
 
 void CDocument::SetPassword(const unsigned short* password) {
@@ -176,15 +182,23 @@ int CDocument::_PartReadSax() {
 
 int CDocument::Save(const unsigned short* path) {
     diagnostics_.clear();
-    if (!package_ && rootPart_) {
+    if (!mainPart_) {
+        // Never opened, or only half: what was read of a package must not take a whole one's place.
+        diagnostics_.setStatus(Status::NothingToSave);
+        return 0;
+    }
+    if (!package_) {
         // The package, and with it the folder of all files, went with the first save.
         diagnostics_.setStatus(Status::NothingToSave);
         return 1;
     }
+    if (!path || *path == 0) {
+        diagnostics_.setStatus(Status::CouldNotWrite);
+        return 0;
+    }
     try {
-        if (!rootPart_ || !path || *path == 0 || !_SetPackageRoot(path, nullptr)) {
-            diagnostics_.setStatus(rootPart_ && path && *path ? Status::NoTemporaryFolder
-                                                              : Status::CouldNotWrite);
+        if (!_SetPackageRoot(path, nullptr)) {
+            diagnostics_.setStatus(Status::NoTemporaryFolder);
             return 0;
         }
         const bool written = _WritePart() != 0;
@@ -192,6 +206,7 @@ int CDocument::Save(const unsigned short* path) {
             // An incomplete set of files must not replace the caller's package.
             diagnostics_.setStatus(Status::CouldNotWrite);
             package_.reset();
+            RemoveOwnFolder();
             return 1;
         }
         const int result = _MakePackagePart(path);
@@ -210,6 +225,7 @@ int CDocument::_SetPackageRoot(const unsigned short* path, const unsigned short*
     if (!localPath) {
         folder = platform::CreateTemporaryFolder(platform::Path(path).stem()).text();
         if (folder.IsEmpty()) return 0;
+        ownFolder_ = folder;
     }
     rootPart_->SetLocalPath(folder);
     rootPart_->SetPackageRoot(rootPart_->GetLocalPath());
@@ -255,6 +271,7 @@ int CDocument::_MakePackagePart(const unsigned short* path) {
     partMap_.clear(); // the records of the next package take the place of those that were read
     Enter(root, rootPart_);
     if (rootPart_->GetChildParts(&parts) > 0 && !_AddChildPart(parts)) return 0;
+    ownFolder_.Clear(); // the package removes it
     // The plain result tells nothing of the package; the status does.
     if (!package_->Save(path, nullptr, 0)) diagnostics_.setStatus(Status::CouldNotWrite);
     for (auto& [ipart, part] : partMap_)

@@ -92,6 +92,7 @@ private:
     void Enter(SDPackage::IPart* ipart, CODFPart* part);
     /// Deletes every part that this document holds, each once, and the package.
     void Clear() noexcept;
+    void RemoveOwnFolder() noexcept;
 
     std::unique_ptr<SDPackage::IPackage> package_;
     std::vector<std::pair<SDPackage::IPart*, CODFPart*>> partMap_;
@@ -99,6 +100,7 @@ private:
     CODFPart* mainPart_ = nullptr;
     CODFPart* rootPart_ = nullptr;
     DocumentType docType_ = sd::SDDocType::DocTypeUnknown;
+    CTulStringW ownFolder_; ///< of a new document, until its package has taken it over
     const unsigned short* password_ = nullptr;
     std::u16string passwordCopy_;
     Limits limits_;
