@@ -15,14 +15,18 @@ std::u16string_view FileName(std::u16string_view path) {
     return separator == std::u16string_view::npos ? path : path.substr(separator + 1);
 }
 
-constexpr std::size_t kNameCapacity = 512; ///< name and extension, each at most 255 units
+constexpr std::size_t kLongestPiece = 255; ///< units of a name, and of an extension
+constexpr std::size_t kNameCapacity = 2 * kLongestPiece + 1;
 
 /// Puts the file name of `path` into a buffer that keeps its address.
 const unsigned short* PutFileName(std::array<unsigned short, kNameCapacity>& buffer,
                                   std::u16string_view path) {
-    const std::u16string_view name = FileName(path).substr(0, kNameCapacity - 1);
-    std::copy(name.begin(), name.end(), buffer.begin());
-    buffer[name.size()] = 0;
+    const std::u16string_view whole = FileName(path);
+    const std::u16string_view name = whole.substr(0, whole.rfind(u'.'));
+    const std::u16string_view extension = whole.substr(name.size()).substr(0, kLongestPiece);
+    auto end = std::copy_n(name.begin(), std::min(name.size(), kLongestPiece), buffer.begin());
+    end = std::copy(extension.begin(), extension.end(), end);
+    *end = 0;
     return buffer.data();
 }
 
