@@ -1,0 +1,302 @@
+// Opening and saving, from the outside: results, status, what is found where.
+
+#include "document/kinds.h"
+#include "support/packages.h"
+#include "support/trees.h"
+#include "support/workspace.h"
+
+#include <odfmodel/odfmodel.h>
+
+using namespace ODF;
+using test::Members;
+
+namespace {
+
+class Lifecycle : public test::InWorkspace<> {
+protected:
+    /// A text document with these members beside its content, and what else the manifest says.
+    std::string textFile(Members more, const std::vector<test::ManifestEntry>& entries = {}) {
+        more.emplace("content.xml", test::TextContent("<text:p>top</text:p>"));
+        test::WriteOdf(file("text.odt"), test::kTextType, more, entries);
+        return file("text.odt");
+    }
+};
+
+std::vector<std::string> TextOf(CODFDoc& document) {
+    return document.GetContentClass() ? test::Paragraphs(*document.GetContentClass())
+                                      : std::vector<std::string>();
+}
+
+} // namespace
+
+TEST_F(Lifecycle, AMissingFileLeavesNothing) {
+    CODFDoc document;
+    EXPECT_EQ(document.Open(file("nowhere.odt")), 0);
+    EXPECT_EQ(document.GetMainPart(), nullptr);
+    EXPECT_EQ(document.GetRootPart(), nullptr);
+    EXPECT_EQ(document.GetContentClass(), nullptr);
+    EXPECT_EQ(document.GetDocType(), sd::SDDocType::DocTypeUnknown);
+    EXPECT_EQ(document.GetDiagnostics().status(), Status::NotReadable);
+    EXPECT_EQ(temporaryEntries(), std::vector<std::string>());
+    EXPECT_EQ(document.Save(file("out.odt")), 0);
+    EXPECT_EQ(document.GetDiagnostics().status(), Status::NothingToSave);
+    EXPECT_EQ(document.Open(static_cast<const unsigned short*>(nullptr)), 0);
+    EXPECT_EQ(document.Open(""), 0);
+    EXPECT_EQ(document.Open(file("")), 0) << "a folder is no package";
+}
+
+TEST_F(Lifecycle, ContentBelowTheTopDoesNotCount) {
+    test::WriteOdf(file("a.odt"), test::kTextType, {{"Object 1/content.xml", test::TextContent("<text:p/>")}},
+                   {{"Object 1/", std::string(test::kTextType)}});
+    CODFDoc document;
+    EXPECT_EQ(document.Open(file("a.odt")), 0);
+    EXPECT_EQ(document.GetDiagnostics().status(), Status::NoContent);
+    EXPECT_EQ(document.GetMainPart(), nullptr);
+    EXPECT_EQ(document.GetContentClass(), nullptr);
+}
+
+TEST_F(Lifecycle, TheNameDecides) {
+    const std::string path = textFile({});
+    for (const char* const name : {"a.ODT", "a.zip", "a", "a.ott"})
+        std::filesystem::copy_file(path, file(name));
+    CODFDoc document;
+    EXPECT_EQ(document.Open(file("a.ODT")), 1);
+    EXPECT_EQ(document.GetDocType(), sd::SDDocType::DocTypeOdfText);
+    for (const char* const name : {"a.zip", "a", "a.ott"}) {
+        EXPECT_EQ(document.Open(file(name)), 0) << name;
+        EXPECT_EQ(document.GetDiagnostics().status(), Status::UnknownType) << name;
+    }
+}
+
+TEST_F(Lifecycle, ADamagedHalfIsKeptUpToTheFault) {
+    const std::string whole = test::TextContent("<text:p>one</text:p><text:p>two</text:p>");
+    const std::string path = textFile({{"content.xml", whole.substr(0, whole.find("</text:p></office"))}});
+    CODFDoc document;
+    EXPECT_EQ(document.Open(path), 1);
+    EXPECT_EQ(document.GetDiagnostics().status(), Status::Ok);
+    EXPECT_EQ(TextOf(document), (std::vector<std::string>{"one", "two"}));
+    ASSERT_EQ(document.GetDiagnostics().notes().size(), 1U);
+    EXPECT_EQ(document.GetDiagnostics().notes()[0].code, NoteCode::XmlNotWellFormed);
+    EXPECT_EQ(document.GetDiagnostics().notes()[0].member, "content.xml");
+    EXPECT_EQ(document.Save(file("out.odt")), 1);
+    EXPECT_EQ(document.Open(file("out.odt")), 1);
+    EXPECT_EQ(TextOf(document), (std::vector<std::string>{"one", "two"}));
+}
+
+TEST_F(Lifecycle, PartsThatAreNotThereGiveNull) {
+    CODFDoc document;
+    ASSERT_EQ(document.Open(textFile({})), 1);
+    EXPECT_NE(document.GetContentClass(), nullptr);
+    EXPECT_EQ(document.GetStylesClass(), nullptr);
+    EXPECT_EQ(document.GetMetaClass(), nullptr);
+    EXPECT_EQ(document.GetSettingsClass(), nullptr);
+    EXPECT_EQ(document.GetMainPart()->GetRootClass(), document.GetContentClass());
+    EXPECT_EQ(document.GetContentClass()->GetRootpart(), document.GetMainPart());
+}
+
+TEST_F(Lifecycle, PartsBelowTheTopAreFoundByFolder) {
+    CODFDoc document;
+    ASSERT_EQ(document.Open(textFile({{"Object 1/content.xml", test::TextContent("<text:p>below</text:p>")},
+                                      {"a/b/meta.xml", "<x/>"},
+                                      {"Pictures/p.png", "\x89PNG"}},
+                                     {{"Object 1/", std::string(test::kTextType)}})),
+              1);
+    EXPECT_EQ(TextOf(document), std::vector<std::string>{"top"});
+    CSDObject* const below = document.Get3rdPartyPart(u"Object 1", u"content.xml");
+    ASSERT_NE(below, nullptr);
+    EXPECT_EQ(test::Paragraphs(*below), std::vector<std::string>{"below"});
+    EXPECT_NE(document.Get3rdPartyPart("ab", "meta.xml"), nullptr)
+        << "folders are joined without a separator";
+    EXPECT_EQ(document.Get3rdPartyPart("", "content.xml"), document.GetContentClass());
+    EXPECT_EQ(document.Get3rdPartyPart("Object 1\\", "content.xml"), nullptr);
+    EXPECT_EQ(document.Get3rdPartyPart("object 1", "content.xml"), nullptr);
+    EXPECT_EQ(document.Get3rdPartyPart("Object 1", "styles.xml"), nullptr);
+    EXPECT_EQ(document.Get3rdPartyPart("Pictures", "p.png"), nullptr) << "no tree";
+    EXPECT_EQ(document.Get3rdPartyPart("Object 1", nullptr), nullptr);
+}
+
+TEST_F(Lifecycle, PartsByContentTypeAreAppended) {
+    CODFDoc document;
+    ASSERT_EQ(document.Open(textFile({{"styles.xml", "<x/>"}, {"p.bin", "x"}}, {{"p.bin", "image/png"}})), 1);
+    std::vector<CODFPart*> parts;
+    document.GetPartsByContentType("text/xml", &parts);
+    EXPECT_EQ(parts.size(), 3U);
+    document.GetPartsByContentType("text/xml", &parts);
+    EXPECT_EQ(parts.size(), 6U);
+    document.GetPartsByContentType("TEXT/XML", &parts);
+    EXPECT_EQ(parts.size(), 6U);
+    document.GetPartsByContentType("text/xml", nullptr);
+}
+
+TEST_F(Lifecycle, TheRootHoldsAllPartsDirectly) {
+    CODFDoc document;
+    ASSERT_EQ(document.Open(textFile({{"Pictures/a/b.png", "x"}})), 1);
+    CODFPart& root = *document.GetRootPart();
+    EXPECT_EQ(ToUtf8(root.GetPackagePath()), "/");
+    EXPECT_EQ(root.GetPartType(), PartTypeBinary);
+    EXPECT_EQ(root.GetRootClass(), nullptr);
+    std::vector<ISDPart*> parts;
+    ASSERT_EQ(root.GetChildParts(&parts), 2);
+    for (ISDPart* const part : parts) {
+        const bool isPicture = ToUtf8(part->GetPackagePath()) == "Pictures\\a\\b.png";
+        EXPECT_TRUE(isPicture || part == document.GetMainPart());
+        EXPECT_EQ(static_cast<CODFPart*>(part)->GetPartType(), isPicture ? PartTypeBinary : PartTypeXml);
+        EXPECT_EQ(part->GetRootClass() == nullptr, isPicture);
+        EXPECT_TRUE(std::filesystem::exists(ToUtf8(part->GetLocalPath())));
+    }
+    EXPECT_EQ(ToUtf8(document.GetMainPart()->GetRelationtype()), test::kTextType);
+}
+
+TEST_F(Lifecycle, ASecondSaveWritesNoPackage) {
+    CODFDoc document;
+    ASSERT_EQ(document.Open(textFile({})), 1);
+    EXPECT_EQ(document.Save(file("first.odt")), 1);
+    EXPECT_EQ(document.GetDiagnostics().status(), Status::Ok);
+    EXPECT_EQ(temporaryEntries(), std::vector<std::string>()) << "the folder goes with the package";
+    EXPECT_EQ(TextOf(document), std::vector<std::string>{"top"}) << "the trees stay";
+    EXPECT_EQ(document.Save(file("second.odt")), 1);
+    EXPECT_EQ(document.GetDiagnostics().status(), Status::NothingToSave);
+    EXPECT_FALSE(std::filesystem::exists(file("second.odt")));
+    EXPECT_EQ(temporaryEntries(), std::vector<std::string>());
+}
+
+TEST_F(Lifecycle, SavesOverTheFileThatItCameFrom) {
+    const std::string path = textFile({{"Pictures/p.png", "bytes"}});
+    CODFDoc document;
+    ASSERT_EQ(document.Open(path), 1);
+    document.GetContentClass()
+        ->GetObjectByID(COfficeBody::kId)
+        ->GetObjectByID(COfficeText::kId)
+        ->CreateObject("text:p", 1);
+    EXPECT_EQ(document.Save(path), 1);
+    ASSERT_EQ(document.Open(path), 1);
+    EXPECT_EQ(TextOf(document), (std::vector<std::string>{"top", ""}));
+    EXPECT_EQ(test::ReadPackage(path).at("Pictures/p.png"), "bytes");
+}
+
+TEST_F(Lifecycle, OneObjectServesManyDocuments) {
+    CODFDoc document;
+    for (int round = 0; round < 3; ++round) {
+        ASSERT_EQ(document.Open(textFile({{"styles.xml", "<x/>"}})), 1);
+        EXPECT_EQ(temporaryEntries().size(), 1U);
+        ASSERT_EQ(document.Open(textFile({})), 1);
+        EXPECT_EQ(document.GetStylesClass(), nullptr);
+        ASSERT_EQ(document.CreateMainPart(sd::SDDocType::DocTypeOdfSpreadsheet), 1);
+        EXPECT_NE(document.GetStylesClass(), nullptr);
+        EXPECT_EQ(document.Open(file("nowhere.odt")), 0);
+        EXPECT_EQ(document.GetStylesClass(), nullptr);
+        EXPECT_EQ(document.GetRootPart(), nullptr);
+    }
+}
+
+TEST_F(Lifecycle, AnXmlFileOfAnotherKindIsKeptAsItIs) {
+    // A main name doesn't make a file what the class stands for.
+    const std::string other = "<?xml version='1.0'?>\n<other a='1'>text</other>\n";
+    CODFDoc document;
+    ASSERT_EQ(document.Open(textFile({{"settings.xml", other}, {"Object 1/content.xml", "no xml at all"}})),
+              1);
+    EXPECT_EQ(document.GetSettingsClass()->HasChildList(), false);
+    ASSERT_EQ(document.Save(file("out.odt")), 1);
+    const Members members = test::ReadPackage(file("out.odt"));
+    EXPECT_EQ(members.at("settings.xml"), other);
+    EXPECT_EQ(members.at("Object 1/content.xml"), "no xml at all");
+}
+
+TEST_F(Lifecycle, ATreeThatIsFilledReplacesAFileOfAnotherKind) {
+    CODFDoc document;
+    ASSERT_EQ(document.Open(textFile({{"meta.xml", "<other/>"}})), 1);
+    document.GetMetaClass()->SetOfficeMeta()->SetDcTitle()->Setval(u"Title");
+    ASSERT_EQ(document.Save(file("out.odt")), 1);
+    EXPECT_NE(test::ReadPackage(file("out.odt")).at("meta.xml").find("<dc:title>Title</dc:title>"),
+              std::string::npos);
+}
+
+namespace {
+
+class NewDocument : public test::InWorkspace<testing::TestWithParam<test::Kind>> {};
+
+} // namespace
+
+TEST_P(NewDocument, HasFourNamedParts) {
+    CODFDoc document;
+    ASSERT_EQ(document.CreateMainPart(GetParam().type), 1);
+    EXPECT_EQ(document.GetDocType(), GetParam().type);
+    EXPECT_EQ(ToUtf8(document.GetContentClass()->GetElemName()), "office:document-content");
+    EXPECT_EQ(ToUtf8(document.GetStylesClass()->GetElemName()), "office:document-styles");
+    EXPECT_EQ(ToUtf8(document.GetSettingsClass()->GetElemName()), "office:document-settings");
+    EXPECT_EQ(ToUtf8(document.GetMetaClass()->GetElemName()), "office:document-meta");
+    std::vector<ISDPart*> parts;
+    ASSERT_EQ(document.GetRootPart()->GetChildParts(&parts), 4);
+    const char* const names[] = {"content.xml", "styles.xml", "settings.xml", "meta.xml"};
+    for (std::size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(ToUtf8(parts[i]->GetPackagePath()), names[i]);
+        EXPECT_EQ(ToUtf8(parts[i]->GetPartname()), names[i]);
+        EXPECT_EQ(ToUtf8(parts[i]->GetContentType()), "text/xml");
+        EXPECT_EQ(ToUtf8(parts[i]->GetRelationtype()), GetParam().mediaType);
+    }
+    EXPECT_EQ(document.GetMainPart(), parts[0]);
+    std::vector<CODFPart*> typed;
+    document.GetPartsByContentType("text/xml", &typed);
+    EXPECT_TRUE(typed.empty()) << "parts are listed by their record, and there is none before the save";
+}
+
+TEST_P(NewDocument, IsReadAsItWasBuilt) {
+    const std::string path = file(std::string("Bericht ä 漢.") + GetParam().name);
+    CODFDoc document;
+    CTextP* const paragraph = test::Build(document, GetParam(), u"<a> & \"b\" 漢\U0001F600 ");
+    ASSERT_NE(paragraph, nullptr);
+    paragraph->SetTextSpan()->SetText(u"span");
+    paragraph->SetTextS()->SetTextC(3);
+    paragraph->SetText(u"\ttail");
+    document.GetMetaClass()->SetOfficeMeta()->SetDcTitle()->Setval(u"Title");
+    ASSERT_EQ(document.Save(path), 1);
+    ASSERT_EQ(document.GetDiagnostics().status(), Status::Ok);
+
+    CODFDoc again;
+    ASSERT_EQ(again.Open(path), 1);
+    EXPECT_EQ(again.GetDocType(), GetParam().type);
+    EXPECT_EQ(test::Difference(document, again), "");
+    EXPECT_EQ(TextOf(again), std::vector<std::string>{"<a> & \"b\" 漢\U0001F600 span\ttail"});
+    EXPECT_TRUE(again.GetDiagnostics().notes().empty());
+    EXPECT_TRUE(test::ReadPackage(path)
+                    .at("META-INF/manifest.xml")
+                    .find("manifest:media-type=\"" + std::string(GetParam().mediaType) +
+                          "\" manifest:full-path=\"/\"") != std::string::npos);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, NewDocument, testing::ValuesIn(test::kKinds),
+                         [](const auto& given) { return std::string(given.param.name); });
+
+TEST_F(Lifecycle, OnlyOdfTypesCanBeMade) {
+    CODFDoc document;
+    for (const int type : {0, 0x1000020, 0x1000030, 0x2000051, 0x20000A0, -1}) {
+        EXPECT_EQ(document.CreateMainPart(static_cast<sd::SDDocType::DocumentType>(type)), 0) << type;
+        EXPECT_EQ(document.GetContentClass(), nullptr);
+    }
+    EXPECT_EQ(document.CreateMainPart(sd::SDDocType::DocTypeOdfFormula), 1);
+    EXPECT_EQ(document.Save(""), 0);
+    EXPECT_EQ(document.Save(static_cast<const unsigned short*>(nullptr)), 0);
+    EXPECT_EQ(document.Save(file("now.odf")), 1) << "a save without a path changes nothing";
+}
+
+TEST_F(Lifecycle, ADocumentThatIsNeverSavedGoesWhole) {
+    CODFDoc document; // the leak checker watches
+    test::Build(document, test::kTextKind, u"text");
+    CTulStringW path(file("p.png"));
+    _CreateImagePart(document.GetRootPart(), path);
+    _CreateChartStyleRootPart(document.GetRootPart(), "Object 1/");
+    EXPECT_EQ(temporaryEntries(), std::vector<std::string>());
+}
+
+TEST_F(Lifecycle, FormulasFindTheirPrefixDeclared) {
+    CODFDoc document;
+    ASSERT_EQ(document.CreateMainPart(sd::SDDocType::DocTypeOdfSpreadsheet), 1);
+    CTableTable* const table =
+        document.GetContentClass()->SetOfficeBody()->SetOfficeSpreadsheet()->SetTableTable();
+    table->SetTableTableRow()->SetTableTableCell()->SetTableFormula(u"of:=SUM([.A1:.A2])");
+    ASSERT_EQ(document.Save(file("a.ods")), 1);
+    const Members members = test::ReadPackage(file("a.ods"));
+    EXPECT_NE(members.at("content.xml").find("xmlns:of=\"urn:oasis:names:tc:opendocument:xmlns:of:1.2\""),
+              std::string::npos);
+    EXPECT_EQ(members.at("styles.xml").find("xmlns:of="), std::string::npos) << "none there that needs it";
+}

@@ -1,0 +1,66 @@
+// Passwords: what is kept of them, and how an encrypted package answers.
+
+#include "support/corpus.h"
+#include "support/packages.h"
+#include "support/workspace.h"
+
+#include <odfmodel/odfmodel.h>
+
+using namespace ODF;
+using test::Sample;
+
+namespace {
+
+class Encrypted : public test::InWorkspace<testing::TestWithParam<Sample>> {};
+
+std::vector<Sample> EncryptedSamples() {
+    std::vector<Sample> samples = test::GoodSamples();
+    std::erase_if(samples, [](const Sample& sample) { return !sample.isEncrypted(); });
+    return samples;
+}
+
+} // namespace
+
+TEST_P(Encrypted, OpensWithItsPasswordAlone) {
+    const Sample& sample = GetParam();
+    CODFDoc document;
+    const auto status = [&] {
+        const bool isOpen = document.Open(sample.path) != 0;
+        EXPECT_EQ(isOpen, document.GetDiagnostics().status() == Status::Ok);
+        EXPECT_EQ(document.GetContentClass() != nullptr, document.GetDiagnostics().status() == Status::Ok);
+        return document.GetDiagnostics().status();
+    };
+    EXPECT_EQ(status(), Status::PasswordNeeded);
+    document.SetPassword("");
+    EXPECT_EQ(status(), Status::PasswordNeeded);
+    document.SetPassword(sample.password + "x");
+    EXPECT_EQ(status(), Status::WrongPassword);
+    document.SetPassword(sample.password.substr(1));
+    EXPECT_EQ(status(), Status::WrongPassword);
+    document.SetPassword(sample.password);
+    EXPECT_EQ(status(), Status::Ok);
+    EXPECT_EQ(status(), Status::PasswordNeeded) << "a password serves one opening";
+    const CTulStringW kept(sample.password);
+    document.SetPassword(kept.c_str());
+    EXPECT_EQ(status(), Status::Ok);
+
+    const std::string clear = file("clear" + sample.path.substr(sample.path.rfind('.')));
+    ASSERT_EQ(document.Save(clear), 1);
+    EXPECT_EQ(document.Open(clear), 1) << "saved in clear";
+    const test::Members members = test::ReadPackage(clear);
+    EXPECT_EQ(members.at("META-INF/manifest.xml").find("encryption-data"), std::string::npos);
+    EXPECT_NE(members.at("content.xml").find("<office:document-content"), std::string::npos);
+}
+
+INSTANTIATE_TEST_SUITE_P(Samples, Encrypted, testing::ValuesIn(EncryptedSamples()),
+                         [](const auto& given) { return test::NameOf(given.param); });
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(Encrypted);
+
+TEST(Password, MattersToNoDocumentInClear) {
+    const test::TemporaryFolder folder;
+    test::WriteOdf(folder / "a.odt", test::kTextType,
+                   {{"content.xml", test::TextContent("<text:p>x</text:p>")}});
+    CODFDoc document;
+    document.SetPassword("not needed");
+    EXPECT_EQ(document.Open(folder / "a.odt"), 1);
+}
