@@ -9,17 +9,19 @@ std::size_t NameTable::Hash::operator()(std::string_view text) const noexcept {
 }
 
 NameTable::NameTable() : places_(256) {
-    bindings_.push_back({"xml", std::string(Namespace(FindNamespaceByPrefix("xml")).uri), FindNamespaceByPrefix("xml")});
+    bind("xml", Namespace(FindNamespaceByPrefix("xml")).uri);
+}
+
+void NameTable::bind(std::string_view prefix, std::string_view uri) {
+    byPrefix_[std::string(prefix)].push_back(bindings_.size());
+    bindings_.push_back({std::string(prefix), std::string(uri), FindNamespaceByUri(uri)});
 }
 
 bool NameTable::enterScope(const char** attributes) {
     const std::size_t before = bindings_.size();
     for (const char** at = attributes; *at; at += 2) {
         const std::string_view qname(*at);
-        if (!isDeclaration(qname)) continue;
-        const std::string_view uri(at[1]);
-        bindings_.push_back({std::string(qname.size() > 6 ? qname.substr(6) : std::string_view()), std::string(uri),
-                             FindNamespaceByUri(uri)});
+        if (isDeclaration(qname)) bind(qname.size() > 6 ? qname.substr(6) : std::string_view(), at[1]);
     }
     if (bindings_.size() == before) return false;
     scopes_.push_back({scope_, before});
@@ -28,7 +30,8 @@ bool NameTable::enterScope(const char** attributes) {
 }
 
 void NameTable::leaveScope() {
-    bindings_.resize(scopes_.back().bindings);
+    for (; bindings_.size() > scopes_.back().bindings; bindings_.pop_back())
+        byPrefix_.find(bindings_.back().prefix)->second.pop_back();
     scope_ = scopes_.back().id; // what was resolved in the outer scope holds again
     scopes_.pop_back();
 }
@@ -67,7 +70,8 @@ NameTable::Entry& NameTable::entry(std::string_view qname) {
         std::vector<std::uint32_t> larger(places_.size() * 2);
         for (std::uint32_t index = 1; index <= entries_.size(); ++index) {
             std::size_t place = HashBytes(entries_[index - 1].qname, 0) & (larger.size() - 1);
-            while (larger[place] != 0) place = (place + 1) & (larger.size() - 1);
+            while (larger[place] != 0)
+                place = (place + 1) & (larger.size() - 1);
             larger[place] = index;
         }
         places_ = std::move(larger);
@@ -76,19 +80,22 @@ NameTable::Entry& NameTable::entry(std::string_view qname) {
 
 const ResolvedName* NameTable::resolve(std::string_view qname, bool isElement, bool isMath) {
     const std::size_t colon = qname.find(':');
-    const std::string_view prefix = colon == std::string_view::npos ? std::string_view() : qname.substr(0, colon);
+    const std::string_view prefix =
+        colon == std::string_view::npos ? std::string_view() : qname.substr(0, colon);
     const std::string_view local = colon == std::string_view::npos ? qname : qname.substr(colon + 1);
     // MathML's own attributes stand without a prefix, and are asked for under its URI.
     if (prefix.empty() && !isElement)
         return isMath ? canonical(kMathNamespace, Namespace(kMathNamespace).uri, local, qname)
                       : canonical(kNoNamespace, {}, local, qname);
-    for (auto binding = bindings_.rbegin(); binding != bindings_.rend(); ++binding)
-        if (binding->prefix == prefix) return canonical(binding->nameSpace, binding->uri, local, qname);
+    if (const auto known = byPrefix_.find(prefix); known != byPrefix_.end() && !known->second.empty()) {
+        const Binding& binding = bindings_[known->second.back()];
+        return canonical(binding.nameSpace, binding.uri, local, qname);
+    }
     return canonical(prefix.empty() ? kNoNamespace : kUnknownNamespace, {}, local, qname);
 }
 
-const ResolvedName* NameTable::canonical(NamespaceIndex nameSpace, std::string_view uri, std::string_view local,
-                                         std::string_view qname) {
+const ResolvedName* NameTable::canonical(NamespaceIndex nameSpace, std::string_view uri,
+                                         std::string_view local, std::string_view qname) {
     std::string name;
     std::string key;
     if (nameSpace == kUnknownNamespace) {

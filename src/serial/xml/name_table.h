@@ -66,6 +66,7 @@ private:
         std::size_t bindings; ///< number of bindings before it
     };
 
+    void bind(std::string_view prefix, std::string_view uri);
     Entry& entry(std::string_view qname);
     const ResolvedName* resolve(std::string_view qname, bool isElement, bool isMath);
     const ResolvedName* canonical(NamespaceIndex nameSpace, std::string_view uri, std::string_view local,
@@ -80,6 +81,8 @@ private:
     std::deque<Entry> entries_;
     std::unordered_map<std::string, ResolvedName, Hash, std::equal_to<>> resolved_;
     std::vector<Binding> bindings_;
+    /// Bindings of each prefix, the one in force last: a hostile file declares as many as it likes.
+    std::unordered_map<std::string, std::vector<std::size_t>, Hash, std::equal_to<>> byPrefix_;
     std::vector<Scope> scopes_;
     std::uint32_t scope_ = 0;
     std::uint32_t nextScope_ = 1;
