@@ -14,6 +14,15 @@ bool Equal(std::string_view utf8, const unsigned short* text) {
 
 } // namespace
 
+const char* BeyondLimits(const char** attributes, const Limits& limits) noexcept {
+    std::size_t count = 0;
+    for (const char** at = attributes; *at; at += 2) {
+        if (++count > limits.attributes) return "too many attributes";
+        if (std::string_view(at[1]).size() > limits.textBytes) return "an attribute value is too long";
+    }
+    return nullptr;
+}
+
 void ReadAttributeList::clear() {
     items_.clear();
 }

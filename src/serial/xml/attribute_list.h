@@ -3,12 +3,16 @@
 #include "serial/xml/name_table.h"
 
 #include <odfmodel/core/attribute.h>
+#include <odfmodel/core/limits.h>
 
 #include <deque>
 #include <string_view>
 #include <vector>
 
 namespace ODF::xml {
+
+/// What about the attributes of a start tag is beyond the limits; null when nothing is.
+const char* BeyondLimits(const char** attributes, const Limits& limits) noexcept;
 
 /// The attributes of a start tag for handlers and callers' own classes. Values become UTF-16 when they are asked for.
 class ReadAttributeList final : public CSDAttribute {

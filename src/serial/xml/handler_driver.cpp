@@ -36,6 +36,10 @@ void HandlerDriver::startElement(const char* name, const char** attributes) {
         parser_->stop("elements nest too deep");
         return;
     }
+    if (const char* const reason = BeyondLimits(attributes, limits_)) {
+        parser_->stop(reason);
+        return;
+    }
     hasScope_.push_back(names_.enterScope(attributes));
     if (hasScope_.back())
         for (const auto& [prefix, uri] : names_.scopeDeclarations())
@@ -74,6 +78,7 @@ void HandlerDriver::flushText() {
 }
 
 void HandlerDriver::comment(const char* text) {
+    flushText();
     const CTulStringW units(text);
     handler_.comment(units, static_cast<unsigned>(units.GetLength()));
 }
@@ -96,6 +101,7 @@ void HandlerDriver::endDoctype() {
     handler_.endDTD();
 }
 void HandlerDriver::skippedEntity(const char* name) {
+    flushText();
     handler_.skippedEntity(CTulStringW(name));
 }
 

@@ -90,6 +90,10 @@ CSDObject* TreeBuilder::createChild(const Level& parent, const ResolvedName& nam
 void TreeBuilder::readAttributes(CSDObject& object, ClassNames* names, const ResolvedName& element,
                                  const char** attributes) {
     if (!names) {
+        if (const char* const reason = BeyondLimits(attributes, limits_)) {
+            parser_->stop(reason);
+            return;
+        }
         list_.clear();
         for (const char** at = attributes; *at; at += 2)
             if (!NameTable::isDeclaration(*at)) list_.add(*at, names_.attribute(*at, element.nameSpace), at[1]);
