@@ -97,7 +97,7 @@ bool XmlWriter::writeTree(CSDObject& root, std::string_view rootName) {
     out_.put("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n");
     const ClassDescriptor* const table = ObjectAccess::table(root);
     std::string name = rootName.empty() ? ToUtf8(root.GetElemName()) : std::string(rootName);
-    if (name.empty() && table) name = table->elementName;
+    if (const ClassDescriptor* const own = ObjectAccess::descriptor(root); name.empty() && own) name = own->elementName;
     declared_ = usedNamespaces(root, name);
     if (ObjectAccess::isTextRun(root)) return false;
     if (!table) {
@@ -153,6 +153,8 @@ void XmlWriter::writeChild(Level& parent, CSDObject& child) {
         }
         return;
     }
+    if (const ClassDescriptor* const own = ObjectAccess::descriptor(child); !name && own)
+        name = ToUnits(own->elementName16);
     WriteAttributeList attributes;
     child.WriteElement(name, this, &attributes);
 }
@@ -247,8 +249,9 @@ std::uint64_t XmlWriter::usedNamespaces(CSDObject& root, std::string_view rootNa
                                     [&](unsigned row, const std::uint64_t* slot) {
                                         if (row >= table->attributeCount) return;
                                         const AttributeRow& attribute = table->attributes[row];
-                                        used |= Bit(attribute.nameSpace);
                                         const AttributeValue value{attribute, slot};
+                                        if (attribute.has(AttributeRow::kNonEmpty) && value.text().empty()) return;
+                                        used |= Bit(attribute.nameSpace);
                                         if (value.isText()) used |= Bit(NamespaceOfValue(value.text()));
                                     });
         }
@@ -259,7 +262,7 @@ std::uint64_t XmlWriter::usedNamespaces(CSDObject& root, std::string_view rootNa
             if (!row || row->id != child->GetID())
                 row = table && table->children ? table->children->find(child->GetID()) : nullptr;
             if (row) used |= Bit(row->nameSpace);
-            else if (const ClassDescriptor* const own = ObjectAccess::table(*child)) used |= Bit(own->nameSpace);
+            else if (const ClassDescriptor* const own = ObjectAccess::descriptor(*child)) used |= Bit(own->nameSpace);
             open.push_back(child);
         }
     }
