@@ -11,9 +11,8 @@ std::u16string WithoutForbidden(Units text) {
     for (const char16_t* at = start; at != end;) {
         const char16_t* const before = at;
         const char32_t character = ODF::NextCodePoint(at, end);
-        if (at == before + 1 && !ODF::IsXmlCharacter(character))
-            result[static_cast<std::size_t>(before - start)] = u'\xFFFD';
-        else if (character == ODF::kReplacement)
+        // A lone surrogate has come out as the replacement already.
+        if (!ODF::IsXmlCharacter(character) || character == ODF::kReplacement)
             result[static_cast<std::size_t>(before - start)] = u'\xFFFD';
     }
     return result;

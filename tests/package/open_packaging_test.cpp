@@ -366,8 +366,9 @@ TEST_F(OpenPackaging, ManyPartsAreOpenedAndSaved) {
     std::string links;
     Content members;
     for (int i = 0; i < 3000; ++i) {
-        const std::string name = "p" + std::to_string(i) + ".xml";
-        links += Relationship("r" + std::to_string(i), "t", name);
+        const std::string number = std::to_string(i);
+        const std::string name = number + ".xml";
+        links += Relationship(number, "t", name);
         members.emplace_back(name, "x");
     }
     const auto package = openWith(links, members);

@@ -11,6 +11,9 @@ namespace SDPackage {
 /// smaller than asked for tells of the end of the stream or of a fault.
 class ODFMODEL_API IStream {
 public:
+    IStream(const IStream&) = delete;
+    IStream& operator=(const IStream&) = delete;
+
     virtual unsigned Read(void* buffer, unsigned byteCount) = 0;
     /// Writes at the position and moves it; the stream grows as needed.
     virtual unsigned Write(const void* buffer, unsigned byteCount) = 0;
@@ -25,14 +28,15 @@ public:
 
 protected:
     IStream() = default;
-    IStream(const IStream&) = delete;
-    IStream& operator=(const IStream&) = delete;
     virtual ~IStream();
 };
 
 /// An open compound storage file. Changes reach the file at `Release`.
 class ODFMODEL_API IStorage {
 public:
+    IStorage(const IStorage&) = delete;
+    IStorage& operator=(const IStorage&) = delete;
+
     /// A stream at the top of the storage, position 0; null when there is none of that name. Owned by the
     /// caller until its `Release`, which must come before that of the storage.
     virtual IStream* OpenStream(const unsigned short* name) = 0;
@@ -47,8 +51,6 @@ public:
 
 protected:
     IStorage() = default;
-    IStorage(const IStorage&) = delete;
-    IStorage& operator=(const IStorage&) = delete;
     virtual ~IStorage();
 };
 

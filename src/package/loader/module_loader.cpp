@@ -7,6 +7,7 @@
 #include "platform/settings_store.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 
 namespace SDPackage {
@@ -91,22 +92,26 @@ void ModuleLoader::InsertCommonPath() {
         const auto end = at + common.size();
         list.erase(at, common.size() + (end < list.size() && list[end] == kListSeparator ? 1 : 0));
     }
+    errno = 0;
     if (platform::SetEnvironment("PATH", common + kListSeparator + list)) return;
+    const int error = errno;
     WriteDiagnosticLog(
         u"::SetEnvironmentVariable() Failed. base: %s, line: %d, ::GetLastError: %08X, %%PATH%%: %s\n",
-        platform::LibraryPath().text(), kInsertPlace, 0U, Text(before));
+        platform::LibraryPath().text(), kInsertPlace, error, Text(before));
 }
 
 void* ModuleLoader::OnDelayLoadNotify(unsigned code, const DelayLoadInfo* info) {
     if (code != DelayLoadPreLoad || !info || !info->moduleName) return nullptr;
     platform::Module module;
     CTulStringW common;
+    errno = 0;
     if (isActive_ && FindCommonPath(common))
         module.load(platform::Path(common) / platform::Path(info->moduleName));
     if (!module.isLoaded() && !module.load(info->moduleName)) {
+        const int error = errno;
         WriteDiagnosticLog(
             u"::LoadLibrary() Failed. base: %s, line: %d, GetLastError: %08X, szModuleName: %s\n",
-            platform::LibraryPath().text(), kNotifyPlace, 0U, CTulStringW(info->moduleName));
+            platform::LibraryPath().text(), kNotifyPlace, error, CTulStringW(info->moduleName));
         return nullptr;
     }
     void* const handle = module.release();

@@ -71,8 +71,8 @@ public:
 
 private:
     bool readOne(const CTulStringW& member) {
-        const std::u16string name =
-            (member.view().starts_with(u'/') ? u"" : u"/") + std::u16string(member.view());
+        std::u16string name(member.view());
+        if (!name.starts_with(u'/')) name.insert(name.begin(), u'/');
         const auto parsed = ParseRelationshipsName(name);
         if (!parsed) return true;
         RelationshipVector records;

@@ -16,7 +16,6 @@ namespace SDPackage {
 namespace {
 
 namespace platform = ODF::platform;
-using ODF::NoteCode;
 using ODF::Status;
 
 constexpr Units kRootRelationships = u"_rels/.rels";

@@ -2,6 +2,8 @@
 
 #include "package/paths.h"
 
+#include <utility>
+
 namespace SDPackage {
 
 UserDataPart::~UserDataPart() = default;
@@ -37,11 +39,12 @@ void UserDataPart::ToUserForm(const CTulStringW& in, CTulStringW& out) {
         out = in;
         return;
     }
-    const CTulStringW whole = in; // `out` may be the same string
-    const auto slash = whole.view().rfind(u'/');
+    const auto slash = in.view().rfind(u'/');
     const std::size_t length = slash == Units::npos ? 0 : slash + 1;
     const unsigned short* const prefix = table_->GetUserPrefixName();
-    out.Format(u"%s%s/%s%s", whole.view().substr(0, length), prefix, prefix, whole.view().substr(length));
+    CTulStringW form; // `in` and `out` may be one string
+    form.Format(u"%s%s/%s%s", in.view().substr(0, length), prefix, prefix, in.view().substr(length));
+    out = std::move(form);
 }
 
 } // namespace SDPackage
