@@ -3,7 +3,7 @@
 import textwrap
 
 import names
-from model import BASES
+from model import BASES, HANDWRITTEN
 
 VALUE_TYPES = {"s": "CTulStringW", "b": "bool", "B": "bool", "u": "unsigned", "i": "int", "d": "double", "f": "float"}
 TYPE_NAMES = {"s": "text", "b": "bool, written \"1\" or \"0\"", "B": "bool, written \"true\" or \"false\"",
@@ -94,15 +94,6 @@ def class_declaration(element):
               "    const ClassDescriptor* Descriptor() const noexcept override;", "", "private:",
               f"    explicit {name}(unsigned id);", "};", ""]
     return lines
-
-
-# Declarations of operations that stand by hand beside their table.
-HANDWRITTEN = {
-    ("CTextA", "Merge"): [
-        "    /// Takes over each attribute that this link lacks and `other` has; value and children stay.",
-        "    void Merge(const CTextA& other);",
-    ],
-}
 
 
 def family_header(family, model):

@@ -26,6 +26,16 @@ ELEMENT_KEYS = {"name", "id", "base", "class", "about", "section", "attributes",
                 "write_before", "in_no_map", "equality", "handwritten"}
 FAMILY_KEYS = {"about", "child_groups", "attribute_groups", "enumerations", "element"}
 WORD_FLAGS = {"nonempty": "kNonEmpty", "firstfont": "kFirstFont", "nonnegative": "kNonNegative", "truthy": "kTruthy"}
+# The kinds that a flag is for, and whether the attribute must be optional; None where that's all the same.
+FLAG_USES = {"nonempty": ("s", False), "firstfont": ("s", None), "nonnegative": ("uid", True), "truthy": ("bB", None)}
+DEFAULT_KINDS = "buiB"
+# Declarations of operations that stand by hand beside their table.
+HANDWRITTEN = {
+    ("CTextA", "Merge"): [
+        "    /// Takes over each attribute that this link lacks and `other` has; value and children stay.",
+        "    void Merge(const CTextA& other);",
+    ],
+}
 
 
 class TableError(Exception):
@@ -141,7 +151,7 @@ class Model:
     def _add_enumeration(self, family, enumeration, keys):
         if enumeration in self.enumerations:
             family.fail(f"enumeration '{enumeration}' is defined twice", enumeration)
-        if not keys:
+        if not keys or not isinstance(keys, list):
             family.fail(f"enumeration '{enumeration}' has no keys", enumeration)
         if len(set(keys)) != len(keys):
             family.fail(f"enumeration '{enumeration}' has a key twice", enumeration)
@@ -193,13 +203,17 @@ class Model:
         self._check_id(family, qname, identifier, line)
         attributes = [self._read_attribute(family, qname, row, line)
                       for row in self._expand(family, entry.get("attributes", []), self.attribute_groups, line)]
-        children = [self._read_child(row)
+        children = [self._read_child(family, qname, row, line)
                     for row in self._expand(family, entry.get("children", []), self.child_groups, line)]
         if entry.get("base") == "date" and (attributes or children):
             family.fail(f"'{qname}' is a date and can't have attributes or children", "", line)
         self._check_members(family, qname, attributes, children, line)
+        class_name = entry.get("class", names.class_name(qname))
+        for operation in entry.get("handwritten", []):
+            if (class_name, operation) not in HANDWRITTEN:
+                family.fail(f"nothing is known of '{operation}' of '{qname}'", operation, line)
         return Element(
-            family=family, qname=qname, id=identifier, class_name=entry.get("class", names.class_name(qname)),
+            family=family, qname=qname, id=identifier, class_name=class_name,
             base=entry.get("base"), about=entry.get("about", ""), section=entry.get("section", ""), line=line,
             attributes=attributes, children=children,
             write_order=self._write_order(family, entry, attributes, line),
@@ -249,23 +263,31 @@ class Model:
                 if value not in keys:
                     family.fail(f"'{value}' is no key of '{attribute.enumeration}'", attribute.qname, line)
                 attribute.default = keys.index(value)
-            else:
+            elif attribute.kind in DEFAULT_KINDS and re.fullmatch(r"-?[0-9]+", value):
                 attribute.default = int(value)
+            else:
+                family.fail(f"'{flag}' is no default for '{attribute.qname}' of '{owner}'", attribute.qname, line)
         elif flag in WORD_FLAGS:
+            kinds, optional = FLAG_USES[flag]
+            if attribute.kind not in kinds or optional not in (None, attribute.optional):
+                family.fail(f"'{flag}' doesn't fit '{attribute.qname}' of '{owner}'", attribute.qname, line)
             attribute.flags += (WORD_FLAGS[flag],)
         else:
             family.fail(f"unknown flag '{flag}' on '{attribute.qname}' of '{owner}'", attribute.qname, line)
 
     @staticmethod
-    def _read_child(row):
+    def _read_child(family, owner, row, line):
         qname, _, class_name = row.partition("=")
+        if names.prefix(qname) not in PREFIXES:
+            family.fail(f"child '{qname}' of '{owner}' has an unknown prefix", qname, line)
         return Child(qname, class_name or names.class_name(qname))
 
     @staticmethod
     def _check_members(family, qname, attributes, children, line):
         # A setter takes an argument and a child operation takes none, so only likes may not share a name.
         for kind, members in (("attributes", [(a.accessor, a.qname) for a in attributes]),
-                              ("children", [(c.class_name, c.qname) for c in children])):
+                              ("children", [(c.class_name, c.qname) for c in children]),
+                              ("children", [(c.qname, c.qname) for c in children])):
             seen = {}
             for member, origin in members:
                 if member in seen:
@@ -281,6 +303,8 @@ class Model:
             if name not in position:
                 family.fail(f"writing order names '{name}', which is no attribute", name, line)
         order = [position[name] for name in entry.get("write_order", [])]
+        if len(set(order)) != len(order):
+            family.fail("writing order names an attribute twice", "write_order", line)
         order += [index for index in range(len(attributes)) if index not in order]
         for first, second in entry.get("write_before", []):
             order.remove(position[first])
