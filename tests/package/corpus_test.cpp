@@ -1,32 +1,19 @@
 #include "package/fixture.h"
+#include "support/corpus.h"
 
 using namespace package_test;
 using namespace SDPackage;
 
 namespace {
 
-struct Sample {
-    std::string name; ///< below the corpus folder
-    std::string password;
-};
-
-/// The documents of the corpus with their passwords.
-std::vector<Sample> Samples() {
-    std::vector<Sample> samples;
-    std::ifstream table(fs::path(ODFMODEL_CORPUS) / "CORPUS.tsv");
-    std::string line;
-    std::getline(table, line);
-    while (std::getline(table, line)) {
-        const auto last = line.rfind('\t');
-        const std::string name = line.substr(0, line.find('\t'));
-        if (fs::path(name).extension().string().size() ==
-            4) // flat documents (.fodt and the like) are no packages
-            samples.push_back({name, line.substr(last + 1)});
-    }
+/// All samples that are packages: flat documents aren't.
+std::vector<test::Sample> Packages() {
+    std::vector<test::Sample> samples = test::AllSamples();
+    std::erase_if(samples, [](const test::Sample& sample) { return sample.isFlat(); });
     return samples;
 }
 
-class Corpus : public PackageTest, public testing::WithParamInterface<Sample> {
+class Samples : public PackageTest, public testing::WithParamInterface<test::Sample> {
 protected:
     std::unique_ptr<IPackage> open(const std::string& path, const std::string& password) {
         auto package = newPackage();
@@ -49,39 +36,26 @@ protected:
 
 } // namespace
 
-TEST_P(Corpus, OpensSavesAndOpensAgain) {
-    const Sample& sample = GetParam();
-    const bool isDamaged = sample.name.starts_with("damaged/");
-    auto package = open((fs::path(ODFMODEL_CORPUS) / sample.name).string(), sample.password);
+TEST_P(Samples, OpenSaveAndOpenAgain) {
+    const test::Sample& sample = GetParam();
+    auto package = open(sample.path, sample.password);
     if (result_ == 0) {
-        EXPECT_TRUE(isDamaged) << ToText(diagnostics_.status());
+        EXPECT_TRUE(sample.isDamaged()) << ToText(diagnostics_.status());
         EXPECT_NE(diagnostics_.status(), ODF::Status::Ok);
-        package.reset();
-        EXPECT_TRUE(leftovers().empty());
         return;
     }
-    EXPECT_TRUE(isDamaged || package->GetPart("content.xml"));
+    EXPECT_TRUE(sample.isDamaged() || package->GetPart("content.xml"));
     const Members before = partBytes(*package);
-    const std::string saved = text("saved" + fs::path(sample.name).extension().string());
+    const std::string saved = text("saved" + fs::path(sample.path).extension().string());
     ASSERT_NE(package->Save(saved), 0);
     package.reset();
-    EXPECT_TRUE(leftovers().empty());
+    EXPECT_TRUE(temporaryEntries().empty());
 
     package = open(saved, {});
     ASSERT_NE(result_, 0);
     EXPECT_EQ(partBytes(*package), before);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Corpus, testing::ValuesIn(Samples()), [](const auto& given) {
-    std::string name = given.param.name;
-    for (char& unit : name)
-        if (!std::isalnum(static_cast<unsigned char>(unit))) unit = '_';
-    return name;
-});
-GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(Corpus);
-
-TEST(CorpusFolder, IsThere) {
-    if (!fs::exists(fs::path(ODFMODEL_CORPUS) / "CORPUS.tsv"))
-        GTEST_SKIP() << "no corpus at " << ODFMODEL_CORPUS;
-    EXPECT_FALSE(Samples().empty());
-}
+INSTANTIATE_TEST_SUITE_P(All, Samples, testing::ValuesIn(Packages()),
+                         [](const auto& given) { return test::NameOf(given.param); });
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(Samples);

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "support/files.h"
+#include "support/packages.h"
+#include "support/workspace.h"
+
 #include <odfmodel/core/diagnostics.h>
 #include <odfmodel/package/package.h>
 #include <odfmodel/serial/sax_reader.h>
@@ -11,67 +15,45 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace package_test {
 
 namespace fs = std::filesystem;
 
-using Members = std::map<std::string, std::string>;
+using test::Members;
+using test::ReadFile;
+using test::ReadPackage;
+using test::ScopedVariable;
+using test::WritePackage;
 
 inline std::string Utf8(const unsigned short* text) {
     return text ? ODF::ToUtf8(text) : "(null)";
 }
 
-inline std::string ReadFile(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
+/// Writes a file with its missing folders.
 inline void WriteFile(const fs::path& path, std::string_view data) {
     fs::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary).write(data.data(), static_cast<std::streamsize>(data.size()));
+    test::WriteFile(path, data);
 }
 
-/// Makes an archive by the library's own writer; members come in the given order.
-inline bool MakeArchive(const fs::path& path,
-                        const std::vector<std::pair<std::string, std::string>>& members) {
-    CSDZip zip;
-    if (zip.CreareZipFile(path.string()) == 0) return false;
-    for (const auto& [name, data] : members) {
-        std::string copy = data;
-        if (zip.Compress(CTulStringW(name), copy.data(), static_cast<int>(copy.size())) == 0) return false;
-    }
-    return zip.CloseFile() != 0;
-}
-
+/// The members of the archive that a reader is bound to.
 inline Members ReadMembers(CSDUnZip& unzip) {
     Members members;
     if (!unzip.itemTable) return members;
     for (const auto& [name, item] : *unzip.itemTable) {
-        if (item.index < 0) continue;
         long size = 0;
-        if (unzip.GetItemSize(item.index, size) == 0) continue;
+        if (item.index < 0 || unzip.GetItemSize(item.index, size) == 0) continue;
         std::string data(static_cast<std::size_t>(size), '\0');
         if (unzip.GetItem(item.index, reinterpret_cast<unsigned char*>(data.data()), size) == 0)
             data = "(unreadable)";
         members[name.utf8()] = data;
     }
     return members;
-}
-
-/// The members of an archive by name; empty when it can't be opened.
-inline Members ReadArchive(const fs::path& path) {
-    CSDUnZip unzip;
-    if (unzip.OpenZipFileNonDecompress(path.string()) == 0) return {};
-    return ReadMembers(unzip);
 }
 
 inline std::vector<std::string> Names(const Members& members) {
@@ -132,36 +114,12 @@ inline std::string Relationship(std::string_view id, std::string_view type, std:
            std::string(target) + "\" " + std::string(rest) + "/>";
 }
 
-/// Gives each test a folder of its own, in which the library's temporary files go too.
-class PackageTest : public testing::Test {
+/// Packages in a folder of the test's own. Nothing may be left in the temporary directory.
+class PackageTest : public test::InWorkspace<> {
 protected:
-    PackageTest() {
-        std::string name = (fs::temp_directory_path() / "package-test-XXXXXX").string();
-        if (mkdtemp(name.data())) folder_ = name;
-        fs::create_directory(folder_ / "tmp");
-        const char* const before = std::getenv("TMPDIR");
-        if (before) previousTemporary_ = before;
-        setenv("TMPDIR", (folder_ / "tmp").c_str(), 1);
-    }
-    ~PackageTest() override {
-        if (previousTemporary_.empty())
-            unsetenv("TMPDIR");
-        else
-            setenv("TMPDIR", previousTemporary_.c_str(), 1);
-        std::error_code ignored;
-        fs::remove_all(folder_, ignored);
-    }
-
-    fs::path at(std::string_view name) const { return folder_ / name; }
-    std::string text(std::string_view name) const { return at(name).string(); }
-    fs::path temporary() const { return folder_ / "tmp"; }
-    /// What the library has left in its temporary directory.
-    std::vector<std::string> leftovers() const {
-        std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(temporary()))
-            names.push_back(entry.path().filename().string());
-        return names;
-    }
+    fs::path at(std::string_view name) const { return file(name); }
+    std::string text(std::string_view name) const { return file(name); }
+    static fs::path temporary() { return std::getenv("TMPDIR"); }
 
     /// A package that notes into `diagnostics_`.
     std::unique_ptr<SDPackage::IPackage> newPackage() {
@@ -173,30 +131,29 @@ protected:
 
     /// A text document with a picture, an embedded object and a member that the manifest doesn't list.
     std::string makeText(std::string_view name = "a.odt") const {
-        EXPECT_TRUE(MakeArchive(
-            at(name),
-            {{"mimetype", kTextType},
-             {"content.xml", "<content/>"},
-             {"styles.xml", "<styles/>"},
-             {"Pictures/a.png", "picture bytes"},
-             {"Object 1/content.xml", "<math/>"},
-             {"unlisted.bin", "?"},
-             {"META-INF/manifest.xml",
-              Manifest(Entry(kTextType, "/") + Entry("text/xml", "content.xml") +
-                       Entry("text/xml", "styles.xml") + Entry("image/png", "Pictures/a.png") +
-                       Entry("", "Pictures/") +
-                       Entry("application/vnd.oasis.opendocument.formula", "Object 1/") +
-                       Entry("text/xml", "Object 1/content.xml") + Entry("text/xml", "missing.xml"))}}));
+        WritePackage(text(name), {{"mimetype", kTextType},
+                                  {"content.xml", "<content/>"},
+                                  {"styles.xml", "<styles/>"},
+                                  {"Pictures/a.png", "picture bytes"},
+                                  {"Object 1/content.xml", "<math/>"},
+                                  {"unlisted.bin", "?"},
+                                  {"META-INF/manifest.xml",
+                                   Manifest(Entry(kTextType, "/") + Entry("text/xml", "content.xml") +
+                                            Entry("text/xml", "styles.xml") +
+                                            Entry("image/png", "Pictures/a.png") + Entry("", "Pictures/") +
+                                            Entry("application/vnd.oasis.opendocument.formula", "Object 1/") +
+                                            Entry("text/xml", "Object 1/content.xml") +
+                                            Entry("text/xml", "missing.xml"))}});
         return text(name);
     }
 
     /// A presentation with one slide, a picture and a link to the outside.
     std::string makePresentation(std::string_view name = "a.pptx") const {
-        EXPECT_TRUE(MakeArchive(at(name), presentationMembers()));
+        WritePackage(text(name), presentationMembers());
         return text(name);
     }
 
-    static std::vector<std::pair<std::string, std::string>> presentationMembers() {
+    static Members presentationMembers() {
         const std::string relation = kOfficeRelation;
         return {{"[Content_Types].xml",
                  ContentTypes("<Default Extension=\"xml\" ContentType=\"application/xml\"/>"
@@ -217,10 +174,6 @@ protected:
     }
 
     ODF::Diagnostics diagnostics_;
-
-private:
-    fs::path folder_;
-    std::string previousTemporary_;
 };
 
 /// The text that an index writer gives a serializer.

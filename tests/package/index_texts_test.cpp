@@ -293,7 +293,7 @@ TEST_P(Detection, GoesByContentTypes) {
     for (const char* const type : GetParam().contentTypes)
         entries +=
             "<Override PartName=\"/p" + std::to_string(entries.size()) + "\" ContentType=\"" + type + "\"/>";
-    ASSERT_TRUE(MakeArchive(at("a.zip"), {{"[Content_Types].xml", ContentTypes(entries)}}));
+    WritePackage(text("a.zip"), {{"[Content_Types].xml", ContentTypes(entries)}});
     EXPECT_EQ(newPackage()->DetectDocumentType(text("a.zip")), GetParam().expected);
 }
 
@@ -316,6 +316,6 @@ TEST_F(IndexHandlers, DetectByExtensionFirst) {
     EXPECT_EQ(package->DetectDocumentType(text("A.ODT")), sd::SDDocType::DocTypeOdfText);
     EXPECT_EQ(package->DetectDocumentType(text("a.ott")), sd::SDDocType::DocTypeUnknown);
     EXPECT_EQ(package->DetectDocumentType(text("missing.odt")), sd::SDDocType::DocTypeUnknown);
-    ASSERT_TRUE(MakeArchive(at("empty.zip"), {{"a", "b"}}));
+    WritePackage(text("empty.zip"), {{"a", "b"}});
     EXPECT_EQ(package->DetectDocumentType(text("empty.zip")), sd::SDDocType::DocTypeUnknown);
 }

@@ -17,12 +17,6 @@ fs::path Home() {
 class Loader : public PackageTest {
 protected:
     Loader() {
-        keep("PATH");
-        keep("APPDATA");
-        keep("XDG_STATE_HOME");
-        keep("XDG_CONFIG_DIRS");
-        setenv("APPDATA", text("appdata").c_str(), 1);
-        setenv("XDG_CONFIG_DIRS", text("etc").c_str(), 1);
         fs::create_directories(at("appdata/TUL"));
         loader_.SetMarkerFile(kMarker);
         loader_.SetMessageFunction([this](const unsigned short* title, const unsigned short* message) {
@@ -31,12 +25,6 @@ protected:
         });
     }
     ~Loader() override {
-        for (const auto& [name, value] : before_) {
-            if (value.first)
-                setenv(name.c_str(), value.second.c_str(), 1);
-            else
-                unsetenv(name.c_str());
-        }
         for (const fs::path& marker : markers_) {
             std::error_code ignored;
             fs::remove(marker, ignored);
@@ -71,12 +59,10 @@ protected:
     ModuleLoader loader_;
 
 private:
-    void keep(const std::string& name) {
-        const char* const value = std::getenv(name.c_str());
-        before_[name] = {value != nullptr, value ? value : ""};
-    }
-
-    std::map<std::string, std::pair<bool, std::string>> before_;
+    ScopedVariable path_{"PATH", "/bin"};
+    ScopedVariable data_{"APPDATA", text("appdata")};
+    ScopedVariable state_{"XDG_STATE_HOME", text("state")};
+    ScopedVariable machine_{"XDG_CONFIG_DIRS", text("etc")};
     std::vector<fs::path> markers_;
 };
 
@@ -97,7 +83,6 @@ TEST_F(Loader, LogFolderIsMadeOneLevelDeep) {
     loader_.WriteDiagnosticLog(u"x");
     EXPECT_FALSE(fs::exists(at("other"))) << "lost in silence";
     unsetenv("APPDATA");
-    setenv("XDG_STATE_HOME", text("state").c_str(), 1);
     loader_.WriteDiagnosticLog(u"y");
     EXPECT_TRUE(log(at("state/Tul")).ends_with("]y"));
 }
