@@ -53,9 +53,8 @@ unsigned short* Allocate(std::size_t length) noexcept {
 }
 
 void Share(unsigned short* units) noexcept {
-    Header* const header = HeaderOf(units);
-    if (header->references != kNil)
-        std::atomic_ref<std::int32_t>(header->references).fetch_add(1, std::memory_order_relaxed);
+    if (units == Nil()) return;
+    std::atomic_ref<std::int32_t>(HeaderOf(units)->references).fetch_add(1, std::memory_order_relaxed);
 }
 
 void Release(unsigned short* units) noexcept {
