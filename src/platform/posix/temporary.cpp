@@ -56,7 +56,8 @@ Path TryNames(const Path& folder, std::string_view prefix, std::string_view suff
     const std::string start = Fitting(prefix, 180);
     for (int attempt = 0; attempt < 192; ++attempt) {
         const unsigned count = attempt < 64 ? digits : digits + 12;
-        Path name(folder.utf8() + (folder.utf8() == "/" ? "" : "/") + start + RandomDigits(count) + end);
+        std::string text = start + RandomDigits(count);
+        Path name = folder / Path(text.append(end));
         if (create(name)) return name;
         if (errno != EEXIST) break;
     }

@@ -6,10 +6,10 @@
 #include <utility>
 
 using namespace ODF;
-using zip::Member;
-using zip::NoteSink;
+using archive::Member;
+using archive::NoteSink;
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 void NoteSink::add(NoteCode code, Severity severity, std::string_view member, std::string_view text) const {
     if (diagnostics) diagnostics->add(code, severity, member, text);
@@ -49,7 +49,7 @@ bool IsSpecial(zip_t* archive, zip_uint64_t index) {
 
 } // namespace
 
-} // namespace ODF::zip
+} // namespace ODF::archive
 
 namespace {
 /// The end record of an archive without members.
@@ -64,14 +64,15 @@ std::unique_ptr<CSDZipHandle> CSDZipHandle::openFile(const platform::Path& path,
         return nullptr;
     }
     const std::uint64_t byteCount = file.size();
-    return open([&](zip_error_t* error) { return zip::MakeFileSource(std::move(file), error); }, byteCount,
-                limits, notes);
+    return open([&](zip_error_t* error) { return archive::MakeFileSource(std::move(file), error); },
+                byteCount, limits, notes);
 }
 
 std::unique_ptr<CSDZipHandle> CSDZipHandle::openMemory(std::span<const unsigned char> bytes,
                                                        const Limits& limits, const NoteSink& notes) {
-    return open([&](zip_error_t* error) { return zip::MakeMemorySource(bytes.data(), bytes.size(), error); },
-                bytes.size(), limits, notes);
+    return open(
+        [&](zip_error_t* error) { return archive::MakeMemorySource(bytes.data(), bytes.size(), error); },
+        bytes.size(), limits, notes);
 }
 
 std::unique_ptr<CSDZipHandle> CSDZipHandle::openMemory(std::vector<unsigned char> bytes, const Limits& limits,
@@ -92,7 +93,7 @@ std::unique_ptr<CSDZipHandle> CSDZipHandle::open(MakeSource makeSource, std::uin
         return nullptr;
     }
     std::unique_ptr<CSDZipHandle> handle(new CSDZipHandle); // NOLINT: private constructor
-    zip::Error error;
+    archive::Error error;
     if (!handle->openSource(makeSource(error.get()), error.get(), limits, notes)) return nullptr;
     handle->readDirectory(byteCount, notes);
     return handle;
@@ -133,10 +134,10 @@ void CSDZipHandle::readDirectory(std::uint64_t byteCount, const NoteSink& notes)
         member.packedSize = status.comp_size;
         member.crc = status.crc;
         member.method = status.comp_method;
-        member.mostBytes = zip::LargestInflated(std::min(member.packedSize, byteCount));
+        member.mostBytes = archive::LargestInflated(std::min(member.packedSize, byteCount));
         member.isZipEncrypted = status.encryption_method != ZIP_EM_NONE;
         member.isFolder = member.name.ends_with('/') || member.name.ends_with('\\');
-        member.isSpecial = zip::IsSpecial(archive_.get(), index);
+        member.isSpecial = archive::IsSpecial(archive_.get(), index);
         member.time = status.mtime;
     }
     byName_.reserve(members_.size());

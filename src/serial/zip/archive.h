@@ -16,7 +16,7 @@
 #include <unordered_map>
 #include <vector>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 /// One member as the archive's directory tells of it. Sizes are claims until the member has been read.
 struct Member {
@@ -49,29 +49,30 @@ struct NoteSink {
     void setStatus(Status status) const noexcept;
 };
 
-} // namespace ODF::zip
+} // namespace ODF::archive
 
 /// An open archive: libzip's object, its directory and, for an encrypted package, what decrypts it. It holds
 /// one descriptor at most, however many members there are.
 class CSDZipHandle {
 public:
     static std::unique_ptr<CSDZipHandle> openFile(const ODF::platform::Path& path, const ODF::Limits& limits,
-                                                  const ODF::zip::NoteSink& notes);
+                                                  const ODF::archive::NoteSink& notes);
     /// The bytes stay the caller's.
     static std::unique_ptr<CSDZipHandle> openMemory(std::span<const unsigned char> bytes,
                                                     const ODF::Limits& limits,
-                                                    const ODF::zip::NoteSink& notes);
+                                                    const ODF::archive::NoteSink& notes);
     /// Takes the bytes over.
-    static std::unique_ptr<CSDZipHandle>
-    openMemory(std::vector<unsigned char> bytes, const ODF::Limits& limits, const ODF::zip::NoteSink& notes);
+    static std::unique_ptr<CSDZipHandle> openMemory(std::vector<unsigned char> bytes,
+                                                    const ODF::Limits& limits,
+                                                    const ODF::archive::NoteSink& notes);
     CSDZipHandle(const CSDZipHandle&) = delete;
     CSDZipHandle& operator=(const CSDZipHandle&) = delete;
     ~CSDZipHandle() = default;
 
     zip_t* archive() const noexcept { return archive_.get(); }
-    const std::vector<ODF::zip::Member>& members() const noexcept { return members_; }
+    const std::vector<ODF::archive::Member>& members() const noexcept { return members_; }
     /// Null for an index that there isn't.
-    const ODF::zip::Member* member(std::int64_t index) const noexcept;
+    const ODF::archive::Member* member(std::int64_t index) const noexcept;
     /// Index of the last member of that name, which is the one that counts; negative when there is none.
     std::int64_t find(std::string_view name) const;
 
@@ -87,14 +88,14 @@ private:
     CSDZipHandle() = default;
     template<typename MakeSource>
     static std::unique_ptr<CSDZipHandle> open(MakeSource makeSource, std::uint64_t byteCount,
-                                              const ODF::Limits& limits, const ODF::zip::NoteSink& notes);
+                                              const ODF::Limits& limits, const ODF::archive::NoteSink& notes);
     bool openSource(zip_source_t* source, zip_error_t* error, const ODF::Limits& limits,
-                    const ODF::zip::NoteSink& notes);
-    void readDirectory(std::uint64_t byteCount, const ODF::zip::NoteSink& notes);
+                    const ODF::archive::NoteSink& notes);
+    void readDirectory(std::uint64_t byteCount, const ODF::archive::NoteSink& notes);
 
     std::vector<unsigned char> ownBytes_; // must outlive the archive on them
     std::unique_ptr<zip_t, decltype(&zip_discard)> archive_{nullptr, zip_discard};
-    std::vector<ODF::zip::Member> members_;
+    std::vector<ODF::archive::Member> members_;
     std::unordered_map<std::string_view, std::size_t> byName_;
     std::vector<ODF::crypto::EncryptedRow> rows_;
     std::unique_ptr<ODF::crypto::PackageDecryption> decryption_;

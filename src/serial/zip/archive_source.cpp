@@ -5,7 +5,7 @@
 #include <cstring>
 #include <vector>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 namespace {
 
@@ -117,4 +117,4 @@ zip_source_t* MakeMemorySource(const void* data, std::uint64_t byteCount, zip_er
     return zip_source_buffer_create(data, byteCount, 0, error);
 }
 
-} // namespace ODF::zip
+} // namespace ODF::archive

@@ -6,7 +6,7 @@
 
 #include <memory>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 /// What libzip reads an archive from: an open file, through a buffer of its own. Owned by libzip once an
 /// archive was opened on it.
@@ -15,4 +15,4 @@ zip_source_t* MakeFileSource(platform::InputFile file, zip_error_t* error);
 /// Bytes that stay with the caller.
 zip_source_t* MakeMemorySource(const void* data, std::uint64_t byteCount, zip_error_t* error);
 
-} // namespace ODF::zip
+} // namespace ODF::archive

@@ -8,7 +8,7 @@
 #include <array>
 #include <climits>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 namespace {
 
@@ -83,4 +83,4 @@ bool Deflater::run(std::span<const unsigned char> plain, bool isLast) {
     return true;
 }
 
-} // namespace ODF::zip
+} // namespace ODF::archive

@@ -6,7 +6,7 @@
 #include <memory>
 #include <span>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 /// Deflates whole members at once. Holds its working memory, so one object serves many members.
 class WholeDeflater {
@@ -47,4 +47,4 @@ private:
     Receiver receive_;
 };
 
-} // namespace ODF::zip
+} // namespace ODF::archive

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 namespace {
 
@@ -115,4 +115,4 @@ std::unique_ptr<CSDZipHandle> MakeReadable(std::unique_ptr<CSDZipHandle> handle,
     return handle;
 }
 
-} // namespace ODF::zip
+} // namespace ODF::archive

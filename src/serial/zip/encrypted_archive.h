@@ -2,7 +2,7 @@
 
 #include "serial/zip/archive.h"
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 /// Makes the encrypted members of an ODF archive readable, if it has any: reads the encryption data out of
 /// its manifest and tries the password. Of a package that is encrypted as a whole the archive inside comes
@@ -11,4 +11,4 @@ std::unique_ptr<CSDZipHandle> MakeReadable(std::unique_ptr<CSDZipHandle> handle,
                                            const crypto::Secret& password, const Limits& limits,
                                            const NoteSink& notes);
 
-} // namespace ODF::zip
+} // namespace ODF::archive

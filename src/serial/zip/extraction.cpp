@@ -8,7 +8,7 @@
 #include <string>
 #include <unordered_map>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 namespace {
 
@@ -164,4 +164,4 @@ bool ExtractOne(const CSDZipHandle& handle, std::int64_t index, const platform::
     return false;
 }
 
-} // namespace ODF::zip
+} // namespace ODF::archive

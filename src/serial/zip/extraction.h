@@ -3,7 +3,7 @@
 #include "platform/path.h"
 #include "serial/zip/archive.h"
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 /// Extracts all members below `folder`, which is created, for its owner alone, when it isn't there. Members
 /// that can't be stored or read are noted and passed over. False when the folder can't be made or written, or
@@ -20,4 +20,4 @@ bool ExtractOne(const CSDZipHandle& handle, std::int64_t index, const platform::
 enum class ReadResult;
 void NoteResult(ReadResult result, const Member& member, const NoteSink& notes);
 
-} // namespace ODF::zip
+} // namespace ODF::archive

@@ -8,7 +8,7 @@
 #include <climits>
 #include <new>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 std::uint32_t Crc32(std::uint32_t start, std::span<const unsigned char> data) noexcept {
     return data.empty() ? start : libdeflate_crc32(start, data.data(), data.size());
@@ -76,4 +76,4 @@ bool Inflater::isDamaged() const noexcept {
     return engine_->isDamaged;
 }
 
-} // namespace ODF::zip
+} // namespace ODF::archive

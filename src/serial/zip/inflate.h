@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 /// CRC-32 as archives use it, going on from `start`.
 std::uint32_t Crc32(std::uint32_t start, std::span<const unsigned char> data) noexcept;
@@ -52,4 +52,4 @@ private:
     std::unique_ptr<Engine> engine_;
 };
 
-} // namespace ODF::zip
+} // namespace ODF::archive

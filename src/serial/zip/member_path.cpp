@@ -2,7 +2,7 @@
 
 #include "platform/files.h"
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 namespace {
 
@@ -51,4 +51,4 @@ std::optional<MemberPath> ToMemberPath(std::string_view name, std::size_t room, 
     return fault ? std::nullopt : std::optional(std::move(path));
 }
 
-} // namespace ODF::zip
+} // namespace ODF::archive

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 /// Where a member goes below the folder that it is extracted to.
 struct MemberPath {
@@ -18,4 +18,4 @@ struct MemberPath {
 /// doubled separators fall away. `room` is the longest result in bytes.
 std::optional<MemberPath> ToMemberPath(std::string_view name, std::size_t room, const char*& fault);
 
-} // namespace ODF::zip
+} // namespace ODF::archive

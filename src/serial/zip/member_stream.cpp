@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 namespace {
 
@@ -199,4 +199,4 @@ ReadResult ReadCiphertext(const CSDZipHandle& handle, std::int64_t index, std::u
     }
 }
 
-} // namespace ODF::zip
+} // namespace ODF::archive

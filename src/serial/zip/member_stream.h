@@ -6,7 +6,7 @@
 #include <functional>
 #include <span>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 /// How reading a member ended.
 enum class ReadResult {
@@ -88,4 +88,4 @@ private:
 ReadResult ReadCiphertext(const CSDZipHandle& handle, std::int64_t index, std::uint64_t mostBytes,
                           std::vector<unsigned char>& bytes);
 
-} // namespace ODF::zip
+} // namespace ODF::archive

@@ -9,7 +9,7 @@
 #include <charconv>
 #include <memory>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 namespace {
 
@@ -113,4 +113,4 @@ bool AddPacked(zip_t* archive, const Spool& spool, const PackedMember& member) {
            zip_file_set_dostime(archive, place, member.time.time, member.time.date, 0) == 0;
 }
 
-} // namespace ODF::zip
+} // namespace ODF::archive

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 /// A time as archives keep it, in steps of two seconds.
 struct DosTime {
@@ -35,4 +35,4 @@ struct PackedMember {
 /// Spool and member must stay until then.
 bool AddPacked(zip_t* archive, const Spool& spool, const PackedMember& member);
 
-} // namespace ODF::zip
+} // namespace ODF::archive

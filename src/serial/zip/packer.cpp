@@ -6,7 +6,7 @@
 
 #include <vector>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 namespace {
 
@@ -92,4 +92,4 @@ bool Packer::packPlain(PackedMember& member, const CSDZipHandle& source, int ind
     return result == ReadResult::Ok && packBytes(member, plain, false);
 }
 
-} // namespace ODF::zip
+} // namespace ODF::archive

@@ -8,7 +8,7 @@
 
 #include <span>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 /// Packs members into a spool. Each function fills in sizes, checksum and method; false leaves the spool with
 /// a torso.
@@ -30,4 +30,4 @@ private:
     WholeDeflater deflater_;
 };
 
-} // namespace ODF::zip
+} // namespace ODF::archive

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 namespace {
 constexpr std::size_t kMostInMemory = std::size_t{4} << 20;
@@ -37,4 +37,4 @@ void Spool::cutTo(std::uint64_t size) noexcept {
     if (!file_.isOpen()) memory_.resize(static_cast<std::size_t>(size_));
 }
 
-} // namespace ODF::zip
+} // namespace ODF::archive

@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 /// Keeps the members of an archive that is being written, already packed, until it is finished: in memory
 /// while they are few, then in a temporary file without a name.
@@ -26,4 +26,4 @@ private:
     std::uint64_t size_ = 0;
 };
 
-} // namespace ODF::zip
+} // namespace ODF::archive

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 namespace {
 
@@ -202,4 +202,4 @@ zip_source_t* MakeTargetSource(Target& target, std::uint64_t& size, zip_error_t*
     return made;
 }
 
-} // namespace ODF::zip
+} // namespace ODF::archive

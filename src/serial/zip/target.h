@@ -11,7 +11,7 @@
 #include <span>
 #include <vector>
 
-namespace ODF::zip {
+namespace ODF::archive {
 
 /// Where an archive goes. Bytes may be written at any place; what was written counts only after `finish`.
 class Target {
@@ -38,4 +38,4 @@ std::unique_ptr<Target> MakeMappingTarget(void* mapping, std::size_t capacity);
 /// Lets libzip write to a target, which the caller keeps until the archive is closed.
 zip_source_t* MakeTargetSource(Target& target, std::uint64_t& size, zip_error_t* error);
 
-} // namespace ODF::zip
+} // namespace ODF::archive

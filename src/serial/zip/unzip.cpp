@@ -1,7 +1,7 @@
 #include <odfmodel/serial/unzip.h>
 
-#include "serial/zip/extraction.h"
 #include "serial/zip/encrypted_archive.h"
+#include "serial/zip/extraction.h"
 #include "serial/zip/unzip_state.h"
 
 #include <algorithm>
@@ -24,7 +24,8 @@ std::size_t CSDUnZip::State::Stream::read(std::span<unsigned char> buffer) {
 }
 
 bool CSDUnZip::State::take(std::unique_ptr<CSDZipHandle> opened) {
-    if (opened && handlesEncryption) opened = zip::MakeReadable(std::move(opened), password, limits, notes());
+    if (opened && handlesEncryption)
+        opened = archive::MakeReadable(std::move(opened), password, limits, notes());
     if (!opened) {
         close();
         return false;
@@ -60,7 +61,7 @@ bool CSDUnZip::State::openStream(int index, Stream& stream) const {
     stream.index = index;
     if (const std::string* const name = folderFile(index)) return stream.file.open(folder / *name);
     if (!handle) return false;
-    stream.member = std::make_unique<zip::MemberStream>(*handle, index, limits.memberBytes);
+    stream.member = std::make_unique<archive::MemberStream>(*handle, index, limits.memberBytes);
     return true;
 }
 
@@ -154,7 +155,7 @@ int CSDUnZip::GetItemSize(int index, long& size) const {
         if (bytes) size = static_cast<long>(*bytes);
         return bytes ? 1 : 0;
     }
-    const zip::Member* const member = state_->handle ? state_->handle->member(index) : nullptr;
+    const archive::Member* const member = state_->handle ? state_->handle->member(index) : nullptr;
     if (!member || !member->isReadable()) return 0;
     size = static_cast<long>(member->plainSize());
     return 1;
@@ -176,14 +177,14 @@ int CSDUnZip::GetItem(int index, unsigned char* buffer, long& size) const {
         size = static_cast<long>(data && !isRead ? data->size() : done);
         return isRead ? 1 : 0;
     }
-    const zip::Member* const member = state_->handle ? state_->handle->member(index) : nullptr;
+    const archive::Member* const member = state_->handle ? state_->handle->member(index) : nullptr;
     if (!member || !member->isReadable()) return 0;
-    const zip::ReadResult result =
-        zip::MemberReader(*state_->handle).read(index, state_->limits.memberBytes, receive);
-    const bool isTooSmall = result == zip::ReadResult::Refused;
-    if (!isTooSmall) zip::NoteResult(result, *member, state_->notes());
+    const archive::ReadResult result =
+        archive::MemberReader(*state_->handle).read(index, state_->limits.memberBytes, receive);
+    const bool isTooSmall = result == archive::ReadResult::Refused;
+    if (!isTooSmall) archive::NoteResult(result, *member, state_->notes());
     size = static_cast<long>(isTooSmall ? member->plainSize() : done);
-    return result == zip::ReadResult::Ok ? 1 : 0;
+    return result == archive::ReadResult::Ok ? 1 : 0;
 }
 
 int CSDUnZip::GetItem(int index, const unsigned short* path) const {
@@ -191,14 +192,16 @@ int CSDUnZip::GetItem(int index, const unsigned short* path) const {
         const auto data = platform::ReadFile(state_->folder / *name, state_->limits.memberBytes);
         return data && platform::WriteFile(path, *data) ? 1 : 0;
     }
-    return state_->handle && zip::ExtractOne(*state_->handle, index, path, state_->limits, state_->notes())
+    return state_->handle &&
+                   archive::ExtractOne(*state_->handle, index, path, state_->limits, state_->notes())
                ? 1
                : 0;
 }
 
 int CSDUnZip::Decompress(const unsigned short* folder) {
-    return state_->handle && zip::ExtractAll(*state_->handle, folder, state_->limits, state_->notes()) ? 1
-                                                                                                       : 0;
+    return state_->handle && archive::ExtractAll(*state_->handle, folder, state_->limits, state_->notes())
+               ? 1
+               : 0;
 }
 
 int CSDUnZip::Decompress(const unsigned short* itemName, const unsigned short* path) {
@@ -219,7 +222,7 @@ int CSDUnZip::Decompress(const unsigned short* itemName, void* buffer, int capac
         stream->read({static_cast<unsigned char*>(buffer), static_cast<std::size_t>(capacity)});
     if (count == 0) {
         if (stream->member)
-            zip::NoteResult(stream->member->result(), *state_->handle->member(index), state_->notes());
+            archive::NoteResult(stream->member->result(), *state_->handle->member(index), state_->notes());
         state_->drop(stream);
         return 0;
     }

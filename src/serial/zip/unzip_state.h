@@ -16,7 +16,7 @@ struct CSDUnZip::State {
     struct Stream {
         int index = -1;
         std::uint64_t position = 0;
-        std::unique_ptr<ODF::zip::MemberStream> member;
+        std::unique_ptr<ODF::archive::MemberStream> member;
         ODF::platform::InputFile file; ///< instead of `member` on a folder
         std::size_t read(std::span<unsigned char> buffer);
     };
@@ -35,7 +35,7 @@ struct CSDUnZip::State {
     std::vector<std::string> folderFiles; ///< relative names by index
     std::vector<Stream> streams;          ///< the one used last at the end
 
-    ODF::zip::NoteSink notes() const noexcept { return {diagnostics}; }
+    ODF::archive::NoteSink notes() const noexcept { return {diagnostics}; }
     bool isFolder() const noexcept { return !folder.empty(); }
     /// Takes an opened archive over and, where asked for, makes its encrypted members readable.
     bool take(std::unique_ptr<CSDZipHandle> opened);

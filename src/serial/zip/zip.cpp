@@ -27,24 +27,24 @@ constexpr std::size_t kLongestName = 65535;
 
 struct CSDZip::State {
     Diagnostics* diagnostics = nullptr;
-    std::unique_ptr<zip::Target> target; ///< set while an archive is open
+    std::unique_ptr<archive::Target> target; ///< set while an archive is open
     bool hasFailed = false;
     std::uint64_t size = 0; ///< of the finished archive
-    zip::Spool spool;
-    std::vector<zip::PackedMember> members;
+    archive::Spool spool;
+    std::vector<archive::PackedMember> members;
     std::unordered_map<std::string, std::size_t> places;
-    zip::Packer packer{spool};
-    zip::DosTime now;
+    archive::Packer packer{spool};
+    archive::DosTime now;
 
-    zip::NoteSink notes() const noexcept { return {diagnostics}; }
+    archive::NoteSink notes() const noexcept { return {diagnostics}; }
 
-    int create(std::unique_ptr<zip::Target> made) {
+    int create(std::unique_ptr<archive::Target> made) {
         target = std::move(made);
         if (!target) {
             notes().setStatus(Status::CouldNotWrite);
             return 0;
         }
-        now = zip::PresentDosTime();
+        now = archive::PresentDosTime();
         return 1;
     }
 
@@ -61,7 +61,7 @@ struct CSDZip::State {
     template<typename Pack>
     int add(const unsigned short* itemName, Pack pack) {
         if (!target) return 0;
-        zip::PackedMember member;
+        archive::PackedMember member;
         member.name = ToUtf8(itemName);
         std::replace(member.name.begin(), member.name.end(), '\\', '/');
         member.name.erase(0, member.name.find_first_not_of('/'));
@@ -95,7 +95,7 @@ struct CSDZip::State {
         }
         zip_error_t error;
         zip_error_init(&error);
-        zip_source_t* const into = zip::MakeTargetSource(*target, size, &error);
+        zip_source_t* const into = archive::MakeTargetSource(*target, size, &error);
         zip_t* const archive = into ? zip_open_from_source(into, ZIP_CREATE | ZIP_TRUNCATE, &error) : nullptr;
         zip_error_fini(&error);
         if (!archive) {
@@ -103,8 +103,8 @@ struct CSDZip::State {
             return false;
         }
         const bool isAdded =
-            std::all_of(members.begin(), members.end(), [&](const zip::PackedMember& member) {
-                return zip::AddPacked(archive, spool, member);
+            std::all_of(members.begin(), members.end(), [&](const archive::PackedMember& member) {
+                return archive::AddPacked(archive, spool, member);
             });
         if (isAdded && zip_close(archive) == 0) return true;
         zip_discard(archive);
@@ -137,30 +137,30 @@ CSDZip::~CSDZip() {
 
 int CSDZip::CreareZipFile(const unsigned short* path) {
     state_->finish();
-    return state_->create(zip::MakeFileTarget(path));
+    return state_->create(archive::MakeFileTarget(path));
 }
 
 int CSDZip::CreareZipFile(void* buffer, int capacity) {
     state_->finish();
     if (!buffer || capacity < 0) return state_->create(nullptr);
     return state_->create(
-        zip::MakeMemoryTarget({static_cast<unsigned char*>(buffer), static_cast<std::size_t>(capacity)}));
+        archive::MakeMemoryTarget({static_cast<unsigned char*>(buffer), static_cast<std::size_t>(capacity)}));
 }
 
 int CSDZip::LargeMemoryCreareZipFile(void* mapping, int capacity) {
     state_->finish();
-    return state_->create(capacity < 0 ? nullptr
-                                       : zip::MakeMappingTarget(mapping, static_cast<std::size_t>(capacity)));
+    return state_->create(
+        capacity < 0 ? nullptr : archive::MakeMappingTarget(mapping, static_cast<std::size_t>(capacity)));
 }
 
 int CSDZip::Compress(const unsigned short* itemName, const unsigned short* path, int packed) {
-    return state_->add(itemName, [&](zip::PackedMember& member) {
+    return state_->add(itemName, [&](archive::PackedMember& member) {
         return state_->packer.packFile(member, path, packed != 0);
     });
 }
 
 int CSDZip::Compress(const unsigned short* itemName, void* data, int byteCount) {
-    return state_->add(itemName, [&](zip::PackedMember& member) {
+    return state_->add(itemName, [&](archive::PackedMember& member) {
         if (byteCount < 0 || (!data && byteCount > 0)) return false;
         return state_->packer.packBytes(
             member, {static_cast<const unsigned char*>(data), static_cast<std::size_t>(byteCount)}, false);
@@ -168,7 +168,7 @@ int CSDZip::Compress(const unsigned short* itemName, void* data, int byteCount) 
 }
 
 int CSDZip::CompressStored(const unsigned short* itemName, const void* data, int byteCount) {
-    return state_->add(itemName, [&](zip::PackedMember& member) {
+    return state_->add(itemName, [&](archive::PackedMember& member) {
         if (byteCount < 0 || (!data && byteCount > 0)) return false;
         return state_->packer.packBytes(
             member, {static_cast<const unsigned char*>(data), static_cast<std::size_t>(byteCount)}, true);
@@ -184,7 +184,7 @@ int CSDZip::CompressLargeMemory(const unsigned short* itemName, void* data, int 
 }
 
 int CSDZip::CopyItem(CSDZipHandle* source, int index, const unsigned short* itemName) {
-    return state_->add(itemName, [&](zip::PackedMember& member) {
+    return state_->add(itemName, [&](archive::PackedMember& member) {
         return source && state_->packer.packMember(member, *source, index, state_->notes());
     });
 }
