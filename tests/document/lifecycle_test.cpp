@@ -128,6 +128,47 @@ TEST_F(Lifecycle, PartsByContentTypeAreAppended) {
     document.GetPartsByContentType("text/xml", nullptr);
 }
 
+TEST_F(Lifecycle, PartsStandOnceAfterTheSave) {
+    CODFDoc document;
+    ASSERT_EQ(document.Open(textFile({{"styles.xml", "<x/>"}})), 1);
+    ASSERT_EQ(document.Save(file("out.odt")), 1);
+    std::vector<CODFPart*> parts;
+    document.GetPartsByContentType("text/xml", &parts);
+    EXPECT_EQ(parts.size(), 2U);
+    EXPECT_EQ(document.Get3rdPartyPart("", "content.xml"), document.GetContentClass());
+    test::Build(document, test::kTextKind, u"new");
+    ASSERT_EQ(document.Save(file("out.odt")), 1);
+    parts.clear();
+    document.GetPartsByContentType("text/xml", &parts);
+    EXPECT_EQ(parts.size(), 4U);
+}
+
+TEST_F(Lifecycle, ANewDocumentWorksInAFolderNamedAfterIt) {
+    CODFDoc document;
+    test::Build(document, test::kTextKind, u"text");
+    EXPECT_EQ(*document.GetRootPart()->GetLocalPath(), 0);
+    ASSERT_EQ(document.Save(file("a b.c.odt")), 1);
+    const std::filesystem::path root = ToUtf8(document.GetRootPart()->GetLocalPath());
+    EXPECT_EQ(root.filename().string().substr(0, 5), "a b.c");
+    EXPECT_EQ(root.filename().string().substr(5).find_first_not_of("0123456789abcdef"), std::string::npos);
+    EXPECT_EQ(root.parent_path(), std::filesystem::temp_directory_path());
+    EXPECT_EQ(document.GetRootPart()->GetPackageRoot(), document.GetRootPart()->GetLocalPath());
+    EXPECT_FALSE(std::filesystem::exists(root)) << "gone with the package";
+}
+
+TEST_F(Lifecycle, AnyNameThatTheSystemTakesWillDo) {
+    for (const std::string& name :
+         {std::string(251, 'n') + ".odt", std::string(255, 'n'), std::string(84, 'n') + "漢.odt",
+          std::string(".odt"), std::string("..odt"), std::string("a\\b.odt"), std::string(" ")}) {
+        CODFDoc document;
+        test::Build(document, test::kTextKind, u"text");
+        EXPECT_EQ(document.Save(file(name)), 1) << name;
+        EXPECT_EQ(document.GetDiagnostics().status(), Status::Ok)
+            << name << ": " << ToText(document.GetDiagnostics().status());
+        EXPECT_TRUE(std::filesystem::exists(file(name))) << name;
+    }
+}
+
 TEST_F(Lifecycle, TheRootHoldsAllPartsDirectly) {
     CODFDoc document;
     ASSERT_EQ(document.Open(textFile({{"Pictures/a/b.png", "x"}})), 1);
