@@ -107,6 +107,29 @@ TEST_P(GoodSample, KeepsEachFileThatIsNotParsed) {
         EXPECT_TRUE(listed.contains(name) || name == "META-INF/manifest.xml" || name == "mimetype") << name;
 }
 
+TEST_P(GoodSample, HasATreeOfTheRightKindForEachMainFile) {
+    const Sample& sample = GetParam();
+    const auto document = Open(sample.path, sample.isFormula(), sample.password);
+    ASSERT_TRUE(document);
+    std::vector<ISDPart*> parts;
+    document->GetRootPart()->GetChildParts(&parts);
+    for (ISDPart* const part : parts) {
+        const std::string path = ODF::ToUtf8(part->GetPackagePath());
+        if (ODF::ToUtf8(part->GetPartname()) != "content.xml") continue;
+        const bool isFormula = ODF::ToUtf8(part->GetRelationtype()) == test::kFormulaType;
+        ASSERT_NE(part->GetRootClass(), nullptr) << path;
+        EXPECT_EQ(part->GetRootClass()->GetID(),
+                  isFormula ? ODF::CMathMath::kId : ODF::COfficeDocumentContent::kId)
+            << path;
+        EXPECT_TRUE(part->GetRootClass()->HasChildList() ||
+                    sample.name == "formula/lo74_object_empty_root.odf")
+            << path;
+    }
+    EXPECT_EQ(document->GetDocType() == sd::SDDocType::DocTypeOdfFormula, sample.isFormula());
+    for (const ODF::Note& note : document->GetDiagnostics().notes())
+        EXPECT_NE(note.severity, ODF::Severity::Error) << note.member << ": " << note.text;
+}
+
 INSTANTIATE_TEST_SUITE_P(Samples, GoodSample, testing::ValuesIn(test::GoodSamples()),
                          [](const auto& given) { return test::NameOf(given.param); });
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(GoodSample);
