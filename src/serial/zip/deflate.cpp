@@ -30,13 +30,10 @@ WholeDeflater::~WholeDeflater() = default;
 
 std::span<const unsigned char> WholeDeflater::deflate(std::span<const unsigned char> plain) {
     if (!engine_->compressor || plain.empty()) return {};
-    if (capacity_ < plain.size()) {
-        buffer_ = std::make_unique_for_overwrite<unsigned char[]>(plain.size());
-        capacity_ = plain.size();
-    }
-    // A target of just the plain size makes the compressor stop where storing is as good.
-    return {buffer_.get(), libdeflate_deflate_compress(engine_->compressor, plain.data(), plain.size(),
-                                                       buffer_.get(), plain.size() - 1)};
+    // A target of less than the plain size makes the compressor stop where storing is as good.
+    const std::span<unsigned char> target = buffer_.room(plain.size() - 1);
+    return target.first(libdeflate_deflate_compress(engine_->compressor, plain.data(), plain.size(),
+                                                    target.data(), target.size()));
 }
 
 struct Deflater::Engine {

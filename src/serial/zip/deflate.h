@@ -1,5 +1,7 @@
 #pragma once
 
+#include "serial/zip/byte_buffer.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -22,8 +24,7 @@ public:
 private:
     struct Engine;
     std::unique_ptr<Engine> engine_;
-    std::unique_ptr<unsigned char[]> buffer_;
-    std::size_t capacity_ = 0;
+    ByteBuffer buffer_;
 };
 
 /// Deflates piece by piece.

@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::size_t kPieceSize = std::size_t{1} << 16;
 /// Up to here a member is inflated in one go, beyond it in pieces.
-constexpr std::uint64_t kLargestWhole = std::uint64_t{32} << 20;
+constexpr std::uint64_t kLargestWhole = std::uint64_t{128} << 20;
 
 bool IsKnownMethod(std::uint16_t method) noexcept {
     return method == ZIP_CM_STORE || method == ZIP_CM_DEFLATE;
@@ -135,11 +135,10 @@ ReadResult MemberReader::read(std::int64_t index, std::uint64_t mostBytes, const
         return result;
 
     MemberStream stream(handle_, index, mostBytes);
-    plain_.resize(std::max(plain_.size(), kPieceSize));
+    const std::span<unsigned char> piece = plain_.room(kPieceSize);
     for (;;) {
-        const std::size_t count = stream.read(plain_);
-        if (count > 0 && !receive(std::span<const unsigned char>(plain_).first(count)))
-            return ReadResult::Refused;
+        const std::size_t count = stream.read(piece);
+        if (count > 0 && !receive(piece.first(count))) return ReadResult::Refused;
         if (count == 0) return stream.result();
     }
 }
@@ -152,13 +151,11 @@ bool MemberReader::readFast(const Member& member, std::int64_t index, const Rece
         (isStored ? member.size != member.packedSize : member.size > LargestInflated(member.packedSize)))
         return false;
     StoredBytes source(handle_, index);
-    stored_.resize(std::max(stored_.size(), static_cast<std::size_t>(member.packedSize)));
-    const auto stored = std::span<unsigned char>(stored_).first(static_cast<std::size_t>(member.packedSize));
+    const std::span<unsigned char> stored = stored_.room(static_cast<std::size_t>(member.packedSize));
     if (!source.isOpen() || source.read(stored) != stored.size()) return false;
     std::span<unsigned char> plain = stored;
     if (!isStored) {
-        plain_.resize(std::max(plain_.size(), static_cast<std::size_t>(member.size)));
-        plain = std::span<unsigned char>(plain_).first(static_cast<std::size_t>(member.size));
+        plain = plain_.room(static_cast<std::size_t>(member.size));
         if (!inflater_.inflate(stored, plain)) return false;
     }
     if (Crc32(0, plain) != member.crc) result = ReadResult::Damaged;
@@ -176,7 +173,6 @@ ReadResult ReadCiphertext(const CSDZipHandle& handle, std::int64_t index, std::u
     if (member.method == ZIP_CM_DEFLATE) inflater = std::make_unique<Inflater>();
     std::vector<unsigned char> inflated(inflater ? kPieceSize : 0);
     bytes.clear();
-    bytes.reserve(static_cast<std::size_t>(std::min(member.packedSize, kLargestWhole)));
     const auto append = [&](std::span<const unsigned char> more) {
         if (more.size() > mostBytes - bytes.size()) return false;
         bytes.insert(bytes.end(), more.begin(), more.end());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "serial/zip/archive.h"
+#include "serial/zip/byte_buffer.h"
 #include "serial/zip/inflate.h"
 
 #include <functional>
@@ -79,8 +80,8 @@ private:
 
     const CSDZipHandle& handle_;
     WholeInflater inflater_;
-    std::vector<unsigned char> stored_;
-    std::vector<unsigned char> plain_;
+    ByteBuffer stored_;
+    ByteBuffer plain_;
 };
 
 /// The stored bytes of a member whole, with zip's own compression undone; for encrypted members. Nothing when
