@@ -79,8 +79,9 @@ public:
     virtual int HasUserDataModule();
     /// Turns the package file at `path` into the form of the user data module; it stays as it was on failure.
     virtual int ConvertUserDataFile(const unsigned short* path);
-    /// The same for an archive in memory or in a mapping; `out` receives the new archive and belongs to the
-    /// caller.
+    /// The same for an archive in memory or in a mapping; `out` receives the new archive, which belongs to
+    /// the caller (see `ReleaseMemoryArchive`) and must outlive the package's use of it. A source mapping
+    /// that was converted is closed.
     virtual int ConvertUserDataMemory(void* data, unsigned size, MemoryArchive* out);
     virtual int ConvertUserDataLargeMemory(void* mapping, unsigned size, MemoryArchive* out);
     virtual int ExchangeStorage(const unsigned short* path, int toModule, int create);
