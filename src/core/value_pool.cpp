@@ -1,5 +1,6 @@
 #include "core/value_pool.h"
 
+#include <chrono>
 #include <cstring>
 
 namespace ODF {
@@ -14,6 +15,13 @@ bool EqualAscii(std::string_view utf8, std::u16string_view text) noexcept {
 }
 
 } // namespace
+
+std::uint64_t HashSeed() noexcept {
+    const auto ticks =
+        static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+    const std::uint64_t place = reinterpret_cast<std::uintptr_t>(&ticks); // differs from process to process
+    return HashBytes({reinterpret_cast<const char*>(&ticks), sizeof ticks}, place);
+}
 
 std::uint64_t HashBytes(std::string_view bytes, std::uint64_t seed) noexcept {
     constexpr std::uint64_t kMultiplier = 0x9E3779B97F4A7C15ULL;
@@ -34,12 +42,12 @@ std::uint64_t HashBytes(std::string_view bytes, std::uint64_t seed) noexcept {
     return hash ^ (hash >> 32);
 }
 
-ValuePool::ValuePool() : entries_(256) {}
+ValuePool::ValuePool() : seed_(HashSeed()), entries_(256) {}
 
 CTulStringW ValuePool::get(std::string_view utf8) {
     if (utf8.empty()) return {};
     if (utf8.size() > kMaxBytes) return CTulStringW(utf8);
-    const std::uint64_t hash = HashBytes(utf8, 0);
+    const std::uint64_t hash = HashBytes(utf8, seed_);
     for (std::size_t at = hash & (entries_.size() - 1);; at = (at + 1) & (entries_.size() - 1)) {
         Entry& entry = entries_[at];
         if (entry.bytes == 0) {

@@ -28,10 +28,14 @@ private:
 
     void grow();
 
+    const std::uint64_t seed_;
     std::vector<Entry> entries_; ///< open addressing, a power of two
     std::size_t used_ = 0;
 };
 
+/// A start value for the hashes of one table, which who makes a file can't foresee: names or values that are
+/// chosen to collide would make each lookup as long as the table.
+std::uint64_t HashSeed() noexcept;
 /// A quick hash of bytes for tables that live as long as one parse.
 std::uint64_t HashBytes(std::string_view bytes, std::uint64_t seed) noexcept;
 

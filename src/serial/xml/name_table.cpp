@@ -1,12 +1,6 @@
 #include "serial/xml/name_table.h"
 
-#include "core/value_pool.h"
-
 namespace ODF::xml {
-
-std::size_t NameTable::Hash::operator()(std::string_view text) const noexcept {
-    return static_cast<std::size_t>(HashBytes(text, 1));
-}
 
 NameTable::NameTable() : places_(256) {
     bind("xml", Namespace(FindNamespaceByPrefix("xml")).uri);
@@ -59,7 +53,7 @@ const ResolvedName& NameTable::attribute(std::string_view qname, NamespaceIndex 
 
 NameTable::Entry& NameTable::entry(std::string_view qname) {
     for (;;) {
-        std::size_t at = HashBytes(qname, 0) & (places_.size() - 1);
+        std::size_t at = hash_(qname) & (places_.size() - 1);
         for (; places_[at] != 0; at = (at + 1) & (places_.size() - 1))
             if (Entry& found = entries_[places_[at] - 1]; found.qname == qname) return found;
         if (entries_.size() * 2 < places_.size()) {
@@ -69,7 +63,7 @@ NameTable::Entry& NameTable::entry(std::string_view qname) {
         }
         std::vector<std::uint32_t> larger(places_.size() * 2);
         for (std::uint32_t index = 1; index <= entries_.size(); ++index) {
-            std::size_t place = HashBytes(entries_[index - 1].qname, 0) & (larger.size() - 1);
+            std::size_t place = hash_(entries_[index - 1].qname) & (larger.size() - 1);
             while (larger[place] != 0)
                 place = (place + 1) & (larger.size() - 1);
             larger[place] = index;

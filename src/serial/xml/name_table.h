@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/namespaces.h"
+#include "core/value_pool.h"
 
 #include <odfmodel/core/string.h>
 
@@ -15,7 +16,8 @@ namespace ODF::xml {
 
 /// A name after its prefix has been resolved.
 struct ResolvedName {
-    std::string canonical; ///< with the customary prefix of its namespace; as in the file where that isn't known
+    std::string
+        canonical; ///< with the customary prefix of its namespace; as in the file where that isn't known
     std::string uri;
     std::string local;
     CTulStringW canonical16;
@@ -23,14 +25,21 @@ struct ResolvedName {
     std::uint32_t id = 0; ///< small number of its own within one parse
 };
 
-/// Names of one parse. Each distinct name of the file is resolved once in each scope of namespace declarations, and
-/// from then on costs one hash lookup.
+/// Hash of names, with a seed of each table's own.
+struct NameHash {
+    using is_transparent = void;
+    std::uint64_t seed = HashSeed();
+    std::size_t operator()(std::string_view text) const noexcept { return HashBytes(text, seed); }
+};
+
+/// Names of one parse. Each distinct name of the file is resolved once in each scope of namespace
+/// declarations, and from then on costs one hash lookup.
 class NameTable {
 public:
     NameTable();
 
-    /// Takes the declarations among a start tag's attributes; true when there are any, and `leaveScope` is due at
-    /// the end tag.
+    /// Takes the declarations among a start tag's attributes; true when there are any, and `leaveScope` is
+    /// due at the end tag.
     bool enterScope(const char** attributes);
     void leaveScope();
     /// Number of declarations that the present scope has itself, for the callbacks about prefixes.
@@ -72,17 +81,13 @@ private:
     const ResolvedName* canonical(NamespaceIndex nameSpace, std::string_view uri, std::string_view local,
                                   std::string_view qname);
 
-    struct Hash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view text) const noexcept;
-    };
-
+    NameHash hash_;
     std::vector<std::uint32_t> places_; ///< open addressing into entries_, 0 for free, else index + 1
     std::deque<Entry> entries_;
-    std::unordered_map<std::string, ResolvedName, Hash, std::equal_to<>> resolved_;
+    std::unordered_map<std::string, ResolvedName, NameHash, std::equal_to<>> resolved_;
     std::vector<Binding> bindings_;
     /// Bindings of each prefix, the one in force last: a hostile file declares as many as it likes.
-    std::unordered_map<std::string, std::vector<std::size_t>, Hash, std::equal_to<>> byPrefix_;
+    std::unordered_map<std::string, std::vector<std::size_t>, NameHash, std::equal_to<>> byPrefix_;
     std::vector<Scope> scopes_;
     std::uint32_t scope_ = 0;
     std::uint32_t nextScope_ = 1;
