@@ -1,0 +1,27 @@
+#pragma once
+
+#include "check/finding.h"
+#include "exit_code.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace command {
+
+class Passwords;
+
+/// What a round trip does to one file.
+struct CheckResult {
+    std::string path;
+    ExitCode code = ExitCode::Ok;            ///< `Lost` when anything is
+    std::string error;                       ///< why it couldn't be checked
+    std::map<std::string, Findings> members; ///< members that something was found about
+    std::vector<std::string> notes;          ///< what the library had to say while it opened the file
+};
+
+/// Opens the document, saves it to a temporary file and compares both packages member by member. Passwords
+/// are asked for as need be.
+CheckResult CheckPackage(const std::string& path, const Passwords& passwords);
+
+} // namespace command

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "console.h"
+#include "exit_code.h"
+#include "password.h"
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <new>
+#include <string>
+#include <vector>
+
+namespace command {
+
+/// The arguments of a subcommand that works on one file after the other.
+struct Files {
+    std::vector<std::string> paths;
+    Passwords passwords;
+
+    void addOptions(CLI::App& app) {
+        app.add_option("FILE", paths, "Documents")->required()->type_name("");
+        passwords.addOptions(app);
+    }
+    /// Does `work` on each file; one that fails doesn't stop the others.
+    ExitCode forEach(const std::function<ExitCode(const std::string& path)>& work) {
+        if (!passwords.prepare()) return ExitCode::CannotOpen;
+        ExitCode worst = ExitCode::Ok;
+        for (const std::string& path : paths) {
+            ExitCode code = ExitCode::Failure;
+            try {
+                code = work(path);
+            } catch (const std::bad_alloc&) {
+                Complain(path, "out of memory");
+            }
+            worst = Worst(worst, code);
+        }
+        return worst;
+    }
+};
+
+} // namespace command

@@ -1,0 +1,100 @@
+#include "info/metadata.h"
+
+#include "info/report.h"
+#include "package/sax.h"
+
+#include <odfmodel/core/reflection.h>
+#include <odfmodel/elements/office/document.h>
+#include <odfmodel/elements/office/meta.h>
+
+#include <string>
+
+namespace command {
+namespace {
+
+struct FieldRow {
+    unsigned id;
+    std::string_view label;
+};
+
+constexpr FieldRow kFields[] = {
+    {ODF::CDcTitle::kId, "title"},
+    {ODF::CDcSubject::kId, "subject"},
+    {ODF::CDcDescription::kId, "description"},
+    {ODF::CDcLanguage::kId, "language"},
+    {ODF::CMetaInitialCreator::kId, "created by"},
+    {ODF::CMetaCreationDate::kId, "created"},
+    {ODF::CDcCreator::kId, "changed by"},
+    {ODF::CDcDate::kId, "changed"},
+    {ODF::CMetaPrintedBy::kId, "printed by"},
+    {ODF::CMetaPrintDate::kId, "printed"},
+    {ODF::CMetaGenerator::kId, "generator"},
+    {ODF::CMetaEditingCycles::kId, "editing cycles"},
+    {ODF::CMetaEditingDuration::kId, "editing time"},
+};
+
+/// The value of a field; a date as it stands in the file.
+std::string ValueOf(const CSDObject& object) {
+    if (const auto* const date = dynamic_cast<const CSDDateTimeValueObject*>(&object))
+        return date->GetRawText().utf8();
+    return ODF::TextOf(object);
+}
+
+std::string KeywordsOf(const CSDObject& meta) {
+    std::vector<CSDObject*> keywords;
+    meta.GetObjectListByID(ODF::CMetaKeyword::kId, keywords);
+    std::string list;
+    for (const CSDObject* const keyword : keywords)
+        list += (list.empty() ? "" : ", ") + ODF::TextOf(*keyword);
+    return list;
+}
+
+void PrintUserDefined(const CSDObject& meta) {
+    std::vector<CSDObject*> fields;
+    meta.GetObjectListByID(ODF::CMetaUserDefined::kId, fields);
+    for (const CSDObject* const field : fields) {
+        std::string label = "user-defined";
+        std::string type;
+        for (const ODF::AttributeText& attribute : ODF::AttributesOf(*field)) {
+            if (attribute.name == "meta:name") label += " \"" + attribute.value + "\"";
+            if (attribute.name == "meta:value-type") type = " (" + attribute.value + ")";
+        }
+        PrintField(label, ODF::TextOf(*field) + type);
+    }
+}
+
+void PrintStatistics(const CSDObject& meta) {
+    const CSDObject* const statistics = meta.GetObjectByID(ODF::CMetaDocumentStatistic::kId);
+    if (!statistics) return;
+    PrintHeading("statistics");
+    for (const ODF::AttributeText& attribute : ODF::AttributesOf(*statistics)) {
+        constexpr std::string_view kTail = "-count";
+        std::string_view name = attribute.name;
+        if (const std::size_t colon = name.find(':'); colon != std::string_view::npos)
+            name.remove_prefix(colon + 1);
+        if (name.ends_with(kTail)) name.remove_suffix(kTail.size());
+        PrintField(name, attribute.value);
+    }
+}
+
+} // namespace
+
+bool PrintMetadata(Archive& archive) {
+    const std::optional<std::string> xml = archive.read("meta.xml");
+    if (!xml) return !archive.find("meta.xml");
+    const std::unique_ptr<CSDObject> root(ODF::COfficeDocumentMeta::Create());
+    const SaxReader reader = MakeSaxReader();
+    const bool isWhole = reader->ParseMemory(xml->data(), xml->size(), root.get());
+    if (const CSDObject* const meta = root->GetObjectByID(ODF::COfficeMeta::kId)) {
+        PrintHeading("metadata");
+        for (const FieldRow& row : kFields)
+            if (const CSDObject* const field = meta->GetObjectByID(row.id))
+                PrintField(row.label, ValueOf(*field));
+        PrintField("keywords", KeywordsOf(*meta));
+        PrintUserDefined(*meta);
+        PrintStatistics(*meta);
+    }
+    return isWhole;
+}
+
+} // namespace command

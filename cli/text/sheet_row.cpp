@@ -1,0 +1,45 @@
+#include "text/sheet_row.h"
+
+#include "console.h"
+
+#include <algorithm>
+
+namespace command {
+namespace {
+
+/// Columns of the widest sheet that office programs know.
+constexpr std::size_t kMostColumns = 16384;
+
+} // namespace
+
+unsigned CopyBudget::take(unsigned repeat, std::size_t length) {
+    const std::size_t wanted = std::max(repeat, 1U) - 1;
+    const std::size_t granted = std::min(wanted, bytes_ / (length + 1));
+    bytes_ -= granted * (length + 1);
+    isSpent_ = isSpent_ || granted < wanted;
+    return static_cast<unsigned>(granted) + 1;
+}
+
+void SheetRow::addCell(const std::string& text, unsigned repeat, CopyBudget& budget) {
+    if (text.empty()) {
+        pendingTabs_ = std::min(pendingTabs_ + std::max(repeat, 1U), kMostColumns);
+        return;
+    }
+    for (unsigned count = budget.take(repeat, text.size()); count > 0; --count) {
+        line_.append(pendingTabs_, '\t');
+        line_ += text;
+        pendingTabs_ = 1;
+    }
+}
+
+void SheetRow::print(std::ostream& out, CopyBudget& budget) const {
+    if (!line_.empty()) {
+        const std::string line = Printable(line_);
+        for (unsigned count = budget.take(repeat_, line.size()); count > 0; --count)
+            out << line << '\n';
+    }
+    for (const std::string& line : attached_)
+        out << Printable(line) << '\n';
+}
+
+} // namespace command
