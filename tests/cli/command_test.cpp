@@ -19,11 +19,10 @@ namespace {
 
 using Command = test::CommandTest<>;
 
-constexpr const char* kPassword = "Secret123";
-
-std::string EncryptedSample() {
+/// An encrypted text document.
+test::Sample EncryptedSample() {
     for (const test::Sample& sample : test::AllSamples())
-        if (sample.password == kPassword && sample.path.ends_with(".odt")) return sample.path;
+        if (sample.isEncrypted() && sample.path.ends_with(".odt")) return sample;
     return {};
 }
 
@@ -106,16 +105,16 @@ TEST_F(Command, TellsOutputThatCantBeWritten) {
 }
 
 TEST_F(Command, OpensEncryptedPackages) {
-    const std::string path = EncryptedSample();
-    if (path.empty()) GTEST_SKIP() << "no encrypted sample";
+    const auto [name, path, group, password] = EncryptedSample();
+    ASSERT_NE(path, "");
     const Result without = RunCommand({"text", path});
     EXPECT_EQ(without.code, 3);
     EXPECT_NE(without.err.find("password"), std::string::npos);
     EXPECT_EQ(RunCommand({"text", path, "--password", "wrong"}).code, 3);
-    const Result with = RunCommand({"text", path, "--password", kPassword});
+    const Result with = RunCommand({"text", path, "--password", password});
     EXPECT_EQ(with.code, 0);
     EXPECT_NE(with.out, "");
-    test::WriteFile(file("password"), std::string(kPassword) + "\r\nmore\n");
+    test::WriteFile(file("password"), password + "\r\nmore\n");
     EXPECT_EQ(RunCommand({"text", path, "--password-file", file("password")}).out, with.out);
     EXPECT_EQ(RunCommand({"text", path, "--password-file", file("missing")}).code, 3);
 
@@ -124,15 +123,15 @@ TEST_F(Command, OpensEncryptedPackages) {
     EXPECT_EQ(info.code, 0);
     EXPECT_NE(info.out.find("no password given"), std::string::npos);
     EXPECT_EQ(info.out.find("metadata"), std::string::npos);
-    EXPECT_NE(RunCommand({"info", path, "--password", kPassword}).out.find("metadata"), std::string::npos);
+    EXPECT_NE(RunCommand({"info", path, "--password", password}).out.find("metadata"), std::string::npos);
     // What is saved is in clear.
-    EXPECT_EQ(RunCommand({"roundtrip", path, file("clear.odt"), "--password", kPassword}).code, 0);
+    EXPECT_EQ(RunCommand({"roundtrip", path, file("clear.odt"), "--password", password}).code, 0);
     EXPECT_NE(RunCommand({"text", file("clear.odt")}).out, "");
 }
 
 TEST_F(Command, AsksForThePasswordOnATerminal) {
-    const std::string path = EncryptedSample();
-    if (path.empty()) GTEST_SKIP() << "no encrypted sample";
+    const auto [name, path, group, password] = EncryptedSample();
+    ASSERT_NE(path, "");
     int terminal = -1;
     const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
     ASSERT_GE(child, 0);
@@ -142,7 +141,7 @@ TEST_F(Command, AsksForThePasswordOnATerminal) {
     }
     // The first answer is wrong, the second right; each comes when it is asked for.
     std::string seen;
-    std::vector<std::string> answers{std::string(kPassword) + "\n", "wrong-one\n"};
+    std::vector<std::string> answers{password + "\n", "wrong-one\n"};
     std::size_t asked = 0;
     char piece[4096];
     for (ssize_t count = read(terminal, piece, sizeof piece); count > 0;
@@ -162,7 +161,7 @@ TEST_F(Command, AsksForThePasswordOnATerminal) {
     close(terminal);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
     EXPECT_TRUE(answers.empty());
-    EXPECT_EQ(seen.find(kPassword), std::string::npos) << "the password is shown";
+    EXPECT_EQ(seen.find(password), std::string::npos) << "the password is shown";
     EXPECT_EQ(seen.find("wrong-one"), std::string::npos) << "the password is shown";
     EXPECT_GT(seen.size(), 200U) << "the text comes in the end";
 }
