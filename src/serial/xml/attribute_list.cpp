@@ -38,7 +38,8 @@ const unsigned short* ReadAttributeList::GetValue(const unsigned short* qName) {
     return nullptr;
 }
 
-const unsigned short* ReadAttributeList::GetValue(const unsigned short* uri, const unsigned short* localName) {
+const unsigned short* ReadAttributeList::GetValue(const unsigned short* uri,
+                                                  const unsigned short* localName) {
     if (!localName) return nullptr;
     for (Item& item : items_)
         if (Equal(item.name->local, localName) && Equal(item.name->uri, uri)) return valueOf(item);
@@ -59,7 +60,8 @@ const unsigned short* WriteAttributeList::GetValue(const unsigned short* qName) 
     return nullptr;
 }
 
-const unsigned short* WriteAttributeList::GetValue(const unsigned short* uri, const unsigned short* localName) {
+const unsigned short* WriteAttributeList::GetValue(const unsigned short* uri,
+                                                   const unsigned short* localName) {
     for (const Item& item : items_)
         if (item.uri == uri && item.name == localName) return item.value;
     return nullptr;

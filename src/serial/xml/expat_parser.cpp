@@ -5,7 +5,8 @@
 #include <new>
 #include <utility>
 
-// The library declares its bounds on entity expansion only to those who know that it was built with DTD support.
+// The library declares its bounds on entity expansion only to those who know that it was built with DTD
+// support.
 #ifndef XML_DTD
 #define XML_DTD
 #endif
@@ -13,7 +14,8 @@
 
 namespace ODF::xml {
 
-// The library's callbacks are C: whatever one of ours throws is kept, the parse is stopped, and `finish` throws it on.
+// The library's callbacks are C: whatever one of ours throws is kept, the parse is stopped, and `finish`
+// throws it on.
 struct ExpatParser::Callbacks {
     template<typename Call>
     static void guarded(void* data, Call call) noexcept {
@@ -68,7 +70,8 @@ ExpatParser::ExpatParser(ParserEvents& events, const Limits& limits, bool wantsD
     XML_SetCharacterDataHandler(parser_, &Callbacks::characters);
     XML_SetParamEntityParsing(parser_, XML_PARAM_ENTITY_PARSING_NEVER);
 #if XML_MAJOR_VERSION > 2 || (XML_MAJOR_VERSION == 2 && XML_MINOR_VERSION >= 4)
-    XML_SetBillionLaughsAttackProtectionMaximumAmplification(parser_, std::max(limits.entityAmplification, 1.0F));
+    XML_SetBillionLaughsAttackProtectionMaximumAmplification(parser_,
+                                                             std::max(limits.entityAmplification, 1.0F));
     XML_SetBillionLaughsAttackProtectionActivationThreshold(parser_, limits.entityFreeBytes);
 #else
 #error "libexpat 2.4 or later is needed for its bound on entity expansion"
@@ -86,7 +89,8 @@ ExpatParser::~ExpatParser() {
 }
 
 void* ExpatParser::buffer(std::size_t capacity) {
-    void* const place = XML_GetBuffer(parser_, static_cast<int>(std::min<std::size_t>(capacity, INT_MAX / 2)));
+    void* const place =
+        XML_GetBuffer(parser_, static_cast<int>(std::min<std::size_t>(capacity, INT_MAX / 2)));
     if (!place) throw std::bad_alloc();
     return place;
 }

@@ -12,7 +12,8 @@ struct XML_ParserStruct;
 
 namespace ODF::xml {
 
-/// What a parse calls back. Text is UTF-8 and valid for the call. Names stand as in the file, with their prefix.
+/// What a parse calls back. Text is UTF-8 and valid for the call. Names stand as in the file, with their
+/// prefix.
 class ParserEvents {
 public:
     virtual void startElement(const char* name, const char** attributes) = 0;
@@ -30,8 +31,9 @@ protected:
     ~ParserEvents() = default;
 };
 
-/// The XML library behind one small wall: push parsing, no external entity or DTD is ever loaded, and the expansion
-/// of internal entities is bounded. What a callback throws passes through `parse`, never through the library.
+/// The XML library behind one small wall: push parsing, no external entity or DTD is ever loaded, and the
+/// expansion of internal entities is bounded. What a callback throws passes through `parse`, never through
+/// the library.
 class ExpatParser {
 public:
     /// `wantsDetails` adds the events beyond elements and character data.

@@ -26,7 +26,8 @@ void CSDDefaultHandler::startDTD(const unsigned short*, const unsigned short*, c
 void CSDDefaultHandler::startEntity(const unsigned short*) {}
 void CSDDefaultHandler::elementDecl(const unsigned short*, const unsigned short*) {}
 void CSDDefaultHandler::internalEntityDecl(const unsigned short*, const unsigned short*) {}
-void CSDDefaultHandler::externalEntityDecl(const unsigned short*, const unsigned short*, const unsigned short*) {}
+void CSDDefaultHandler::externalEntityDecl(const unsigned short*, const unsigned short*,
+                                           const unsigned short*) {}
 
 namespace ODF::xml {
 
@@ -56,7 +57,8 @@ void HandlerDriver::endElement(const char* name) {
     const ResolvedName& element = names_.element(name);
     handler_.endElement(CTulStringW(element.uri), CTulStringW(element.local), CTulStringW(name));
     if (hasScope_.back()) {
-        for (const auto& [prefix, uri] : names_.scopeDeclarations()) handler_.endPrefixMapping(CTulStringW(prefix));
+        for (const auto& [prefix, uri] : names_.scopeDeclarations())
+            handler_.endPrefixMapping(CTulStringW(prefix));
         names_.leaveScope();
     }
     hasScope_.pop_back();

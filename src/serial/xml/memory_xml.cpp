@@ -15,7 +15,8 @@ std::string ToXml(CSDObject& object, std::string_view name) {
 }
 
 bool FromXml(std::string_view xml, CSDObject& root) {
-    const std::unique_ptr<CSDSaxReader, decltype(&ReleaseSaxReader)> reader(CreateSaxReader(), &ReleaseSaxReader);
+    const std::unique_ptr<CSDSaxReader, decltype(&ReleaseSaxReader)> reader(CreateSaxReader(),
+                                                                            &ReleaseSaxReader);
     return reader->ParseMemory(xml.data(), xml.size(), &root);
 }
 

@@ -12,7 +12,8 @@ using Replacements = std::array<const char*, 128>;
 
 constexpr Replacements MakeReplacements(bool isAttribute) {
     Replacements table{};
-    for (std::size_t c = 0; c < 0x20; ++c) table[c] = "\xEF\xBF\xBD"; // U+FFFD
+    for (std::size_t c = 0; c < 0x20; ++c)
+        table[c] = "\xEF\xBF\xBD"; // U+FFFD
     table['\t'] = isAttribute ? "&#9;" : nullptr;
     table['\n'] = isAttribute ? "&#10;" : nullptr;
     table['\r'] = "&#13;"; // a parser would turn a bare one into a line feed
@@ -38,9 +39,12 @@ std::size_t ReferenceLength(std::u16string_view text) noexcept {
     const std::size_t first = at;
     for (; at < text.size() && at < first + 7; ++at) {
         const char16_t digit = text[at];
-        if (digit >= u'0' && digit <= u'9') c = c * (isHex ? 16 : 10) + (digit - u'0');
-        else if (isHex && (digit | 0x20) >= u'a' && (digit | 0x20) <= u'f') c = c * 16 + ((digit | 0x20) - u'a' + 10U);
-        else break;
+        if (digit >= u'0' && digit <= u'9')
+            c = c * (isHex ? 16 : 10) + (digit - u'0');
+        else if (isHex && (digit | 0x20) >= u'a' && (digit | 0x20) <= u'f')
+            c = c * 16 + ((digit | 0x20) - u'a' + 10U);
+        else
+            break;
     }
     return at > first && at < text.size() && text[at] == u';' && IsXmlCharacter(c) ? at + 1 : 0;
 }
@@ -60,8 +64,10 @@ void OutputBuffer::flush() {
     if (used_ == 0) return;
     if (memory_) {
         const std::uint64_t room = capacity_ - std::min<std::uint64_t>(capacity_, flushed_);
-        if (used_ > room) failed_ = true;
-        else std::memcpy(memory_ + flushed_, buffer_.get(), used_);
+        if (used_ > room)
+            failed_ = true;
+        else
+            std::memcpy(memory_ + flushed_, buffer_.get(), used_);
     } else if (text_) {
         text_->append(buffer_.get(), used_);
     } else if (!failed_ && !file_.write(buffer_.get(), used_)) {
@@ -95,7 +101,8 @@ void OutputBuffer::putRaw(std::u16string_view text) {
     while (at != end) {
         const char16_t* const pieceEnd = at + std::min<std::ptrdiff_t>(end - at, kPiece);
         char* out = reserve(kPiece + 1);
-        while (at < pieceEnd) out = PutUtf8(out, NextCodePoint(at, end));
+        while (at < pieceEnd)
+            out = PutUtf8(out, NextCodePoint(at, end));
         used_ = static_cast<std::size_t>(out - buffer_.get());
     }
 }
@@ -114,8 +121,11 @@ void OutputBuffer::putEscaped(std::u16string_view text) {
             if (unit < 0x80) {
                 ++at;
                 const char* const replacement = replacements[unit];
-                if (!replacement) [[likely]] *out++ = static_cast<char>(unit);
-                else for (const char* c = replacement; *c; ++c) *out++ = *c;
+                if (!replacement) [[likely]]
+                    *out++ = static_cast<char>(unit);
+                else
+                    for (const char* c = replacement; *c; ++c)
+                        *out++ = *c;
                 continue;
             }
             const char32_t c = NextCodePoint(at, end);
@@ -135,8 +145,10 @@ void OutputBuffer::putEscapedAttribute(std::u16string_view text) {
         text.remove_prefix(ampersand);
         if (text.empty()) return;
         const std::size_t reference = std::max<std::size_t>(ReferenceLength(text), 1);
-        if (reference > 1) putRaw(text.substr(0, reference));
-        else putAttribute(text.substr(0, 1));
+        if (reference > 1)
+            putRaw(text.substr(0, reference));
+        else
+            putAttribute(text.substr(0, 1));
         text.remove_prefix(reference);
     }
 }

@@ -36,13 +36,14 @@ public:
 
     /// UTF-16 to UTF-8 as it stands.
     void putRaw(std::u16string_view text);
-    /// Character data: what is markup becomes an entity; what XML forbids, and a lone surrogate, becomes U+FFFD.
+    /// Character data: what is markup becomes an entity; what XML forbids, and a lone surrogate, becomes
+    /// U+FFFD.
     void putText(std::u16string_view text) { putEscaped<false>(text); }
-    /// The same for an attribute value in double quotes; tab, line feed and carriage return become references, so
-    /// that they come back as they were.
+    /// The same for an attribute value in double quotes; tab, line feed and carriage return become
+    /// references, so that they come back as they were.
     void putAttribute(std::u16string_view text) { putEscaped<true>(text); }
-    /// An attribute value whose markup its maker has escaped already. What would make the file ill-formed is escaped
-    /// all the same.
+    /// An attribute value whose markup its maker has escaped already. What would make the file ill-formed is
+    /// escaped all the same.
     void putEscapedAttribute(std::u16string_view text);
 
     /// Hands on what is left and closes the target. False when not everything arrived.

@@ -59,12 +59,11 @@ public:
     bool ParseChunk(const void* data, int byteCount, int) override {
         if (!chunks_ || chunksFailed_ || byteCount < 0 || (!data && byteCount > 0)) return false;
         if (byteCount == 0) return true;
-        chunksFailed_ = !chunks_->parser.parse(data, static_cast<std::size_t>(byteCount), false) && !fail(chunks_->parser);
+        chunksFailed_ = !chunks_->parser.parse(data, static_cast<std::size_t>(byteCount), false) &&
+                        !fail(chunks_->parser);
         return !chunksFailed_;
     }
-    void EndChunks() override {
-        finishChunks();
-    }
+    void EndChunks() override { finishChunks(); }
     void SetFeature(const unsigned short*, bool) override {}
     void SetContentHandler(CSDDefaultHandler* handler) override { handler_ = handler; }
     bool ParseItem(const unsigned short* itemName, CSDUnZip* unzip) override {
@@ -73,7 +72,8 @@ public:
         std::array<unsigned char, 16384> piece;
         int cursor = 0;
         int byteCount = 0;
-        while (unzip->Decompress(itemName, piece.data(), static_cast<int>(piece.size()), cursor, byteCount) != 0)
+        while (unzip->Decompress(itemName, piece.data(), static_cast<int>(piece.size()), cursor, byteCount) !=
+               0)
             if (byteCount > 0 && !ParseChunk(piece.data(), byteCount, cursor)) break;
         return finishChunks();
     }
@@ -145,8 +145,10 @@ private:
     void note(std::string_view text, unsigned long line, unsigned long column) {
         if (!diagnostics_) return;
         NoteCode code = NoteCode::XmlNotWellFormed;
-        if (line == 0) code = NoteCode::MemberUnreadable;
-        else if (text.ends_with("too deep")) code = NoteCode::DepthLimit;
+        if (line == 0)
+            code = NoteCode::MemberUnreadable;
+        else if (text.ends_with("too deep"))
+            code = NoteCode::DepthLimit;
         else if (text.ends_with("too long") || text.ends_with("too large") || text.starts_with("too many"))
             code = NoteCode::SizeLimit;
         diagnostics_->add(code, Severity::Error, member_, text, line, column);

@@ -7,8 +7,8 @@
 namespace ODF::xml {
 namespace {
 
-/// The number's place in `rows`, made with `fill` up to it. Names beyond the bound are looked up each time: only a
-/// hostile file has so many.
+/// The number's place in `rows`, made with `fill` up to it. Names beyond the bound are looked up each time:
+/// only a hostile file has so many.
 std::int32_t* Place(std::vector<std::int32_t>& rows, std::uint32_t id, std::int32_t fill) {
     constexpr std::uint32_t kMaxRemembered = 8192;
     if (id >= kMaxRemembered) return nullptr;
@@ -96,7 +96,8 @@ void TreeBuilder::readAttributes(CSDObject& object, ClassNames* names, const Res
         }
         list_.clear();
         for (const char** at = attributes; *at; at += 2)
-            if (!NameTable::isDeclaration(*at)) list_.add(*at, names_.attribute(*at, element.nameSpace), at[1]);
+            if (!NameTable::isDeclaration(*at))
+                list_.add(*at, names_.attribute(*at, element.nameSpace), at[1]);
         object.ReadAttribute(&list_);
         return;
     }
@@ -125,10 +126,14 @@ void TreeBuilder::readAttributes(CSDObject& object, ClassNames* names, const Res
         }
         // Unknown attributes of a class are few, so a short list serves as the counter.
         auto unknown = names->unknownAttributes.begin();
-        while (unknown != names->unknownAttributes.end() && unknown->first != &name) ++unknown;
-        if (unknown != names->unknownAttributes.end()) ++unknown->second;
-        else if (names->unknownAttributes.size() < 64) names->unknownAttributes.emplace_back(&name, 1);
-        else ++names->unknownAttributes.back().second;
+        while (unknown != names->unknownAttributes.end() && unknown->first != &name)
+            ++unknown;
+        if (unknown != names->unknownAttributes.end())
+            ++unknown->second;
+        else if (names->unknownAttributes.size() < 64)
+            names->unknownAttributes.emplace_back(&name, 1);
+        else
+            ++names->unknownAttributes.back().second;
     }
     ObjectAccess::readAttributes(object, *names->table, values_, pool_);
 }
@@ -174,11 +179,13 @@ void TreeBuilder::flushText() {
 }
 
 void TreeBuilder::report(Diagnostics& diagnostics) const {
-    for (const auto& [name, count] : unknownElements_) diagnostics.countUnknownElement(name->canonical, count);
+    for (const auto& [name, count] : unknownElements_)
+        diagnostics.countUnknownElement(name->canonical, count);
     for (const auto& [table, names] : classes_)
         for (const auto& [name, count] : names.unknownAttributes)
             diagnostics.countUnknownAttribute(std::string(table->elementName) + "@" + name->canonical, count);
-    for (const auto& [name, count] : droppedText_) diagnostics.countDroppedText(name, count);
+    for (const auto& [name, count] : droppedText_)
+        diagnostics.countDroppedText(name, count);
 }
 
 } // namespace ODF::xml

@@ -12,8 +12,8 @@
 
 namespace ODF::xml {
 
-/// Builds a tree of element objects from the events of a parse. Objects of the element classes are filled by their
-/// tables; a caller's own classes are driven by their virtual operations.
+/// Builds a tree of element objects from the events of a parse. Objects of the element classes are filled by
+/// their tables; a caller's own classes are driven by their virtual operations.
 class TreeBuilder final : public ParserEvents {
 public:
     TreeBuilder(CSDObject& root, const Limits& limits) : root_(root), limits_(limits) {}
@@ -51,7 +51,8 @@ private:
 
     void flushText();
     CSDObject* createChild(const Level& parent, const ResolvedName& name);
-    void readAttributes(CSDObject& object, ClassNames* names, const ResolvedName& element, const char** attributes);
+    void readAttributes(CSDObject& object, ClassNames* names, const ResolvedName& element,
+                        const char** attributes);
     ClassNames* namesOf(const CSDObject& object);
 
     CSDObject& root_;

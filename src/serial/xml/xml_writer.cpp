@@ -20,8 +20,8 @@ NamespaceIndex NamespaceOf(std::string_view qname) noexcept {
     return colon == std::string_view::npos ? kNoNamespace : FindNamespaceByPrefix(qname.substr(0, colon));
 }
 
-/// The namespace of the prefix that a value begins with: "of:=SUM([.A1])" means nothing to a reader that doesn't find
-/// that prefix declared.
+/// The namespace of the prefix that a value begins with: "of:=SUM([.A1])" means nothing to a reader that
+/// doesn't find that prefix declared.
 NamespaceIndex NamespaceOfValue(std::u16string_view value) noexcept {
     constexpr std::size_t kLongestPrefix = 12;
     const std::size_t colon = value.substr(0, kLongestPrefix + 1).find(u':');
@@ -38,12 +38,12 @@ NamespaceIndex NamespaceOfValue(std::u16string_view value) noexcept {
 bool IsName(std::string_view name) noexcept {
     if (name.empty()) return false;
     const auto isNameCharacter = [](char c) {
-        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '-' ||
-               c == '.' || c == ':' || (static_cast<unsigned char>(c) & 0x80) != 0;
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
+               c == '-' || c == '.' || c == ':' || (static_cast<unsigned char>(c) & 0x80) != 0;
     };
     const char first = name.front();
-    return std::all_of(name.begin(), name.end(), isNameCharacter) && first != '-' && first != '.' && first != ':' &&
-           !(first >= '0' && first <= '9');
+    return std::all_of(name.begin(), name.end(), isNameCharacter) && first != '-' && first != '.' &&
+           first != ':' && !(first >= '0' && first <= '9');
 }
 
 } // namespace
@@ -57,7 +57,8 @@ bool XmlWriter::open(const unsigned short* path) {
     const platform::Path target(path);
     path_ = target.utf8();
     if (!platform::CreateFolders(target.parent(), true) || !out_.openFile(target)) {
-        if (diagnostics_) diagnostics_->add(NoteCode::WriteFailed, Severity::Error, "", "can not create " + path_);
+        if (diagnostics_)
+            diagnostics_->add(NoteCode::WriteFailed, Severity::Error, "", "can not create " + path_);
         return false;
     }
     return true;
@@ -75,7 +76,8 @@ bool XmlWriter::OpenMemory(void* buffer, int byteCapacity) {
 
 int XmlWriter::Close() {
     const bool done = out_.close();
-    if (!done && diagnostics_) diagnostics_->add(NoteCode::WriteFailed, Severity::Error, "", "can not write " + path_);
+    if (!done && diagnostics_)
+        diagnostics_->add(NoteCode::WriteFailed, Severity::Error, "", "can not write " + path_);
     return done && out_.bytes() <= static_cast<std::uint64_t>(std::numeric_limits<int>::max())
                ? static_cast<int>(out_.bytes())
                : -1;
@@ -89,7 +91,8 @@ bool XmlWriter::SerializeToFile(const unsigned short* path, CSDObject* root) {
     if (!root || !open(path)) return false;
     const bool written = writeTree(*root, {});
     const bool closed = out_.close();
-    if (!closed && diagnostics_) diagnostics_->add(NoteCode::WriteFailed, Severity::Error, "", "can not write " + path_);
+    if (!closed && diagnostics_)
+        diagnostics_->add(NoteCode::WriteFailed, Severity::Error, "", "can not write " + path_);
     return written && closed;
 }
 
@@ -97,7 +100,8 @@ bool XmlWriter::writeTree(CSDObject& root, std::string_view rootName) {
     out_.put("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n");
     const ClassDescriptor* const table = ObjectAccess::table(root);
     std::string name = rootName.empty() ? ToUtf8(root.GetElemName()) : std::string(rootName);
-    if (const ClassDescriptor* const own = ObjectAccess::descriptor(root); name.empty() && own) name = own->elementName;
+    if (const ClassDescriptor* const own = ObjectAccess::descriptor(root); name.empty() && own)
+        name = own->elementName;
     declared_ = usedNamespaces(root, name);
     if (ObjectAccess::isTextRun(root)) return false;
     if (!table) {
@@ -162,7 +166,8 @@ void XmlWriter::writeChild(Level& parent, CSDObject& child) {
 void XmlWriter::startElement(CSDObject& object, const ClassDescriptor& table, std::string_view tag) {
     out_.put('<');
     out_.put(tag);
-    if (!rootWritten_) declareNamespaces();
+    if (!rootWritten_)
+        declareNamespaces();
     else if (const NamespaceIndex own = NamespaceOf(tag); own != kNoNamespace && !(declared_ & Bit(own))) {
         // Only a class that stands where no map lists it gets here.
         out_.put(" xmlns:");
@@ -230,9 +235,12 @@ void XmlWriter::writeAttributes(const CSDObject& object, const ClassDescriptor& 
 }
 
 void XmlWriter::writeValue(const AttributeValue& value) {
-    if (value.isText()) out_.putAttribute(value.text());
-    else if (value.isKey()) out_.putAttribute(value.key());
-    else out_.put(value.plain().view());
+    if (value.isText())
+        out_.putAttribute(value.text());
+    else if (value.isKey())
+        out_.putAttribute(value.key());
+    else
+        out_.put(value.plain().view());
 }
 
 std::uint64_t XmlWriter::usedNamespaces(CSDObject& root, std::string_view rootName) const {
@@ -250,7 +258,8 @@ std::uint64_t XmlWriter::usedNamespaces(CSDObject& root, std::string_view rootNa
                                         if (row >= table->attributeCount) return;
                                         const AttributeRow& attribute = table->attributes[row];
                                         const AttributeValue value{attribute, slot};
-                                        if (attribute.has(AttributeRow::kNonEmpty) && value.text().empty()) return;
+                                        if (attribute.has(AttributeRow::kNonEmpty) && value.text().empty())
+                                            return;
                                         used |= Bit(attribute.nameSpace);
                                         if (value.isText()) used |= Bit(NamespaceOfValue(value.text()));
                                     });
@@ -261,8 +270,10 @@ std::uint64_t XmlWriter::usedNamespaces(CSDObject& root, std::string_view rootNa
             if (!child || ObjectAccess::isTextRun(*child)) continue;
             if (!row || row->id != child->GetID())
                 row = table && table->children ? table->children->find(child->GetID()) : nullptr;
-            if (row) used |= Bit(row->nameSpace);
-            else if (const ClassDescriptor* const own = ObjectAccess::descriptor(*child)) used |= Bit(own->nameSpace);
+            if (row)
+                used |= Bit(row->nameSpace);
+            else if (const ClassDescriptor* const own = ObjectAccess::descriptor(*child))
+                used |= Bit(own->nameSpace);
             open.push_back(child);
         }
     }
@@ -282,11 +293,14 @@ void XmlWriter::declareNamespaces() {
     }
 }
 
-void XmlWriter::writeForeignAttributes(const WriteAttributeList& attributes, std::string_view tag, bool isRoot) {
-    // What the root doesn't declare is declared on the element itself; unknown URIs get a prefix of their own.
+void XmlWriter::writeForeignAttributes(const WriteAttributeList& attributes, std::string_view tag,
+                                       bool isRoot) {
+    // What the root doesn't declare is declared on the element itself; unknown URIs get a prefix of their
+    // own.
     std::vector<std::pair<std::string, std::string>> local; // URI and prefix
     const auto declare = [&](std::string_view prefix, std::string_view uri) {
-        if (prefix == "xml" || std::any_of(local.begin(), local.end(), [&](const auto& d) { return d.second == prefix; }))
+        if (prefix == "xml" ||
+            std::any_of(local.begin(), local.end(), [&](const auto& d) { return d.second == prefix; }))
             return;
         local.emplace_back(uri, prefix);
         out_.put(" xmlns:");
@@ -309,12 +323,14 @@ void XmlWriter::writeForeignAttributes(const WriteAttributeList& attributes, std
         }
         if (item.uri.IsEmpty()) {
             need(NamespaceOf(name));
-        } else if (const NamespaceIndex index = FindNamespaceByUri(item.uri.view()); index != kUnknownNamespace) {
+        } else if (const NamespaceIndex index = FindNamespaceByUri(item.uri.view());
+                   index != kUnknownNamespace) {
             need(index);
             name.insert(0, std::string(Namespace(index).prefix) + ":");
         } else {
             const std::string uri = item.uri.utf8();
-            auto known = std::find_if(local.begin(), local.end(), [&](const auto& d) { return d.first == uri; });
+            auto known =
+                std::find_if(local.begin(), local.end(), [&](const auto& d) { return d.first == uri; });
             if (known == local.end()) {
                 declare("ns" + std::to_string(local.size() + 1), uri);
                 known = std::prev(local.end());
@@ -357,7 +373,8 @@ bool XmlWriter::WriteObject(const unsigned short* name, CSDObject* object, CSDAt
     }
     if (const auto* const list = dynamic_cast<const WriteAttributeList*>(attributes))
         writeForeignAttributes(*list, tag, isRoot);
-    else if (table) writeAttributes(*object, *table); // a caller without a list of ours
+    else if (table)
+        writeAttributes(*object, *table); // a caller without a list of ours
     const std::size_t floor = open_.size();
     pushOrClose(*object, table, tag, ToView(text));
     if (open_.size() > floor) {

@@ -13,8 +13,8 @@
 
 namespace ODF::xml {
 
-/// Writes trees of element objects. Objects of the element classes are written by their tables, in a loop, so that a
-/// tree may be as deep as it likes; a caller's own classes are asked through `WriteElement`.
+/// Writes trees of element objects. Objects of the element classes are written by their tables, in a loop, so
+/// that a tree may be as deep as it likes; a caller's own classes are asked through `WriteElement`.
 class XmlWriter final : public CSDSerializer {
 public:
     ~XmlWriter() override;
@@ -49,7 +49,8 @@ private:
     void startElement(CSDObject& object, const ClassDescriptor& table, std::string_view tag);
     void writeAttributes(const CSDObject& object, const ClassDescriptor& table);
     void writeValue(const AttributeValue& value);
-    void pushOrClose(CSDObject& object, const ClassDescriptor* table, std::string_view tag, std::u16string_view text);
+    void pushOrClose(CSDObject& object, const ClassDescriptor* table, std::string_view tag,
+                     std::u16string_view text);
     void endElement();
     std::uint64_t usedNamespaces(CSDObject& root, std::string_view rootName) const;
     void declareNamespaces();
