@@ -340,6 +340,34 @@ TEST(EncryptedPackage, ABombInsideStopsAtTheLimit) {
     EXPECT_EQ(Item(opened.unzip, "good"), "g");
 }
 
+TEST(EncryptedPackage, ManyMembersMayNotAskForAnyAmountOfWork) {
+    Members members = Encrypted({{"a", "a"}}, "secret", crypto::Scheme::Members);
+    const std::string row = [&] {
+        const std::string& manifest = Find(members, kManifest);
+        const auto start = manifest.find("<manifest:file-entry manifest:full-path=\"a\"");
+        return manifest.substr(start, manifest.rfind("</manifest:manifest>") - start);
+    }();
+    // Many members, each asking for the most that one may ask for.
+    std::string rows;
+    for (int number = 0; number < 150; ++number) {
+        std::string next = row;
+        const std::string name = "m" + std::to_string(number);
+        next.replace(next.find("\"a\""), 3, '"' + name + '"');
+        rows += next;
+        members.emplace_back(name, Find(members, "a"));
+    }
+    Find(members, kManifest).insert(Find(members, kManifest).rfind("</manifest:manifest>"), rows);
+    Limits limits;
+    limits.pbkdf2Iterations = 100'000;
+    const test::TemporaryFolder folder;
+    Opened opened(Archive(members), "secret", limits);
+    ASSERT_NE(opened.result, 0);
+    EXPECT_EQ(opened.unzip.Decompress(folder / "out"), 0);
+    EXPECT_EQ(opened.diagnostics.status(), Status::LimitExceeded);
+    EXPECT_EQ(test::ReadFile(folder / "out/a"), "a");
+    EXPECT_EQ(test::ReadFile(folder / "out/m50"), "a") << "an honest number of members is read";
+}
+
 namespace {
 
 struct RefusalCase {

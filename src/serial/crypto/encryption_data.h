@@ -68,8 +68,9 @@ struct EncryptedRow {
 /// The key for a member, from the digest of the password.
 std::optional<Secret> DeriveKey(const EncryptionData& data, ByteView startKey);
 
-/// What came of decrypting a member.
-enum class DecryptResult { Ok, WrongKey, Damaged };
+/// What came of decrypting a member. `TooMuchWork`: the members of the package ask for more than a host will
+/// do.
+enum class DecryptResult { Ok, WrongKey, Damaged, TooMuchWork };
 
 /// Turns the stored bytes of a member into its deflated bytes, in place. `WrongKey` when the checksum or the
 /// tag doesn't fit, which damage can cause too.

@@ -47,7 +47,7 @@ void PackageDecryption::deriveKeys(std::span<const EncryptedRow* const> rows) {
     };
     std::vector<Job> jobs;
     for (const EncryptedRow* row : rows)
-        if (isUsable(*row) && !keys_.contains(row))
+        if (isUsable(*row) && !keys_.contains(row) && mayAfford(row->data))
             jobs.push_back({row, startKey(*row->data.startKeyDigest), {}});
     std::atomic<std::size_t> next = 0;
     const auto work = [&] {
@@ -77,7 +77,8 @@ DecryptResult PackageDecryption::decrypt(const EncryptedRow& row, Bytes& bytes) 
     const EncryptedRow* const asked = &row;
     deriveKeys({&asked, 1});
     const auto key = keys_.find(&row);
-    return key == keys_.end() ? DecryptResult::Damaged : DecryptMember(row.data, key->second.view(), bytes);
+    if (key != keys_.end()) return DecryptMember(row.data, key->second.view(), bytes);
+    return work_ > kMostWork ? DecryptResult::TooMuchWork : DecryptResult::Damaged;
 }
 
 } // namespace ODF::crypto

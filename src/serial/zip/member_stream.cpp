@@ -27,7 +27,7 @@ const char* ToText(ReadResult result) noexcept {
     case ReadResult::Unsupported:
         return "a compression or encryption that isn't known";
     case ReadResult::TooLarge:
-        return "larger than the limits allow";
+        return "more than the limits allow";
     case ReadResult::Refused:
         return "the bytes couldn't be passed on";
     }
@@ -75,8 +75,10 @@ void MemberStream::openEncrypted(const CSDZipHandle& handle, std::int64_t index)
         result_ = ReadResult::Unsupported;
         return;
     }
-    if (decryption->decrypt(*member_->encryption, buffer_) != crypto::DecryptResult::Ok) {
-        result_ = ReadResult::WrongKey;
+    const crypto::DecryptResult decrypted = decryption->decrypt(*member_->encryption, buffer_);
+    if (decrypted != crypto::DecryptResult::Ok) {
+        result_ =
+            decrypted == crypto::DecryptResult::TooMuchWork ? ReadResult::TooLarge : ReadResult::WrongKey;
         return;
     }
     inflater_ = std::make_unique<Inflater>();

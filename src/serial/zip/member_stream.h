@@ -15,7 +15,7 @@ enum class ReadResult {
     Damaged,     ///< what could be decoded was delivered
     WrongKey,    ///< an encrypted member that the password doesn't open, or whose bytes are damaged
     Unsupported, ///< a compression or encryption that isn't known
-    TooLarge,    ///< stopped at the limit
+    TooLarge,    ///< stopped at a limit of size or of work
     Refused,     ///< the receiver of the bytes gave up
 };
 
