@@ -1,8 +1,8 @@
 #pragma once
 
 /// @file
-/// The whole interface of the library. Whoever wants shorter compile times includes single headers: documents from
-/// odfmodel/document/, element classes by family from odfmodel/elements/.
+/// The whole interface of the library. Whoever wants shorter compile times includes single headers: documents
+/// from odfmodel/document/, element classes by family from odfmodel/elements/.
 
 #include <odfmodel/core/attribute.h>
 #include <odfmodel/core/diagnostics.h>
