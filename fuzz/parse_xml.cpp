@@ -1,4 +1,5 @@
-// XML of any kind into the tree of a document's content, and back: what was read once has to survive a second trip.
+// XML of any kind into the tree of a document's content, and back: what was read once has to survive a second
+// trip.
 #include <odfmodel/odfmodel.h>
 
 #include <cstdlib>
