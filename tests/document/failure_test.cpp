@@ -12,6 +12,7 @@
 
 #include <csignal>
 #include <functional>
+#include <random>
 
 using namespace ODF;
 
@@ -98,13 +99,19 @@ TEST_F(FailedSave, OnADiskThatFillsUp) {
     std::u16string text; // that doesn't pack well
     for (unsigned i = 0; i < 300000; ++i)
         text += static_cast<char16_t>(u'0' + i * 2654435761U % 8191);
+    std::mt19937 random(1);
+    std::string noise(2'000'000, '\0');
+    for (char& c : noise)
+        c = static_cast<char>(random());
+    const test::TemporaryFolder outside;
+    test::WriteFile(outside / "noise.png", noise);
     std::signal(SIGXFSZ, SIG_IGN);
     // The first bound stops the trees, the second the archive.
     for (const rlim_t bytes : {rlim_t{1000}, rlim_t{1000000}}) {
         for (const bool isNew : {true, false}) {
             const auto given = document(isNew);
             given->GetContentClass()->SetOfficeBody()->SetOfficeText()->SetTextP()->SetText(text);
-            _CreateImagePart(given->GetRootPart(), "/proc/self/exe");
+            _CreateImagePart(given->GetRootPart(), outside / "noise.png");
             const Bound bound(RLIMIT_FSIZE, bytes);
             EXPECT_EQ(given->Save(file("old.odt")), 1);
             EXPECT_EQ(given->GetDiagnostics().status(), Status::CouldNotWrite) << isNew << bytes;
