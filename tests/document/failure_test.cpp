@@ -103,15 +103,14 @@ TEST_F(FailedSave, OnADiskThatFillsUp) {
     std::string noise(2'000'000, '\0');
     for (char& c : noise)
         c = static_cast<char>(random());
-    const test::TemporaryFolder outside;
-    test::WriteFile(outside / "noise.png", noise);
+    test::WriteFile(file("noise.png"), noise);
     std::signal(SIGXFSZ, SIG_IGN);
     // The first bound stops the trees, the second the archive.
     for (const rlim_t bytes : {rlim_t{1000}, rlim_t{1000000}}) {
         for (const bool isNew : {true, false}) {
             const auto given = document(isNew);
             given->GetContentClass()->SetOfficeBody()->SetOfficeText()->SetTextP()->SetText(text);
-            _CreateImagePart(given->GetRootPart(), outside / "noise.png");
+            _CreateImagePart(given->GetRootPart(), file("noise.png"));
             const Bound bound(RLIMIT_FSIZE, bytes);
             EXPECT_EQ(given->Save(file("old.odt")), 1);
             EXPECT_EQ(given->GetDiagnostics().status(), Status::CouldNotWrite) << isNew << bytes;
@@ -120,7 +119,7 @@ TEST_F(FailedSave, OnADiskThatFillsUp) {
         }
     }
     std::signal(SIGXFSZ, SIG_DFL);
-    EXPECT_EQ(test::EntriesOf(file("")), (std::vector<std::string>{"old.odt", "source.odt"}));
+    EXPECT_EQ(test::EntriesOf(file("")), (std::vector<std::string>{"noise.png", "old.odt", "source.odt"}));
 }
 
 TEST_F(FailedSave, WithAPictureThatHasGone) {
