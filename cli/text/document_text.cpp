@@ -216,7 +216,7 @@ void DocumentText::startSheet(Element element, const Attributes& attributes) {
     if (sheet_->tables > 0 || sheet_->shapes > 0) return;
     if (element == Element::Row) sheet_->row.emplace(repeat("table:number-rows-repeated"));
     if (element == Element::Cell)
-        sheet_->cell = Cell{{}, ValueOf(attributes), repeat("table:number-columns-repeated"), false};
+        sheet_->cell = OpenCell{{}, ValueOf(attributes), repeat("table:number-columns-repeated"), false};
 }
 
 void DocumentText::endSheet(Element element) {
@@ -231,7 +231,7 @@ void DocumentText::endSheet(Element element) {
     }
     if (sheet_->tables > 0 || sheet_->shapes > 0) return;
     if (element == Element::Cell && sheet_->cell) {
-        const Cell& cell = *sheet_->cell;
+        const OpenCell& cell = *sheet_->cell;
         if (sheet_->row)
             sheet_->row->addCell(cell.hasParagraph ? cell.text : cell.value, cell.repeat, budget_);
         sheet_->cell.reset();
@@ -269,7 +269,7 @@ void DocumentText::put(std::string line) {
         const auto [deletion, isNew] = deletions_.try_emplace(changeId_, line);
         if (!isNew) deletion->second += "\n" + line;
     } else if (sheet_ && sheet_->cell && sheet_->shapes == 0) {
-        Cell& cell = *sheet_->cell;
+        OpenCell& cell = *sheet_->cell;
         if (!cell.text.empty()) cell.text += ' '; // a row is one line
         cell.text += line;
         cell.hasParagraph = true;

@@ -21,6 +21,21 @@ struct TextOptions {
     bool isFlow = false;
 };
 
+/// A cell while it is read.
+struct OpenCell {
+    std::string text;
+    std::string value; ///< stands in for text
+    unsigned repeat = 1;
+    bool hasParagraph = false;
+};
+/// A sheet while it is read.
+struct OpenSheet {
+    std::optional<SheetRow> row;
+    std::optional<OpenCell> cell;
+    unsigned shapes = 0; ///< open shapes in the cell or sheet
+    unsigned tables = 0; ///< open tables inside the sheet's own
+};
+
 /// Prints the text of a document while its content is read. It reads the file itself, not the element tree:
 /// links and ruby bases of the tree have lost the order of text and elements, and elements that no class
 /// lists are gone.
@@ -52,19 +67,6 @@ private:
         std::string before;                ///< indent and label
         std::vector<std::string> attached; ///< lines of what hangs on it
     };
-    struct Cell {
-        std::string text;
-        std::string value; ///< stands in for text
-        unsigned repeat = 1;
-        bool hasParagraph = false;
-    };
-    struct Sheet {
-        std::optional<SheetRow> row;
-        std::optional<Cell> cell;
-        unsigned shapes = 0; ///< open shapes in the cell or sheet
-        unsigned tables = 0; ///< open tables inside the sheet's own
-    };
-
     bool isSkipped(Element element, const Attributes& attributes) const;
     void startBody(Element element, const Attributes& attributes);
     void startBlock(Element element, const Attributes& attributes);
@@ -89,7 +91,7 @@ private:
     std::vector<Paragraph> paragraphs_;
     std::size_t citationStart_ = 0; ///< of the note, in the line of its paragraph
     std::string noteMark_;          ///< goes before the next paragraph, the first of a note
-    std::optional<Sheet> sheet_;
+    std::optional<OpenSheet> sheet_;
     CopyBudget budget_;
     std::string changeId_;
     bool isDeleted_ = false;                       ///< inside of what a tracked change deleted
