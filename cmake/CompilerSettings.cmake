@@ -12,6 +12,8 @@ endif()
 add_library(odfmodel_settings INTERFACE)
 target_compile_options(odfmodel_settings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
+  # Nobody replaces single functions of the library from outside, so calls within it may be inlined.
+  $<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>
   # g++ 12 sees overlaps in std::string that aren't there when it optimises (its bug 105329).
   $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>
   $<$<BOOL:${ODFMODEL_WERROR}>:-Werror>)
