@@ -183,6 +183,43 @@ TEST_F(Office, CalculatesFormulasThatWereBuilt) {
     EXPECT_EQ(TextOf(file("out/sums-Sums.csv")), "2,40,42\n");
 }
 
+/// Open Packaging files that the suite wrote, saved by the package layer from its own index.
+TEST_F(Office, ReadsOpenPackagingFilesThatWereSavedAnew) {
+    struct Case {
+        const char* sample;
+        const char* format;
+        const char* filter; ///< makes text of it
+    };
+    constexpr Case kCases[] = {{"text/letter.odt", "docx", kComparisons[0].filter},
+                               {"spreadsheet/sums.fods", "xlsx", kComparisons[1].filter},
+                               {"presentation/slides.odp", "pptx", kComparisons[2].filter}};
+    for (const Case& row : kCases) {
+        const std::string name = std::filesystem::path(row.sample).stem().string();
+        const std::string original = file(row.format) + "/" + name + "." + row.format;
+        const std::string saved = file(std::string(row.format) + "-saved") + "/" + name + "." + row.format;
+        std::filesystem::create_directories(file(std::string(row.format) + "-saved"));
+        ASSERT_TRUE(
+            suite.convert(row.format, file(row.format), {std::string(ODFMODEL_TEST_DATA "/") + row.sample}));
+        {
+            SDPackage::IPackage package;
+            ASSERT_NE(package.Open(original), 0) << row.format;
+            ASSERT_GT(package.GetParts()->size(), 5U) << row.format;
+            ASSERT_NE(package.Save(saved), 0) << row.format;
+        }
+        EXPECT_EQ(test::ReadPackage(saved).size(), test::ReadPackage(original).size()) << row.format;
+        const auto text = [&](const std::string& path, const std::string& folder) {
+            std::string all;
+            suite.convert(row.filter, file(folder), {path});
+            for (const std::string& made : test::EntriesOf(file(folder)))
+                all += TextOf(file(folder) + "/" + made);
+            return Lasting(all, file(""));
+        };
+        const std::string before = text(original, std::string(row.format) + "-before");
+        EXPECT_NE(before, "") << row.format;
+        EXPECT_EQ(text(saved, std::string(row.format) + "-after"), before) << row.format;
+    }
+}
+
 TEST_F(Office, EncryptsWhatIsReadHere) {
     const std::string password = "pässword 漢 \U0001F600";
     std::vector<std::string> jobs;
