@@ -15,15 +15,20 @@ unsigned Count(const std::uint64_t* block, unsigned words) noexcept {
 
 } // namespace
 
-// The blocks come from malloc, because growing one in place by a slot is what realloc is good at.
+// The blocks come from malloc, because growing one in place by a slot is what realloc is good at. Those that
+// a parse has made lie behind their objects.
 
 std::uint64_t* AttributeSlots::require(std::uint64_t*& block, unsigned words, unsigned row) {
     if (std::uint64_t* const slot = find(block, words, row)) return slot;
     const unsigned count = block ? Count(block, words) : 0;
-    auto* const grown =
-        static_cast<std::uint64_t*>(std::realloc(block, (words + count + 1U) * sizeof(std::uint64_t)));
+    const bool isAttached = block && Arena::owns(block);
+    auto* const grown = static_cast<std::uint64_t*>(
+        std::realloc(isAttached ? nullptr : block, (words + count + 1U) * sizeof(std::uint64_t)));
     if (!grown) throw std::bad_alloc();
-    if (!block) std::memset(grown, 0, words * sizeof(std::uint64_t));
+    if (isAttached)
+        std::memcpy(grown, block, (words + count) * sizeof(std::uint64_t));
+    else if (!block)
+        std::memset(grown, 0, words * sizeof(std::uint64_t));
     block = grown;
     const unsigned at = rank(block, row);
     std::uint64_t* const slot = block + words + at;
@@ -33,16 +38,19 @@ std::uint64_t* AttributeSlots::require(std::uint64_t*& block, unsigned words, un
     return slot;
 }
 
-std::uint64_t* AttributeSlots::make(unsigned words, const std::uint16_t* rows, unsigned count) {
-    auto* const block = static_cast<std::uint64_t*>(std::calloc(words + count, sizeof(std::uint64_t)));
+std::uint64_t* AttributeSlots::make(unsigned words, const std::uint16_t* rows, unsigned count, Arena* arena) {
+    const std::size_t byteCount = (words + count) * sizeof(std::uint64_t);
+    auto* const block =
+        static_cast<std::uint64_t*>(arena ? arena->attach(byteCount) : std::malloc(byteCount));
     if (!block) throw std::bad_alloc();
+    std::memset(block, 0, byteCount);
     for (unsigned i = 0; i < count; ++i)
         block[rows[i] / 64] |= std::uint64_t{1} << (rows[i] % 64);
     return block;
 }
 
 void AttributeSlots::release(std::uint64_t* block) noexcept {
-    std::free(block);
+    if (!Arena::owns(block)) std::free(block);
 }
 
 } // namespace ODF

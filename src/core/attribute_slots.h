@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/arena.h"
 #include "core/class_descriptor.h"
 
 #include <bit>
@@ -28,8 +29,9 @@ public:
 
     /// The slot of `row`, made with the value 0 when it is absent; the block may move. Throws std::bad_alloc.
     static std::uint64_t* require(std::uint64_t*& block, unsigned words, unsigned row);
-    /// A block for exactly the rows in `rows`, which ascend; all slots are 0. Throws std::bad_alloc.
-    static std::uint64_t* make(unsigned words, const std::uint16_t* rows, unsigned count);
+    /// A block for exactly the rows in `rows`, which ascend; all slots are 0. Throws std::bad_alloc, but not
+    /// with an arena, which has room for it reserved.
+    static std::uint64_t* make(unsigned words, const std::uint16_t* rows, unsigned count, Arena* arena);
     static void release(std::uint64_t* block) noexcept;
 
     /// Calls `visit(row, slot)` for each present attribute in table order, the extras last.

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 using ODF::AttributeRow;
 using ODF::AttributeSlots;
@@ -21,12 +22,12 @@ std::uint64_t FromDouble(double value) noexcept {
     return std::bit_cast<std::uint64_t>(value);
 }
 
-void StoreText(std::uint64_t* slot, const CTulStringW& value) noexcept {
+void StoreText(std::uint64_t* slot, CTulStringW value) noexcept {
     // A fresh slot is 0, which is no string yet.
     if (*slot == 0)
-        new (slot) CTulStringW(value);
+        new (slot) CTulStringW(std::move(value));
     else
-        AttributeSlots::text(slot) = value;
+        AttributeSlots::text(slot) = std::move(value);
 }
 
 /// The slot's content for every kind but a text.
@@ -82,15 +83,8 @@ NumberText AttributeValue::plain() const noexcept {
     return {};
 }
 
-void ObjectAccess::adopt(CSDObject& parent, CSDObject* child) {
-    auto& list = static_cast<CSDExtObject&>(parent).children_;
-    list.push_back(child);
-    child->rootPart_ = parent.rootPart_;
-    if (child->id_ == kParentAwareId) child->SetParentObj(&parent);
-}
-
 void ObjectAccess::readAttributes(CSDObject& object, const ClassDescriptor& table,
-                                  std::span<ReadValue> values, ValuePool& pool) {
+                                  std::span<ReadValue> values, const ReadSupply& supply) {
     if (table.children) object.setFlag(CSDObject::kMapReady, true);
     std::size_t count = 0;
     for (const ReadValue& value : values) {
@@ -104,7 +98,9 @@ void ObjectAccess::readAttributes(CSDObject& object, const ClassDescriptor& tabl
     const auto store = [&](const ReadValue& value, std::uint64_t* slot) {
         const AttributeRow& row = table.attributes[value.row];
         if (row.kind == ValueKind::String)
-            StoreText(slot, pool.get(row.has(AttributeRow::kFirstFont) ? FirstFont(value.text) : value.text));
+            StoreText(slot,
+                      supply.pool.get(row.has(AttributeRow::kFirstFont) ? FirstFont(value.text) : value.text,
+                                      supply.usage[value.row]));
         else
             *slot = ParseValue(row, value.text);
     };
@@ -118,7 +114,7 @@ void ObjectAccess::readAttributes(CSDObject& object, const ClassDescriptor& tabl
         std::uint16_t distinct = 0;
         for (const ReadValue& value : values)
             if (distinct == 0 || rows[distinct - 1] != value.row) rows[distinct++] = value.row;
-        object.slots_ = AttributeSlots::make(words, rows, distinct);
+        object.slots_ = AttributeSlots::make(words, rows, distinct, supply.arena);
         std::uint64_t* slot = object.slots_ + words;
         for (std::size_t i = 0; i < count; ++i) {
             store(values[i], slot);
@@ -206,9 +202,9 @@ bool CSDObject::GetAttribute(const ClassDescriptor& table, unsigned row, float& 
 
 void CSDObject::SetAttribute(const ClassDescriptor& table, unsigned row, const CTulStringW& value) {
     const AttributeRow& attribute = table.attributes[row];
-    const CTulStringW kept =
+    CTulStringW kept =
         attribute.has(AttributeRow::kFirstFont) ? CTulStringW(ODF::FirstFont(value.view())) : value;
-    ODF::StoreText(AttributeSlots::require(slots_, table.words(), row), kept);
+    ODF::StoreText(AttributeSlots::require(slots_, table.words(), row), std::move(kept));
 }
 void CSDObject::SetRawAttribute(const ClassDescriptor& table, unsigned row, std::uint64_t value) {
     *AttributeSlots::require(slots_, table.words(), row) = value;

@@ -10,6 +10,8 @@
 
 namespace ODF {
 
+class Arena;
+
 /// How a value looks as text, see codecs.h.
 enum class ValueKind : std::uint8_t { String, Bool, BoolWord, Unsigned, Signed, Double, Float, Enumeration };
 
@@ -56,12 +58,14 @@ struct AttributeRow {
     }
 };
 
+struct ClassDescriptor;
+
 /// One child that a class may have.
 struct ChildRow {
     unsigned id;
     const char16_t* name;
     const char* utf8Name;
-    CSDObject* (*create)(unsigned id);
+    const ClassDescriptor* table; ///< of the class of the child
     NamespaceIndex nameSpace;
 };
 
@@ -86,10 +90,10 @@ struct ClassDescriptor {
     const char16_t* elementName16;
     unsigned id;
     const AttributeRow* attributes;
-    const std::uint16_t* byName;     ///< rows by namespace and local name
-    const std::uint16_t* writeOrder; ///< null for table order
-    const ChildMap* children;        ///< null for a class without children
-    CSDObject* (*create)(unsigned id);
+    const std::uint16_t* byName;                   ///< rows by namespace and local name
+    const std::uint16_t* writeOrder;               ///< null for table order
+    const ChildMap* children;                      ///< null for a class without children
+    CSDObject* (*make)(unsigned id, Arena* arena); ///< a new object; from the heap with a null arena
     std::uint64_t requiredNamespaces; ///< a bit for each namespace of an attribute that is always written
     std::uint16_t attributeCount;
     NamespaceIndex nameSpace; ///< of the element

@@ -60,6 +60,22 @@ CSDObject::~CSDObject() {
     }
 }
 
+void* CSDObject::operator new(std::size_t byteCount) {
+    return ::operator new(byteCount);
+}
+void* CSDObject::operator new(std::size_t byteCount, std::align_val_t alignment) {
+    return ::operator new(byteCount, alignment);
+}
+void CSDObject::operator delete(void* place) noexcept {
+    if (ODF::Arena::owns(place))
+        ODF::Arena::release(place);
+    else
+        ::operator delete(place);
+}
+void CSDObject::operator delete(void* place, std::align_val_t alignment) noexcept {
+    ::operator delete(place, alignment);
+}
+
 void CSDObject::releaseExtras(const ODF::ClassDescriptor* table) noexcept {
     delete FindExtras(slots_, table);
 }
@@ -201,7 +217,8 @@ CSDObject* CSDExtObject::CreateObject(const unsigned short* name, int addToList)
     const ODF::ClassDescriptor* const table = Descriptor();
     if (!table || !table->children || !hasFlag(kMapReady) || !name) return nullptr;
     CSDObject* object = nullptr;
-    if (const ODF::ChildRow* const row = table->children->find(ToView(name))) object = row->create(row->id);
+    if (const ODF::ChildRow* const row = table->children->find(ToView(name)))
+        object = row->table->make(row->id, nullptr);
     if (!object && GetRootpart()) {
         int dummy = 0;
         object = GetRootpart()->CreateApplicationObj(name, dummy);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/arena.h"
 #include "core/attribute_slots.h"
 #include "core/class_descriptor.h"
 #include "core/codecs.h"
@@ -20,6 +21,13 @@ namespace ODF {
 struct ReadValue {
     std::uint16_t row;
     std::string_view text;
+};
+
+/// What a parse brings along for the attributes of one element.
+struct ReadSupply {
+    ValuePool& pool;
+    ValuePool::Usage* usage; ///< of each attribute of the class
+    Arena* arena;            ///< has room for the attributes reserved, beside the object; null for the heap
 };
 
 /// What the XML reader and writer, and the reflection, may do with element objects beyond the virtual
@@ -52,22 +60,22 @@ public:
     }
     static std::uint64_t* slots(const CSDObject& object) noexcept { return object.slots_; }
 
+    /// A new object of the class T, from an arena that has room for it reserved, else from the heap.
+    template<typename T>
+    static CSDObject* make(unsigned id, Arena* arena) {
+        static_assert(sizeof(T) <= kMaxObjectBytes);
+        return arena ? new (arena->object(sizeof(T))) T(id) : new T(id);
+    }
+    static constexpr std::size_t kMaxObjectBytes = 128;
+
     /// `ReadAttribute` on resolved values: sets them and makes the child map known.
     static void readAttributes(CSDObject& object, const ClassDescriptor& table, std::span<ReadValue> values,
-                               ValuePool& pool);
-    /// `CreateObject(name, 1)` for a row of the object's own map that is found already; may be null.
-    static CSDObject* createChild(CSDObject& parent, const ChildRow& row) {
-        CSDObject* const child = row.create(row.id);
-        if (child) adopt(parent, child);
-        return child;
+                               const ReadSupply& supply);
+    /// Appends children whose root part is set already. When memory runs out, none is.
+    static void append(CSDObject& parent, std::span<CSDObject* const> children) {
+        auto& list = static_cast<CSDExtObject&>(parent).children_;
+        list.insert(list.end(), children.begin(), children.end());
     }
-    /// A text run below a paragraph, with its text.
-    static void addTextRun(CSDObject& parent, std::string_view utf8) {
-        auto* const run = static_cast<CSDStringValueObject*>(CSDStringValueObject::Create(kTextRunId));
-        run->value_ = CTulStringW(utf8);
-        adopt(parent, run);
-    }
-    static void adopt(CSDObject& parent, CSDObject* child);
 
     /// The text of a set attribute, or of a required one's default, as it is written; not escaped.
     static CTulStringW attributeText(const CSDObject& object, const ClassDescriptor& table, unsigned row);

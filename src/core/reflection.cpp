@@ -78,7 +78,7 @@ std::vector<ChildInfo> ClassInfo::children() const {
 }
 
 CSDObject* ClassInfo::create() const {
-    return table_->create(table_->id);
+    return table_->make(table_->id, nullptr);
 }
 
 std::vector<ClassInfo> AllClasses() {
@@ -142,7 +142,8 @@ bool SetAttributeText(CSDObject& object, std::string_view name, std::string_view
     if (row < 0) return false;
     ValuePool pool;
     ReadValue read{static_cast<std::uint16_t>(row), value};
-    ObjectAccess::readAttributes(object, *table, {&read, 1}, pool);
+    std::vector<ValuePool::Usage> usage(table->attributeCount);
+    ObjectAccess::readAttributes(object, *table, {&read, 1}, {pool, usage.data(), nullptr});
     return true;
 }
 

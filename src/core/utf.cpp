@@ -10,20 +10,64 @@
 
 namespace ODF {
 
+namespace {
+
+constexpr std::size_t kStep = 8;
+
+std::uint64_t Block(const char* at) noexcept {
+    std::uint64_t block = 0;
+    std::memcpy(&block, at, kStep);
+    return block;
+}
+
+/// One instruction or two, once the compiler has seen through it.
+void WidenBlock(const char* at, char16_t* out) noexcept {
+    for (std::size_t i = 0; i < kStep; ++i)
+        out[i] = static_cast<unsigned char>(at[i]);
+}
+
+constexpr std::uint64_t kHighBits = 0x8080808080808080ULL;
+
+} // namespace
+
+// The last step of both overlaps the one before, so that no odd bytes are left.
+
+bool IsAscii(std::string_view text) noexcept {
+    std::uint64_t bits = 0;
+    if (text.size() < kStep) {
+        for (const char c : text)
+            bits |= static_cast<unsigned char>(c);
+    } else {
+        const char* const last = text.data() + text.size() - kStep;
+        for (const char* at = text.data(); at < last; at += kStep)
+            bits |= Block(at);
+        bits |= Block(last);
+    }
+    return (bits & kHighBits) == 0;
+}
+
+void WidenAscii(std::string_view text, char16_t* out) noexcept {
+    if (text.size() < kStep) {
+        for (const char c : text)
+            *out++ = static_cast<unsigned char>(c);
+        return;
+    }
+    const std::size_t last = text.size() - kStep;
+    for (std::size_t at = 0; at < last; at += kStep)
+        WidenBlock(text.data() + at, out + at);
+    WidenBlock(text.data() + last, out + last);
+}
+
 std::size_t DecodeUtf8(std::string_view utf8, char16_t* out) noexcept {
     const char* at = utf8.data();
     const char* const end = at + utf8.size();
     char16_t* const begin = out;
     while (at != end) {
-        // Nearly all text is ASCII, so eight bytes at a time are tested and widened.
-        while (end - at >= 8) {
-            std::uint64_t block = 0;
-            std::memcpy(&block, at, sizeof block);
-            if (block & 0x8080808080808080ULL) break;
-            for (int i = 0; i < 8; ++i)
-                out[i] = static_cast<unsigned char>(at[i]);
-            at += 8;
-            out += 8;
+        // Most text is ASCII, so eight bytes at a time are tested and widened.
+        while (static_cast<std::size_t>(end - at) >= kStep && (Block(at) & kHighBits) == 0) {
+            WidenBlock(at, out);
+            at += kStep;
+            out += kStep;
         }
         if (at == end) break;
         if (static_cast<unsigned char>(*at) < 0x80) {

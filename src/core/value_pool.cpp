@@ -4,18 +4,6 @@
 #include <cstring>
 
 namespace ODF {
-namespace {
-
-/// Equality of UTF-8 and UTF-16 where the UTF-8 is ASCII; anything else counts as unequal.
-bool EqualAscii(std::string_view utf8, std::u16string_view text) noexcept {
-    if (utf8.size() != text.size()) return false;
-    for (std::size_t i = 0; i < utf8.size(); ++i)
-        if (static_cast<unsigned char>(utf8[i]) != text[i]) return false;
-    return true;
-}
-
-} // namespace
-
 std::uint64_t HashSeed() noexcept {
     const auto ticks =
         static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
@@ -44,29 +32,38 @@ std::uint64_t HashBytes(std::string_view bytes, std::uint64_t seed) noexcept {
 
 ValuePool::ValuePool() : seed_(HashSeed()), entries_(256) {}
 
-CTulStringW ValuePool::get(std::string_view utf8) {
+CTulStringW ValuePool::get(std::string_view utf8, Usage& usage) {
     if (utf8.empty()) return {};
-    if (utf8.size() > kMaxBytes) return CTulStringW(utf8);
+    // Now and then a value is looked up nevertheless: the second half of a document may be another matter.
+    constexpr std::uint32_t kTrial = 1024;
+    const bool isVaried = ++usage.asked > kTrial && usage.found < usage.asked / 8 && usage.asked % 16 != 0;
+    if (utf8.size() > kMaxBytes || isVaried) return texts_.make(utf8);
     const std::uint64_t hash = HashBytes(utf8, seed_);
     for (std::size_t at = hash & (entries_.size() - 1);; at = (at + 1) & (entries_.size() - 1)) {
         Entry& entry = entries_[at];
-        if (entry.bytes == 0) {
-            CTulStringW value(utf8);
-            if (used_ >= kMaxEntries || value.GetLength() != utf8.size()) return value;
-            entry = Entry{hash, value, static_cast<std::uint32_t>(utf8.size())};
+        if (entry.byteCount == 0) {
+            CTulStringW value = texts_.make(utf8);
+            if (used_ >= kMaxEntries) return value;
+            entry = Entry{static_cast<std::uint32_t>(hash), static_cast<std::uint32_t>(utf8.size()),
+                          bytes_.size(), value};
+            bytes_.append(utf8);
             if (++used_ * 2 > entries_.size()) grow();
             return value;
         }
-        if (entry.hash == hash && EqualAscii(utf8, entry.value.view())) return entry.value;
+        if (entry.hash == static_cast<std::uint32_t>(hash) && entry.byteCount == utf8.size() &&
+            std::memcmp(bytes_.data() + entry.firstByte, utf8.data(), utf8.size()) == 0) {
+            ++usage.found;
+            return entry.value;
+        }
     }
 }
 
 void ValuePool::grow() {
     std::vector<Entry> larger(entries_.size() * 2);
     for (Entry& entry : entries_) {
-        if (entry.bytes == 0) continue;
+        if (entry.byteCount == 0) continue;
         std::size_t at = entry.hash & (larger.size() - 1);
-        while (larger[at].bytes != 0)
+        while (larger[at].byteCount != 0)
             at = (at + 1) & (larger.size() - 1);
         larger[at] = std::move(entry);
     }

@@ -1,8 +1,9 @@
 #pragma once
 
-#include <odfmodel/core/string.h>
+#include "core/text_maker.h"
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -13,15 +14,22 @@ namespace ODF {
 /// bound, so that it can't be filled up.
 class ValuePool {
 public:
+    /// How well the values of one attribute repeat.
+    struct Usage {
+        std::uint32_t asked = 0;
+        std::uint32_t found = 0;
+    };
+
     ValuePool();
-    /// The string for a UTF-8 text.
-    CTulStringW get(std::string_view utf8);
+    /// The string for a UTF-8 text. Where the values of an attribute have proved to differ, a new string.
+    CTulStringW get(std::string_view utf8, Usage& usage);
 
 private:
     struct Entry {
-        std::uint64_t hash = 0;
-        CTulStringW value; ///< empty in a free place
-        std::uint32_t bytes = 0;
+        std::uint32_t hash = 0;
+        std::uint32_t byteCount = 0; ///< 0 in a free place
+        std::size_t firstByte = 0;   ///< in `bytes_`
+        CTulStringW value;
     };
     static constexpr std::size_t kMaxBytes = 48;
     static constexpr std::size_t kMaxEntries = 1U << 15;
@@ -31,6 +39,8 @@ private:
     const std::uint64_t seed_;
     std::vector<Entry> entries_; ///< open addressing, a power of two
     std::size_t used_ = 0;
+    std::string bytes_; ///< the values as they stand in the file, which is how they are compared
+    TextMaker texts_;
 };
 
 /// A start value for the hashes of one table, which who makes a file can't foresee: names or values that are

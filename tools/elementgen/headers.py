@@ -92,6 +92,7 @@ def class_declaration(element):
         lines += ["", *HANDWRITTEN[(name, operation)]]
     lines += ["", "protected:",
               "    const ClassDescriptor* Descriptor() const noexcept override;", "", "private:",
+              "    friend class ObjectAccess;",
               f"    explicit {name}(unsigned id);", "};", ""]
     return lines
 

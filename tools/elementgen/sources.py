@@ -112,11 +112,11 @@ def class_source(element, pool, maps, namespaces):
     body = ["", f"// {element.qname}",
             f"const ClassDescriptor tables::{name}{{", f'    "{name}", "{element.qname}", {u16(element.qname)}, '
             f"0x{element.id:08X}, {table},", f"    {by_name}, {write_order}, {children},",
-            f"    &{name}::Create, 0x{required_namespaces(element, namespaces):X}U, {len(attributes)}, "
-            f"{namespaces[names.prefix(element.qname)]}, "
+            f"    &ObjectAccess::make<ODF::{name}>, 0x{required_namespaces(element, namespaces):X}U, "
+            f"{len(attributes)}, {namespaces[names.prefix(element.qname)]}, "
             f"{cpp_bool(all(attribute.optional for attribute in attributes))}, "
             f"{cpp_bool(not element.in_no_map)}}};",
-            f"CSDObject* {name}::Create(unsigned id) {{", f"    return new {name}(id);", "}"]
+            f"CSDObject* {name}::Create(unsigned id) {{", f"    return ObjectAccess::make<{name}>(id, nullptr);", "}"]
     made = "{}" if element.base == "date" else "{\n    setFlag(kElement, true);\n}"
     body += [f"{name}::{name}(unsigned id) : {BASES[element.base]}(id) {made}"]
     body += [f"{name}::~{name}() {{", f"    ReleaseAttributes(tables::{name});", "}",
@@ -138,7 +138,8 @@ def family_source(family, maps, namespaces):
     bodies = []
     for element in family.elements:
         bodies += class_source(element, pool, maps, namespaces)
-    lines = [MADE_FROM.format(family.name + ".toml"), '#include "classes.h"', '#include "core/codecs.h"', "",
+    lines = [MADE_FROM.format(family.name + ".toml"), '#include "classes.h"', '#include "core/codecs.h"',
+             '#include "core/object_access.h"', "",
              "#include <odfmodel/elements/elements.h>", "", "namespace ODF {", "namespace {", *tables, "",
              "} // namespace", *bodies, "", "} // namespace ODF", ""]
     return "\n".join(lines)
@@ -179,7 +180,7 @@ def registry_source(model, maps, namespaces):
     for key, name in maps.items():
         stem = name.removeprefix("k")
         table = pool.array("ChildRow", f"kRowsOf{stem}", [
-            f'{{0x{ids[class_name]:08X}, {u16(qname)}, "{qname}", &{class_name}::Create, '
+            f'{{0x{ids[class_name]:08X}, {u16(qname)}, "{qname}", &tables::{class_name}, '
             f"{namespaces[names.prefix(qname)]}}}" for qname, class_name in key])
         by_name = pool.array("std::uint16_t", f"kNamesOf{stem}", sorted(range(len(key)), key=lambda i: key[i][0]))
         by_id = pool.array("std::uint16_t", f"kIdsOf{stem}", sorted(range(len(key)), key=lambda i: (ids[key[i][1]], i)))

@@ -5,6 +5,7 @@
 #include <odfmodel/export.h>
 
 #include <cstdint>
+#include <new>
 #include <string_view>
 #include <vector>
 
@@ -14,6 +15,7 @@ class CSDSerializer;
 class ISDPart;
 
 namespace ODF {
+class Arena;
 struct ClassDescriptor;
 class ObjectAccess;
 
@@ -97,6 +99,17 @@ public:
 
     /// Destroys `object` with everything below it; null is ignored.
     static void Delete(CSDObject* object);
+
+    /// @name Memory
+    /// Objects that a parse has made share blocks of memory, others come from the heap; `delete` knows.
+    /// @{
+    static void* operator new(std::size_t byteCount);
+    static void* operator new(std::size_t byteCount, std::align_val_t alignment);
+    static void* operator new(std::size_t, void* place) noexcept { return place; }
+    static void operator delete(void* place) noexcept;
+    static void operator delete(void* place, std::align_val_t alignment) noexcept;
+    static void operator delete(void*, void*) noexcept {}
+    /// @}
 
 protected:
     explicit CSDObject(unsigned id) noexcept : id_(id) {}

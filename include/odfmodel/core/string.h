@@ -5,6 +5,7 @@
 #include <compare>
 #include <concepts>
 #include <cstddef>
+#include <cstdint>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -36,6 +37,15 @@ ODFMODEL_API std::string ToUtf8(std::u16string_view utf16);
 inline std::string ToUtf8(const unsigned short* text) {
     return ToUtf8(ToView(text));
 }
+
+class TextMaker;
+
+/// Stands in front of the units of every buffer of a `CTulStringW`.
+struct StringHeader {
+    std::int32_t references; ///< strings that share the buffer; -2 marks the shared empty one
+    std::uint32_t length;    ///< units in use, without the terminator
+    std::uint32_t capacity;  ///< units that fit, without the terminator
+};
 
 } // namespace ODF
 
@@ -72,9 +82,9 @@ public:
     std::string utf8() const { return ODF::ToUtf8(view()); }
 
     /// Length in 16-bit units, without the terminator.
-    std::size_t GetLength() const noexcept;
+    std::size_t GetLength() const noexcept { return header().length; }
     /// Units that fit without a new buffer; 0 for the shared empty buffer.
-    std::size_t GetCapacity() const noexcept;
+    std::size_t GetCapacity() const noexcept { return header().capacity; }
     bool IsEmpty() const noexcept { return *units_ == 0; }
 
     void Clear() noexcept;
@@ -155,6 +165,11 @@ public:
     }
 
 private:
+    friend class ODF::TextMaker;
+
+    const ODF::StringHeader& header() const noexcept {
+        return reinterpret_cast<const ODF::StringHeader*>(units_)[-1];
+    }
     bool FormatList(std::u16string_view format, std::initializer_list<FormatArgument> arguments);
 
     unsigned short* units_;

@@ -1,5 +1,7 @@
 #include "serial/xml/name_table.h"
 
+#include <cstring>
+
 namespace ODF::xml {
 
 NameTable::NameTable() : places_(256) {
@@ -14,6 +16,7 @@ void NameTable::bind(std::string_view prefix, std::string_view uri) {
 bool NameTable::enterScope(const char** attributes) {
     const std::size_t before = bindings_.size();
     for (const char** at = attributes; *at; at += 2) {
+        if (**at != 'x') continue;
         const std::string_view qname(*at);
         if (isDeclaration(qname)) bind(qname.size() > 6 ? qname.substr(6) : std::string_view(), at[1]);
     }
@@ -37,13 +40,13 @@ std::vector<std::pair<std::string_view, std::string_view>> NameTable::scopeDecla
     return result;
 }
 
-const ResolvedName& NameTable::element(std::string_view qname) {
+const ResolvedName& NameTable::element(const char* qname) {
     Resolution& known = entry(qname).asElement;
     if (known.scope != scope_) known = {scope_, resolve(qname, true, false)};
     return *known.name;
 }
 
-const ResolvedName& NameTable::attribute(std::string_view qname, NamespaceIndex owner) {
+const ResolvedName& NameTable::attribute(const char* qname, NamespaceIndex owner) {
     Entry& names = entry(qname);
     const bool isMath = owner == kMathNamespace;
     Resolution& known = isMath ? names.asMathAttribute : names.asAttribute;
@@ -51,7 +54,17 @@ const ResolvedName& NameTable::attribute(std::string_view qname, NamespaceIndex 
     return *known.name;
 }
 
-NameTable::Entry& NameTable::entry(std::string_view qname) {
+NameTable::Entry& NameTable::entry(const char* qname) {
+    Entry* next = last_->next;
+    if (!next || std::strcmp(next->qname.c_str(), qname) != 0) {
+        next = &find(qname);
+        last_->next = next;
+    }
+    last_ = next;
+    return *next;
+}
+
+NameTable::Entry& NameTable::find(std::string_view qname) {
     for (;;) {
         std::size_t at = hash_(qname) & (places_.size() - 1);
         for (; places_[at] != 0; at = (at + 1) & (places_.size() - 1))

@@ -33,10 +33,13 @@ struct NameHash {
 };
 
 /// Names of one parse. Each distinct name of the file is resolved once in each scope of namespace
-/// declarations, and from then on costs one hash lookup.
+/// declarations, and from then on costs one hash lookup, or one comparison where it follows the name that it
+/// followed the last time: documents repeat the same few sequences of names.
 class NameTable {
 public:
     NameTable();
+    NameTable(const NameTable&) = delete;
+    NameTable& operator=(const NameTable&) = delete;
 
     /// Takes the declarations among a start tag's attributes; true when there are any, and `leaveScope` is
     /// due at the end tag.
@@ -45,9 +48,9 @@ public:
     /// Number of declarations that the present scope has itself, for the callbacks about prefixes.
     std::vector<std::pair<std::string_view, std::string_view>> scopeDeclarations() const;
 
-    const ResolvedName& element(std::string_view qname);
+    const ResolvedName& element(const char* qname);
     /// An attribute of an element of the namespace `owner`.
-    const ResolvedName& attribute(std::string_view qname, NamespaceIndex owner);
+    const ResolvedName& attribute(const char* qname, NamespaceIndex owner);
 
     static bool isDeclaration(std::string_view qname) noexcept {
         return qname.starts_with("xmlns") && (qname.size() == 5 || qname[5] == ':');
@@ -64,6 +67,7 @@ private:
         Resolution asElement;
         Resolution asAttribute;
         Resolution asMathAttribute;
+        Entry* next = nullptr; ///< what was asked for after it the last time
     };
     struct Binding {
         std::string prefix;
@@ -76,7 +80,8 @@ private:
     };
 
     void bind(std::string_view prefix, std::string_view uri);
-    Entry& entry(std::string_view qname);
+    Entry& entry(const char* qname);
+    Entry& find(std::string_view qname);
     const ResolvedName* resolve(std::string_view qname, bool isElement, bool isMath);
     const ResolvedName* canonical(NamespaceIndex nameSpace, std::string_view uri, std::string_view local,
                                   std::string_view qname);
@@ -89,6 +94,8 @@ private:
     /// Bindings of each prefix, the one in force last: a hostile file declares as many as it likes.
     std::unordered_map<std::string, std::vector<std::size_t>, NameHash, std::equal_to<>> byPrefix_;
     std::vector<Scope> scopes_;
+    Entry first_;           ///< stands before the first name
+    Entry* last_ = &first_; ///< the name asked for last
     std::uint32_t scope_ = 0;
     std::uint32_t nextScope_ = 1;
 };

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "core/arena.h"
 #include "core/object_access.h"
+#include "core/text_maker.h"
 #include "serial/xml/attribute_list.h"
 #include "serial/xml/expat_parser.h"
 #include "serial/xml/name_table.h"
@@ -17,6 +19,9 @@ namespace ODF::xml {
 class TreeBuilder final : public ParserEvents {
 public:
     TreeBuilder(CSDObject& root, const Limits& limits) : root_(root), limits_(limits) {}
+    TreeBuilder(const TreeBuilder&) = delete;
+    TreeBuilder& operator=(const TreeBuilder&) = delete;
+    ~TreeBuilder();
 
     void setParser(ExpatParser& parser) noexcept { parser_ = &parser; }
     /// What was met that no class lists, for the diagnostics.
@@ -29,31 +34,44 @@ public:
     void startElement(const char* name, const char** attributes) override;
     void endElement(const char* name) override;
     void characterData(std::string_view text) override;
-    /// Hands over the text that a parse was gathering when it ended at a fault.
+    /// Hands over what a parse was gathering when it ended at a fault.
     void finish();
 
 private:
+    static constexpr std::int32_t kNotLooked = -2;
+    static constexpr std::int32_t kUnknown = -1;
+
     /// What the parse has learnt about one class: its rows by the number of a name. Filled as names are met.
     struct ClassNames {
+        struct Child {
+            std::int32_t row = kNotLooked;
+            ClassNames* names = nullptr; ///< of the child's class
+        };
         const ClassDescriptor* table = nullptr;
-        std::vector<std::int32_t> childRows;
+        std::vector<Child> childRows;
         std::vector<std::int32_t> attributeRows;
+        std::vector<ValuePool::Usage> usage; ///< of the attributes, by their rows
         std::vector<std::pair<const ResolvedName*, std::size_t>> unknownAttributes;
     };
     struct Level {
         CSDObject* object;
         ClassNames* names; ///< null for an object without table
         bool hasScope;
+        Arena* arena;             ///< has room reserved for the object's attributes; null for the heap
+        std::size_t firstPending; ///< where its own children begin in `pending_`
     };
 
-    static constexpr std::int32_t kNotLooked = -2;
-    static constexpr std::int32_t kUnknown = -1;
-
     void flushText();
-    CSDObject* createChild(const Level& parent, const ResolvedName& name);
-    void readAttributes(CSDObject& object, ClassNames* names, const ResolvedName& element,
-                        const char** attributes);
-    ClassNames* namesOf(const CSDObject& object);
+    bool createChild(Level& child, const ResolvedName& name, const char** attributes);
+    void readAttributes(const Level& level, const ResolvedName& element, const char** attributes);
+    ClassNames& namesOf(const ClassDescriptor& table);
+    void addTextRun(std::u16string_view text);
+    /// Makes an object that becomes the next child of the open one, and tells the arena that has `byteCount`
+    /// more reserved for what belongs to it; null for the heap.
+    CSDObject* makeChild(CSDObject* (*make)(unsigned, Arena*), unsigned id, std::size_t byteCount,
+                         Arena*& arena);
+    /// Gives every open object the children it has so far: before anything of a caller's own is called.
+    void settle();
 
     CSDObject& root_;
     Limits limits_;
@@ -62,10 +80,15 @@ private:
     ValuePool pool_;
     std::unordered_map<const ClassDescriptor*, ClassNames> classes_;
     std::vector<Level> open_;
+    /// Children of the open objects that aren't in their lists yet. An object gets its list in one piece at
+    /// its end tag, so that no list grows step by step.
+    std::vector<CSDObject*> pending_;
+    Arena arena_;
     std::string rootName_;
     bool hasMatchedRoot_ = false;
     unsigned skipDepth_ = 0; ///< open elements below, and with, an unknown one
     std::string text_;
+    TextMaker texts_;
     std::u16string units_;
     std::vector<ReadValue> values_;
     ReadAttributeList list_;
