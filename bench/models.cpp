@@ -10,6 +10,8 @@
 #include <pugixml.hpp>
 
 #include <algorithm>
+#include <fstream>
+#include <unistd.h>
 
 namespace bench {
 namespace {
@@ -124,6 +126,16 @@ bool ExpatModel::build(const std::string& xml) {
 std::size_t AllocatedBytes() {
     const struct mallinfo2 info = mallinfo2();
     return info.uordblks + info.hblkhd;
+}
+
+std::size_t ResidentBytes() {
+    // In pages: the whole, what of it lies in memory, and what of that stands for files.
+    std::ifstream statm("/proc/self/statm");
+    std::size_t size = 0;
+    std::size_t resident = 0;
+    std::size_t shared = 0;
+    statm >> size >> resident >> shared;
+    return (resident - shared) * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
 void ReturnFreeMemory() {

@@ -94,8 +94,10 @@ private:
     std::size_t attributes_ = 0;
 };
 
-/// Bytes of memory in use, with the allocator's own overhead.
+/// Bytes of the heap in use, with the allocator's own overhead.
 std::size_t AllocatedBytes();
+/// Bytes of memory that the process occupies, files apart: what a tree costs, however it got them.
+std::size_t ResidentBytes();
 /// Gives free memory back to the system, so that each build pays for its pages as in a fresh process.
 void ReturnFreeMemory();
 

@@ -18,13 +18,13 @@ void Build(benchmark::State& state, const Sample& sample) {
     for ([[maybe_unused]] auto unused : state) {
         state.PauseTiming();
         ReturnFreeMemory();
-        const std::size_t before = AllocatedBytes();
+        const std::size_t before = ResidentBytes();
         Model model;
         model.prepare(sample.xml);
         state.ResumeTiming();
         if (!model.build(sample.xml)) state.SkipWithError("not parsed");
         state.PauseTiming();
-        bytes = AllocatedBytes() - before;
+        bytes = ResidentBytes() - before;
         model.clear();
         state.ResumeTiming();
     }
