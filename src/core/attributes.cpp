@@ -53,6 +53,17 @@ std::uint64_t ParseValue(const AttributeRow& row, View text) noexcept {
     return 0;
 }
 
+/// Few values, often in order already, and the order of equal rows has to stay.
+void SortByRow(std::span<ReadValue> values) noexcept {
+    for (std::size_t i = 1; i < values.size(); ++i) {
+        const ReadValue value = values[i];
+        std::size_t at = i;
+        for (; at > 0 && values[at - 1].row > value.row; --at)
+            values[at] = values[at - 1];
+        values[at] = value;
+    }
+}
+
 bool StaysAbsent(const AttributeRow& row, char first) noexcept {
     return row.has(AttributeRow::kNonNegative) && first == '-';
 }
@@ -107,9 +118,7 @@ void ObjectAccess::readAttributes(CSDObject& object, const ClassDescriptor& tabl
     // Nearly always the object is new, so its block is made once and filled in order.
     constexpr std::size_t kMaxAtOnce = 256;
     if (!object.slots_ && count <= kMaxAtOnce) {
-        const auto byRow = [](const ReadValue& a, const ReadValue& b) { return a.row < b.row; };
-        if (!std::is_sorted(values.begin(), values.end(), byRow))
-            std::stable_sort(values.begin(), values.end(), byRow);
+        SortByRow(values);
         std::uint16_t rows[kMaxAtOnce];
         std::uint16_t distinct = 0;
         for (const ReadValue& value : values)
