@@ -4,6 +4,7 @@
 
 #include <utf8/unchecked.h>
 
+#include <bit>
 #include <cstring>
 #include <iterator>
 #include <utf8.h>
@@ -20,10 +21,21 @@ std::uint64_t Block(const char* at) noexcept {
     return block;
 }
 
-/// One instruction or two, once the compiler has seen through it.
+/// One instruction or two, once the compiler has seen that neither side lies in the other.
 void WidenBlock(const char* at, char16_t* out) noexcept {
+    unsigned char bytes[kStep];
+    char16_t units[kStep];
+    std::memcpy(bytes, at, sizeof bytes);
     for (std::size_t i = 0; i < kStep; ++i)
-        out[i] = static_cast<unsigned char>(at[i]);
+        units[i] = bytes[i];
+    std::memcpy(out, units, sizeof units);
+}
+
+/// Bytes in front of the first that is above 0x7F.
+std::size_t LeadingAscii(std::uint64_t highBits) noexcept {
+    return static_cast<std::size_t>(std::endian::native == std::endian::little ? std::countr_zero(highBits)
+                                                                               : std::countl_zero(highBits)) /
+           8;
 }
 
 constexpr std::uint64_t kHighBits = 0x8080808080808080ULL;
@@ -63,11 +75,15 @@ std::size_t DecodeUtf8(std::string_view utf8, char16_t* out) noexcept {
     const char* const end = at + utf8.size();
     char16_t* const begin = out;
     while (at != end) {
-        // Most text is ASCII, so eight bytes at a time are tested and widened.
-        while (static_cast<std::size_t>(end - at) >= kStep && (Block(at) & kHighBits) == 0) {
+        // Most text is ASCII, so eight bytes at a time are tested and widened, and of the last block what
+        // comes before the first other byte; the units behind it are written over.
+        while (static_cast<std::size_t>(end - at) >= kStep) {
+            const std::uint64_t high = Block(at) & kHighBits;
+            const std::size_t count = high == 0 ? kStep : LeadingAscii(high);
             WidenBlock(at, out);
-            at += kStep;
-            out += kStep;
+            at += count;
+            out += count;
+            if (high != 0) break;
         }
         if (at == end) break;
         if (static_cast<unsigned char>(*at) < 0x80) {
