@@ -49,14 +49,13 @@ Arena::~Arena() {
     closeRegion();
 }
 
-bool Arena::reserve(std::size_t byteCount) {
+bool Arena::reserve(std::size_t byteCount) noexcept {
     if (!kIsUsed || byteCount > kMaxAtOnce) return false;
     if (few_ < kFewObjects) {
         ++few_;
         return false;
     }
-    if (static_cast<std::size_t>(end_ - at_) < byteCount) openBlock();
-    return true;
+    return static_cast<std::size_t>(end_ - at_) >= byteCount || openBlock();
 }
 
 void* Arena::object(std::size_t byteCount) noexcept {
@@ -69,7 +68,7 @@ void Arena::release(void* object) noexcept {
     reinterpret_cast<Block*>(place & ~(kBlock - 1))->drop(1);
 }
 
-void Arena::openBlock() {
+bool Arena::openBlock() noexcept {
     closeBlock();
     if (!region_ || opened_ * kBlock == regionBytes_) {
         closeRegion();
@@ -77,7 +76,7 @@ void Arena::openBlock() {
         // survivor holds on to.
         const std::size_t byteCount = std::clamp(regionBytes_ * 2, kBlock, kMaxRegion);
         auto* const pages = static_cast<char*>(platform::MapPages(byteCount, kBlock));
-        if (!pages) throw std::bad_alloc();
+        if (!pages) return false;
         region_ = new (pages + sizeof(Block)) Region{{byteCount / kBlock}, byteCount};
         regionBytes_ = byteCount;
         opened_ = 0;
@@ -87,6 +86,7 @@ void Arena::openBlock() {
     at_ = start + sizeof(Block) + (opened_ == 0 ? sizeof(Region) : 0) + 8;
     end_ = start + kBlock;
     ++opened_;
+    return true;
 }
 
 void Arena::closeBlock() noexcept {

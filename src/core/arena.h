@@ -23,9 +23,9 @@ public:
     ~Arena();
 
     /// Room for an object and what belongs to it: the next `object` and the `attach` calls behind it, of
-    /// `byteCount` bytes together, come from one block. Throws std::bad_alloc. False when all that should
-    /// come from the heap: the first few objects, or something too large for a block.
-    bool reserve(std::size_t byteCount);
+    /// `byteCount` bytes together, come from one block. False when all that has to come from the heap: the
+    /// first few objects, something too large for a block, or when the system gives no more pages.
+    bool reserve(std::size_t byteCount) noexcept;
     /// Place for one object, to be given back by `release`. Only after `reserve`.
     void* object(std::size_t byteCount) noexcept;
     /// Place for what goes with the object made last and is never given back itself. Only after `reserve`.
@@ -48,17 +48,21 @@ private:
 
     // The heap has to keep to multiples of 16; and a tool that watches each object needs each on its own.
 #if defined(__SANITIZE_ADDRESS__)
-    static constexpr bool kIsUsed = false;
+    static constexpr bool kIsWatched = true;
+#elif defined(__has_feature)
+    static constexpr bool kIsWatched = __has_feature(address_sanitizer);
 #else
-    static constexpr bool kIsUsed = sizeof(void*) == 8 && __STDCPP_DEFAULT_NEW_ALIGNMENT__ >= 16;
+    static constexpr bool kIsWatched = false;
 #endif
+    static constexpr bool kIsUsed =
+        !kIsWatched && sizeof(void*) == 8 && __STDCPP_DEFAULT_NEW_ALIGNMENT__ >= 16;
 
     void* take(std::size_t byteCount) noexcept {
         char* const place = at_;
         at_ += rounded(byteCount);
         return place;
     }
-    void openBlock();
+    bool openBlock() noexcept;
     void closeBlock() noexcept;
     void closeRegion() noexcept;
 
