@@ -3,12 +3,22 @@
 #include "check/values.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace command {
 namespace {
 
 bool IsBlank(std::string_view text) {
     return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
+
+std::string Join(const std::vector<std::string>& pieces, std::string_view between) {
+    std::string result;
+    for (const std::string& piece : pieces) {
+        if (&piece != &pieces.front()) result += between;
+        result += piece;
+    }
+    return result;
 }
 
 class Comparison {
@@ -32,9 +42,8 @@ private:
         const ClassView* view; ///< null for a class that isn't known
         std::string before;    ///< character content since the last child
         std::string after;
-        std::string differentBefore; ///< the stretches that differ, joined
-        std::string differentAfter;
-        bool differs = false;
+        std::vector<std::string> differentBefore; ///< the stretches that differ
+        std::vector<std::string> differentAfter;
     };
 
     bool step() {
@@ -96,7 +105,7 @@ private:
             view = levels_.back().view ? classes_.child(*levels_.back().view, *a.name) : nullptr;
         }
         compareAttributes(a, b, view);
-        levels_.push_back({a.name, view, {}, {}, {}, {}, false});
+        levels_.push_back({a.name, view, {}, {}, {}, {}});
     }
 
     void compareAttributes(const XmlEvent& a, const XmlEvent& b, const ClassView* view) {
@@ -171,9 +180,8 @@ private:
         const bool isLayout =
             level.after.empty() && IsBlank(level.before) && level.view && !level.view->keepsText;
         if (level.before != level.after && !isLayout) {
-            level.differentBefore += level.before;
-            level.differentAfter += level.after;
-            level.differs = true;
+            level.differentBefore.push_back(level.before);
+            level.differentAfter.push_back(level.after);
         }
         level.before.clear();
         level.after.clear();
@@ -182,13 +190,17 @@ private:
     void finishText() {
         Level& level = levels_.back();
         settleText(level);
-        if (!level.differs) return;
-        const std::string& was = level.differentBefore;
-        const std::string& is = level.differentAfter;
+        if (level.differentBefore.empty()) return;
+        const std::string was = Join(level.differentBefore, "");
+        const std::string is = Join(level.differentAfter, "");
+        if (was == is) {
+            constexpr std::string_view kChild = "<>";
+            findings_.add(FindingKind::TextMoved, *level.name,
+                          Change(Join(level.differentBefore, kChild), Join(level.differentAfter, kChild)));
+            return;
+        }
         FindingKind kind = FindingKind::TextChanged;
-        if (was == is)
-            kind = FindingKind::TextMoved;
-        else if (level.view && level.view->isDate)
+        if (level.view && level.view->isDate)
             kind = CompareDates(was, is);
         else if (is.empty())
             kind = FindingKind::TextDropped;
