@@ -2,6 +2,7 @@
 
 #include "platform/clock.h"
 #include "platform/environment.h"
+#include "serial/zip/custom_source.h"
 
 #include <odfmodel/core/date_time.h>
 
@@ -23,63 +24,41 @@ DosTime FromSystemTime(const SYSTEMTIME& when) noexcept {
 }
 
 /// Shows one packed member to libzip.
-class PackedSource {
+class PackedSource final : public CustomSource {
 public:
-    PackedSource(const Spool& spool, const PackedMember& member) noexcept : spool_(spool), member_(member) {
-        zip_error_init(&error_);
-    }
-    PackedSource(const PackedSource&) = delete;
-    PackedSource& operator=(const PackedSource&) = delete;
-    ~PackedSource() { zip_error_fini(&error_); }
-
-    static zip_int64_t call(void* self, void* data, zip_uint64_t length, zip_source_cmd_t command) {
-        return static_cast<PackedSource*>(self)->handle(data, length, command);
-    }
+    PackedSource(const Spool& spool, const PackedMember& member) noexcept : spool_(spool), member_(member) {}
 
 private:
-    zip_int64_t handle(void* data, zip_uint64_t length, zip_source_cmd_t command) {
+    void describe(zip_stat_t& status) const override {
+        status.valid = ZIP_STAT_SIZE | ZIP_STAT_COMP_SIZE | ZIP_STAT_COMP_METHOD | ZIP_STAT_CRC;
+        status.size = member_.size;
+        status.comp_size = member_.packedSize;
+        status.comp_method = member_.method;
+        status.crc = member_.crc;
+    }
+
+    zip_int64_t answer(void* data, zip_uint64_t length, zip_source_cmd_t command) override {
         switch (command) {
         case ZIP_SOURCE_OPEN:
             done_ = 0;
             return 0;
         case ZIP_SOURCE_READ: {
             const std::uint64_t count = std::min<std::uint64_t>(length, member_.packedSize - done_);
-            if (!spool_.read(member_.offset + done_, {static_cast<unsigned char*>(data), count})) {
-                zip_error_set(&error_, ZIP_ER_READ, 0);
-                return -1;
-            }
+            if (!spool_.read(member_.offset + done_, {static_cast<unsigned char*>(data), count}))
+                return fail(ZIP_ER_READ);
             done_ += count;
             return static_cast<zip_int64_t>(count);
         }
-        case ZIP_SOURCE_CLOSE:
-            return 0;
-        case ZIP_SOURCE_STAT: {
-            auto* const status = static_cast<zip_stat_t*>(data);
-            zip_stat_init(status);
-            status->valid = ZIP_STAT_SIZE | ZIP_STAT_COMP_SIZE | ZIP_STAT_COMP_METHOD | ZIP_STAT_CRC;
-            status->size = member_.size;
-            status->comp_size = member_.packedSize;
-            status->comp_method = member_.method;
-            status->crc = member_.crc;
-            return sizeof(zip_stat_t);
-        }
-        case ZIP_SOURCE_ERROR:
-            return zip_error_to_data(&error_, data, length);
         case ZIP_SOURCE_SUPPORTS:
             return ZIP_SOURCE_SUPPORTS_READABLE;
-        case ZIP_SOURCE_FREE:
-            delete this;
-            return 0; // libzip's way to give up ownership
         default:
-            zip_error_set(&error_, ZIP_ER_OPNOTSUPP, 0);
-            return -1;
+            return unsupported();
         }
     }
 
     const Spool& spool_;
     const PackedMember& member_;
     std::uint64_t done_ = 0;
-    zip_error_t error_{};
 };
 
 } // namespace
@@ -98,10 +77,8 @@ DosTime PresentDosTime() {
 }
 
 bool AddPacked(zip_t* archive, const Spool& spool, const PackedMember& member) {
-    auto source = std::make_unique<PackedSource>(spool, member);
-    zip_source_t* const made = zip_source_function_create(PackedSource::call, source.get(), nullptr);
+    zip_source_t* const made = CustomSource::handOver(std::make_unique<PackedSource>(spool, member), nullptr);
     if (!made) return false;
-    source.release(); // NOLINT(bugprone-unused-return-value): libzip owns it now
     const zip_int64_t index = zip_file_add(archive, member.name.c_str(), made, ZIP_FL_ENC_UTF_8);
     if (index < 0) {
         zip_source_free(made);

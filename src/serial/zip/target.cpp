@@ -1,5 +1,7 @@
 #include "serial/zip/target.h"
 
+#include "serial/zip/custom_source.h"
+
 #include <algorithm>
 #include <cerrno>
 
@@ -69,36 +71,22 @@ private:
 
 /// libzip's calls, turned into few and large writes: it writes member by member, in small pieces, and goes
 /// back to each member's header when the member is done.
-class TargetSource {
+class TargetSource final : public CustomSource {
 public:
     TargetSource(Target& target, std::uint64_t& size) : target_(target), size_(size) {
         window_.reserve(kLargestWindow); // no call from libzip may throw
-        zip_error_init(&error_);
-    }
-    TargetSource(const TargetSource&) = delete;
-    TargetSource& operator=(const TargetSource&) = delete;
-    ~TargetSource() { zip_error_fini(&error_); }
-
-    static zip_int64_t call(void* self, void* data, zip_uint64_t length, zip_source_cmd_t command) {
-        return static_cast<TargetSource*>(self)->handle(data, length, command);
     }
 
 private:
-    zip_int64_t handle(void* data, zip_uint64_t length, zip_source_cmd_t command) {
+    void describe(zip_stat_t& status) const override {
+        status.valid = ZIP_STAT_SIZE;
+        status.size = 0;
+    }
+
+    zip_int64_t answer(void* data, zip_uint64_t length, zip_source_cmd_t command) override {
         switch (command) {
         case ZIP_SOURCE_OPEN:
         case ZIP_SOURCE_READ: // the archive is new: there is nothing to read
-        case ZIP_SOURCE_CLOSE:
-            return 0;
-        case ZIP_SOURCE_STAT: {
-            auto* const status = static_cast<zip_stat_t*>(data);
-            zip_stat_init(status);
-            status->valid = ZIP_STAT_SIZE;
-            status->size = 0;
-            return sizeof(zip_stat_t);
-        }
-        case ZIP_SOURCE_ERROR:
-            return zip_error_to_data(&error_, data, length);
         case ZIP_SOURCE_SEEK:
         case ZIP_SOURCE_TELL:
             return 0;
@@ -108,35 +96,24 @@ private:
             return 0;
         case ZIP_SOURCE_WRITE:
             return write({static_cast<const unsigned char*>(data), static_cast<std::size_t>(length)});
-        case ZIP_SOURCE_SEEK_WRITE: {
-            const zip_int64_t to = zip_source_seek_compute_offset(position_, size_, data, length, &error_);
-            if (to < 0) return -1;
-            position_ = static_cast<std::uint64_t>(to);
-            return 0;
-        }
+        case ZIP_SOURCE_SEEK_WRITE:
+            return seek(position_, size_, data, length) ? 0 : -1;
         case ZIP_SOURCE_TELL_WRITE:
             return static_cast<zip_int64_t>(position_);
         case ZIP_SOURCE_COMMIT_WRITE:
-            return flush() ? 0 : fail();
+            return flush() ? 0 : notWritten();
         case ZIP_SOURCE_ROLLBACK_WRITE:
         case ZIP_SOURCE_REMOVE:
             window_.clear();
             return 0;
         case ZIP_SOURCE_SUPPORTS:
             return ZIP_SOURCE_SUPPORTS_WRITABLE;
-        case ZIP_SOURCE_FREE:
-            delete this;
-            return 0; // libzip's way to give up ownership
         default:
-            zip_error_set(&error_, ZIP_ER_OPNOTSUPP, 0);
-            return -1;
+            return unsupported();
         }
     }
 
-    zip_int64_t fail() {
-        zip_error_set(&error_, ZIP_ER_WRITE, errno);
-        return -1;
-    }
+    zip_int64_t notWritten() { return fail(ZIP_ER_WRITE, errno); }
 
     bool flush() {
         const bool isWritten = window_.empty() || target_.writeAt(windowStart_, window_);
@@ -147,11 +124,11 @@ private:
     zip_int64_t write(std::span<const unsigned char> bytes) {
         const bool touches = position_ >= windowStart_ && position_ <= windowStart_ + window_.size();
         if (!touches || position_ - windowStart_ + bytes.size() > kLargestWindow) {
-            if (!flush()) return fail();
+            if (!flush()) return notWritten();
             windowStart_ = position_;
         }
         if (bytes.size() > kLargestWindow) {
-            if (!target_.writeAt(position_, bytes)) return fail();
+            if (!target_.writeAt(position_, bytes)) return notWritten();
             windowStart_ += bytes.size();
         } else {
             const auto offset = static_cast<std::size_t>(position_ - windowStart_);
@@ -170,7 +147,6 @@ private:
     std::uint64_t position_ = 0;
     std::vector<unsigned char> window_; ///< not yet written, from `windowStart_` on
     std::uint64_t windowStart_ = 0;
-    zip_error_t error_{};
 };
 
 template<typename FromPath>
@@ -196,10 +172,7 @@ std::unique_ptr<Target> MakeMappingTarget(void* mapping, std::size_t capacity) {
 }
 
 zip_source_t* MakeTargetSource(Target& target, std::uint64_t& size, zip_error_t* error) {
-    auto source = std::make_unique<TargetSource>(target, size);
-    zip_source_t* const made = zip_source_function_create(TargetSource::call, source.get(), error);
-    if (made) source.release(); // NOLINT(bugprone-unused-return-value): libzip owns it now
-    return made;
+    return CustomSource::handOver(std::make_unique<TargetSource>(target, size), error);
 }
 
 } // namespace ODF::archive
