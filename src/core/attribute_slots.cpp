@@ -1,5 +1,6 @@
 #include "core/attribute_slots.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <new>
 
@@ -21,16 +22,16 @@ unsigned Count(const std::uint64_t* block, unsigned words) noexcept {
 std::uint64_t* AttributeSlots::require(std::uint64_t*& block, unsigned words, unsigned row) {
     if (std::uint64_t* const slot = find(block, words, row)) return slot;
     const unsigned count = block ? Count(block, words) : 0;
+    const unsigned at = block ? rank(block, row) : 0;
     const bool isAttached = block && Arena::owns(block);
     auto* const grown = static_cast<std::uint64_t*>(
         std::realloc(isAttached ? nullptr : block, (words + count + 1U) * sizeof(std::uint64_t)));
     if (!grown) throw std::bad_alloc();
     if (isAttached)
-        std::memcpy(grown, block, (words + count) * sizeof(std::uint64_t));
+        std::copy_n(block, words + count, grown);
     else if (!block)
-        std::memset(grown, 0, words * sizeof(std::uint64_t));
+        std::fill_n(grown, words, 0);
     block = grown;
-    const unsigned at = rank(block, row);
     std::uint64_t* const slot = block + words + at;
     std::memmove(slot + 1, slot, (count - at) * sizeof(std::uint64_t));
     *slot = 0;
