@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <thread>
 #include <vector>
 
@@ -50,59 +49,50 @@ TEST(String, AllEmptyStringsShareOneBuffer) {
 
 struct Change {
     const char* name;
-    std::function<void(CTulStringW&)> apply;
+    void (*apply)(CTulStringW&);
     const char* result;
     bool keepsBuffer; ///< of a string that owns its buffer alone
 };
 
-const std::vector<Change>& Changes() {
-    static const std::vector<Change> changes = {
-        {"append a text", [](CTulStringW& s) { s.Append(u"de"); }, "abcde", true},
-        {"append beyond the capacity", [](CTulStringW& s) { s.Append(u"defgh"); }, "abcdefgh", false},
-        {"append a unit", [](CTulStringW& s) { s += static_cast<unsigned short>(u'd'); }, "abcd", true},
-        {"append nothing", [](CTulStringW& s) { s.Append(u""); }, "abc", true},
-        {"append itself", [](CTulStringW& s) { s += s; }, "abcabc", true},
-        {"append its own units", [](CTulStringW& s) { s.Append(s.view().substr(1)); }, "abcbc", true},
-        {"append up to a 0 unit", [](CTulStringW& s) { s.Append(ToUnits(u"d\0e"), 3); }, "abcd", true},
-        {"assign", [](CTulStringW& s) { s.Assign(u"xy"); }, "xy", true},
-        {"assign its own tail", [](CTulStringW& s) { s.Assign(s.view().substr(1)); }, "bc", true},
-        {"assign up to a 0 unit", [](CTulStringW& s) { s.Assign(ToUnits(u"x\0y"), 3); }, "x", true},
-        {"assign itself", [](CTulStringW& s) { s = *&s; }, "abc", true},
-        {"assign a text with a length", [](CTulStringW& s) { s.Assign(ToUnits(u"xyz"), 2); }, "xy", true},
-        {"assign a null text", [](CTulStringW& s) { s.Assign(kNoUnits, 5); }, "", false},
-        {"assign units", [](CTulStringW& s) { s = ToUnits(u"q"); }, "q", true},
-        {"replace a unit", [](CTulStringW& s) { s.Replace(u'b', u'-'); }, "a-c", true},
-        {"replace no unit", [](CTulStringW& s) { s.Replace(u'x', u'-'); }, "abc", true},
-        {"replace a unit by 0", [](CTulStringW& s) { s.Replace(u'b', u'\0'); }, "abc", true},
-        {"replace itself", [](CTulStringW& s) { s.Replace(s, u"xx"); }, "xx", true},
-        {"replace by itself", [](CTulStringW& s) { s.Replace(u"b", s); }, "aabcc", true},
-        {"format over itself", [](CTulStringW& s) { s.Format(u"%s+%s", s, s); }, "abc+abc", true},
-    };
-    return changes;
-}
+const Change kChanges[] = {
+    {"append a text", [](CTulStringW& s) { s.Append(u"de"); }, "abcde", true},
+    {"append beyond the capacity", [](CTulStringW& s) { s.Append(u"defgh"); }, "abcdefgh", false},
+    {"append a unit", [](CTulStringW& s) { s += static_cast<unsigned short>(u'd'); }, "abcd", true},
+    {"append nothing", [](CTulStringW& s) { s.Append(u""); }, "abc", true},
+    {"append itself", [](CTulStringW& s) { s += s; }, "abcabc", true},
+    {"append its own units", [](CTulStringW& s) { s.Append(s.view().substr(1)); }, "abcbc", true},
+    {"append up to a 0 unit", [](CTulStringW& s) { s.Append(ToUnits(u"d\0e"), 3); }, "abcd", true},
+    {"assign", [](CTulStringW& s) { s.Assign(u"xy"); }, "xy", true},
+    {"assign its own tail", [](CTulStringW& s) { s.Assign(s.view().substr(1)); }, "bc", true},
+    {"assign up to a 0 unit", [](CTulStringW& s) { s.Assign(ToUnits(u"x\0y"), 3); }, "x", true},
+    {"assign itself", [](CTulStringW& s) { s = *&s; }, "abc", true},
+    {"assign a text with a length", [](CTulStringW& s) { s.Assign(ToUnits(u"xyz"), 2); }, "xy", true},
+    {"assign a null text", [](CTulStringW& s) { s.Assign(kNoUnits, 5); }, "", false},
+    {"assign units", [](CTulStringW& s) { s = ToUnits(u"q"); }, "q", true},
+    {"replace a unit", [](CTulStringW& s) { s.Replace(u'b', u'-'); }, "a-c", true},
+    {"replace no unit", [](CTulStringW& s) { s.Replace(u'x', u'-'); }, "abc", true},
+    {"replace a unit by 0", [](CTulStringW& s) { s.Replace(u'b', u'\0'); }, "abc", true},
+    {"replace itself", [](CTulStringW& s) { s.Replace(s, u"xx"); }, "xx", true},
+    {"replace by itself", [](CTulStringW& s) { s.Replace(u"b", s); }, "aabcc", true},
+    {"format over itself", [](CTulStringW& s) { s.Format(u"%s+%s", s, s); }, "abc+abc", true},
+};
 
 TEST(String, ACopySharesTheBufferUntilEitherChanges) {
-    for (const Change& change : Changes()) {
+    for (const Change& change : kChanges) {
         SCOPED_TRACE(change.name);
-        const CTulStringW source(u"abc");
+        CTulStringW source(u"abc");
         CTulStringW copy(source);
-        EXPECT_EQ(copy.c_str(), source.c_str());
+        const unsigned short* const before = source.c_str();
+        EXPECT_EQ(copy.c_str(), before);
         change.apply(copy);
         EXPECT_EQ(copy, change.result);
         EXPECT_EQ(source, "abc");
-        EXPECT_EQ(copy.c_str() == source.c_str(), copy == source);
-    }
-}
-
-TEST(String, APrivateBufferIsChangedInPlaceWhileItSuffices) {
-    for (const Change& change : Changes()) {
-        SCOPED_TRACE(change.name);
-        CTulStringW text(u"abc");
-        const unsigned short* const before = text.c_str();
-        change.apply(text);
-        EXPECT_EQ(text, change.result);
-        EXPECT_EQ(text.c_str() == before, change.keepsBuffer);
-        EXPECT_EQ(text.c_str()[text.GetLength()], 0);
+        EXPECT_EQ(copy.c_str() == before, copy == source);
+        copy.Clear();
+        change.apply(source); // in place while the buffer suffices
+        EXPECT_EQ(source, change.result);
+        EXPECT_EQ(source.c_str() == before, change.keepsBuffer);
+        EXPECT_EQ(source.c_str()[source.GetLength()], 0);
     }
 }
 
@@ -133,13 +123,11 @@ TEST(String, ReplacesSubstringsFromLeftToRight) {
 
 TEST(String, PrefixSuffixAndMiddle) {
     const CTulStringW text(u"abcdef");
-    EXPECT_EQ(text.Left(2), "ab");
-    EXPECT_EQ(text.Right(2), "ef");
-    EXPECT_EQ(text.Mid(2), "cdef");
-    EXPECT_EQ(text.Mid(2, 2), "cd");
-    EXPECT_EQ(text.Mid(4, 99), "ef");
-    EXPECT_EQ(text.Mid(99), "");
-    EXPECT_EQ(text.Left(0), "");
+    const std::pair<CTulStringW, const char*> kRows[] = {
+        {text.Left(2), "ab"},    {text.Right(2), "ef"}, {text.Mid(2), "cdef"}, {text.Mid(2, 2), "cd"},
+        {text.Mid(4, 99), "ef"}, {text.Mid(99), ""},    {text.Left(0), ""}};
+    for (const auto& [piece, expected] : kRows)
+        EXPECT_EQ(piece, expected);
     EXPECT_EQ(text.Left(6).c_str(), text.c_str()) << "the whole is a shared copy";
     EXPECT_EQ(text.Right(99).c_str(), text.c_str());
 }
@@ -179,50 +167,40 @@ TEST(String, ComparesUnitsAsNumbers) {
     EXPECT_NE(CTulStringW(u"a"), std::u16string(u"A"));
 }
 
-struct Encoded {
-    std::string_view utf8;
-    std::u16string_view utf16;
-};
-
 TEST(String, TranslatesUtf8) {
     using namespace std::string_view_literals;
-    constexpr char16_t kHigh[] = {u'a', 0xD83D, u'b', 0};
-    constexpr char16_t kLow[] = {u'a', 0xDE00, 0};
-    constexpr char16_t kSwapped[] = {0xDE00, 0xD83D, 0};
-    const Encoded both[] = {{"", u""},
-                            {"plain ascii, longer than eight bytes", u"plain ascii, longer than eight bytes"},
-                            {"\xC3\xA4", u"\u00E4"},
-                            {"12345678\xE2\x82\xAC", u"12345678\u20AC"},
-                            {"\xEF\xBF\xBF", u"\uFFFF"},
-                            {"\xF0\x9F\x98\x80z", u"\U0001F600z"},
-                            {"\xF4\x8F\xBF\xBF", u"\U0010FFFF"},
-                            {"a\0b"sv, u"a\0b"sv}};
-    for (const Encoded& row : both) {
-        EXPECT_EQ(ODF::ToUtf16(row.utf8), row.utf16);
-        EXPECT_EQ(ODF::ToUtf8(row.utf16), row.utf8);
+    const std::pair<std::string_view, std::u16string_view> kRows[] = {
+        {"", u""},
+        {"plain ascii, longer than eight bytes", u"plain ascii, longer than eight bytes"},
+        {"\xC3\xA4", u"\u00E4"},
+        {"12345678\xE2\x82\xAC", u"12345678\u20AC"},
+        {"\xEF\xBF\xBF", u"\uFFFF"},
+        {"\xF0\x9F\x98\x80z", u"\U0001F600z"},
+        {"\xF4\x8F\xBF\xBF", u"\U0010FFFF"},
+        {"a\0b"sv, u"a\0b"sv},
+        // Broken, each fault one character that is none.
+        {"\x80", u"\uFFFD"},
+        {"a\xFFz", u"a\uFFFDz"},
+        {"\xC3", u"\uFFFD"},
+        {"\xC3(", u"\uFFFD("},
+        {"\xE2\x82", u"\uFFFD"},
+        {"\xE2\x82z", u"\uFFFDz"},
+        {"\xF0\x9F\x98", u"\uFFFD"},
+        {"\xC0\x80", u"\uFFFD"},
+        {"\xED\xA0\x80", u"\uFFFD"},
+        {"\xF4\x90\x80\x80", u"\uFFFD"},
+        {"1234567\xC3--", u"1234567\uFFFD--"}};
+    for (const auto& [utf8, utf16] : kRows) {
+        EXPECT_EQ(ODF::ToUtf16(utf8), utf16);
+        const bool isWhole = utf16.find(u'\uFFFD') == std::u16string_view::npos;
+        EXPECT_EQ(ODF::ToUtf8(utf16) == utf8, isWhole) << utf8;
+        if (utf8.find('\0') == std::string_view::npos) {
+            EXPECT_EQ(CTulStringW(utf8).view(), utf16);
+        }
     }
-    const Encoded broken[] = {{"\x80", u"\uFFFD"},
-                              {"a\xFFz", u"a\uFFFDz"},
-                              {"\xC3", u"\uFFFD"},
-                              {"\xC3(", u"\uFFFD("},
-                              {"\xE2\x82", u"\uFFFD"},
-                              {"\xE2\x82z", u"\uFFFDz"},
-                              {"\xF0\x9F\x98", u"\uFFFD"},
-                              {"\xC0\x80", u"\uFFFD"},
-                              {"\xED\xA0\x80", u"\uFFFD"},
-                              {"\xF4\x90\x80\x80", u"\uFFFD"},
-                              {"1234567\xC3"
-                               "89",
-                               u"1234567\uFFFD"
-                               u"89"}};
-    for (const Encoded& row : broken) {
-        EXPECT_EQ(ODF::ToUtf16(row.utf8), row.utf16);
-        EXPECT_EQ(CTulStringW(row.utf8).view(), row.utf16);
-    }
-    EXPECT_EQ(ODF::ToUtf8(std::u16string_view(kHigh)), "a\xEF\xBF\xBD"
-                                                       "b");
-    EXPECT_EQ(ODF::ToUtf8(std::u16string_view(kLow)), "a\xEF\xBF\xBD");
-    EXPECT_EQ(ODF::ToUtf8(std::u16string_view(kSwapped)), "\xEF\xBF\xBD\xEF\xBF\xBD");
+    EXPECT_EQ(ODF::ToUtf8(std::u16string{u'a', 0xD83D, u'z'}), "a\xEF\xBF\xBDz");
+    EXPECT_EQ(ODF::ToUtf8(std::u16string{0xDE00, 0xD83D, u'z', 0xDE00}),
+              "\xEF\xBF\xBD\xEF\xBF\xBDz\xEF\xBF\xBD");
     EXPECT_EQ(ODF::ToUtf8(kNoUnits), "");
 }
 

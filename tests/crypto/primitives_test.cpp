@@ -3,7 +3,6 @@
 #include "serial/crypto/base64.h"
 #include "serial/crypto/crypto.h"
 #include "serial/crypto/manifest_reader.h"
-#include "zip/case_name.h"
 
 #include <gtest/gtest.h>
 
@@ -37,74 +36,64 @@ TEST(Digests, OfAbc) {
               FromHex("ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad"));
 }
 
-namespace {
-
-struct Pbkdf2Case {
-    const char* name;
-    std::string_view password;
-    std::string_view salt;
-    std::uint32_t iterations;
-    const char* key;
-};
-
-class Pbkdf2 : public testing::TestWithParam<Pbkdf2Case> {};
-
-} // namespace
-
-TEST_P(Pbkdf2, GivesThePublishedKey) {
-    const Bytes key = FromHex(GetParam().key);
-    EXPECT_EQ(ToBytes(DerivePbkdf2(View(GetParam().password), View(GetParam().salt), GetParam().iterations,
-                                   key.size())),
-              key);
+TEST(Pbkdf2, GivesThePublishedKeys) {
+    constexpr struct {
+        std::string_view password, salt;
+        std::uint32_t iterations;
+        const char* key;
+    } kRows[] = {{"password", "salt", 1, "0c60c80f961f0e71f3a9b524af6012062fe037a6"},
+                 {"password", "salt", 2, "ea6c014dc72d6f8ccd1ed92ace1d41f0d8de8957"},
+                 {"password", "salt", 4096, "4b007901b765489abead49d926f721d065a429c1"},
+                 {"passwordPASSWORDpassword", "saltSALTsaltSALTsaltSALTsaltSALTsalt", 4096,
+                  "3d2eec4fe41c849b80c8d83662c0e44a8b291a964cf2f07038"}};
+    for (const auto& row : kRows) {
+        const Bytes key = FromHex(row.key);
+        EXPECT_EQ(ToBytes(DerivePbkdf2(View(row.password), View(row.salt), row.iterations, key.size())), key);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rfc6070, Pbkdf2,
-    testing::Values(Pbkdf2Case{"Once", "password", "salt", 1, "0c60c80f961f0e71f3a9b524af6012062fe037a6"},
-                    Pbkdf2Case{"Twice", "password", "salt", 2, "ea6c014dc72d6f8ccd1ed92ace1d41f0d8de8957"},
-                    Pbkdf2Case{"Often", "password", "salt", 4096, "4b007901b765489abead49d926f721d065a429c1"},
-                    Pbkdf2Case{"Long", "passwordPASSWORDpassword", "saltSALTsaltSALTsaltSALTsaltSALTsalt",
-                               4096, "3d2eec4fe41c849b80c8d83662c0e44a8b291a964cf2f07038"}),
-    test::CaseName());
-
-TEST(Argon2id, GivesThePublishedKeys) {
-    EXPECT_EQ(ToBytes(DeriveArgon2id(View("password"), View("somesalt"), 2, 65536, 1, 32)),
-              FromHex("09316115d5cf24ed5a15a31a3ba326e5cf32edc24702987c02b6566f61913cf7"));
-    EXPECT_EQ(ToBytes(DeriveArgon2id(View("password"), View("somesalt"), 2, 256, 2, 32)),
-              FromHex("6d093c501fd5999645e0ea3bf620d7b8be7fd2db59c20d9fff9539da2bf57037"));
+TEST(Argon2id, GivesThePublishedKeysAndRefusesWhatIsOutOfRange) {
+    constexpr struct {
+        std::string_view salt;
+        std::uint32_t iterations, memory, lanes;
+        const char* key;
+    } kRows[] = {
+        {"somesalt", 2, 65536, 1, "09316115d5cf24ed5a15a31a3ba326e5cf32edc24702987c02b6566f61913cf7"},
+        {"somesalt", 2, 256, 2, "6d093c501fd5999645e0ea3bf620d7b8be7fd2db59c20d9fff9539da2bf57037"},
+        {"somesalt", 0, 65536, 1, ""},
+        {"somesalt", 2, 65536, 0, ""},
+        {"somesalt", 2, 7, 1, ""},
+        {"short", 2, 256, 1, ""}};
+    for (const auto& row : kRows)
+        EXPECT_EQ(ToBytes(DeriveArgon2id(View("password"), View(row.salt), row.iterations, row.memory,
+                                         row.lanes, 32)),
+                  FromHex(row.key));
 }
 
-TEST(Argon2id, RefusesWhatIsOutOfRange) {
-    EXPECT_FALSE(DeriveArgon2id(View("password"), View("somesalt"), 0, 65536, 1, 32));
-    EXPECT_FALSE(DeriveArgon2id(View("password"), View("somesalt"), 2, 65536, 0, 32));
-    EXPECT_FALSE(DeriveArgon2id(View("password"), View("somesalt"), 2, 7, 1, 32));
-    EXPECT_FALSE(DeriveArgon2id(View("password"), View("short"), 2, 256, 1, 32));
-}
-
-TEST(BlowfishFeedback, IsOf64Bits) {
-    const Bytes key = FromHex("0123456789abcdeff0e1d2c3b4a59687");
-    const Bytes vector = FromHex("fedcba9876543210");
-    const Bytes expected = FromHex("e73214a2822139caf26ecf6d2eb9e76e3da3de04d1517200519d57a6c3");
+TEST(Ciphers, GiveThePublishedBytesBothWays) {
     const std::string_view text("7654321 Now is the time for \0", 29);
-    Bytes data(View(text).begin(), View(text).end());
-    ASSERT_TRUE(Encrypt(Cipher::BlowfishCfb, key, vector, data));
-    EXPECT_EQ(data, expected);
-    ASSERT_TRUE(Decrypt(Cipher::BlowfishCfb, key, vector, data));
-    EXPECT_EQ(data, Bytes(View(text).begin(), View(text).end()));
+    const struct {
+        Cipher cipher;
+        const char *key, *vector;
+        Bytes plain;
+        const char* coded;
+    } kRows[] = {{Cipher::BlowfishCfb, "0123456789abcdeff0e1d2c3b4a59687", "fedcba9876543210",
+                  Bytes(View(text).begin(), View(text).end()),
+                  "e73214a2822139caf26ecf6d2eb9e76e3da3de04d1517200519d57a6c3"},
+                 {Cipher::AesCbc, "603deb1015ca71be2b73aef0857d77811f352c073b6108d72d9810a30914dff4",
+                  "000102030405060708090a0b0c0d0e0f",
+                  FromHex("6bc1bee22e409f96e93d7e117393172aae2d8a571e03ac9c9eb76fac45af8e51"),
+                  "f58c4c04d6e5f1ba779eabfb5f7bfbd69cfc4e967edb808d679f777bc6702c7d"}};
+    for (const auto& row : kRows) {
+        Bytes data = row.plain;
+        ASSERT_TRUE(Encrypt(row.cipher, FromHex(row.key), FromHex(row.vector), data));
+        EXPECT_EQ(data, FromHex(row.coded));
+        ASSERT_TRUE(Decrypt(row.cipher, FromHex(row.key), FromHex(row.vector), data));
+        EXPECT_EQ(data, row.plain);
+    }
 }
 
-TEST(AesChaining, GivesThePublishedBytes) {
-    const Bytes key = FromHex("603deb1015ca71be2b73aef0857d77811f352c073b6108d72d9810a30914dff4");
-    const Bytes vector = FromHex("000102030405060708090a0b0c0d0e0f");
-    const Bytes plain = FromHex("6bc1bee22e409f96e93d7e117393172aae2d8a571e03ac9c9eb76fac45af8e51");
-    Bytes data = plain;
-    ASSERT_TRUE(Encrypt(Cipher::AesCbc, key, vector, data));
-    EXPECT_EQ(data, FromHex("f58c4c04d6e5f1ba779eabfb5f7bfbd69cfc4e967edb808d679f777bc6702c7d"));
-    ASSERT_TRUE(Decrypt(Cipher::AesCbc, key, vector, data));
-    EXPECT_EQ(data, plain);
-}
-
-TEST(AesCounter, GivesThePublishedBytesAndTag) {
+TEST(Ciphers, OfCountersProveTheirBytes) {
     const Bytes key = FromHex("feffe9928665731c6d6a8f9467308308feffe9928665731c6d6a8f9467308308");
     const Bytes vector = FromHex("cafebabefacedbaddecaf888");
     const Bytes plain = FromHex("d9313225f88406e5a55909c5aff5269a86a7a9531534f7da2e4c303d8a318a72"
@@ -124,14 +113,17 @@ TEST(AesCounter, GivesThePublishedBytesAndTag) {
 }
 
 TEST(Ciphers, RefuseWrongSizes) {
+    constexpr struct {
+        Cipher cipher;
+        std::size_t key, vector, data;
+    } kRows[] = {{Cipher::AesCbc, 15, 16, 16},      {Cipher::AesCbc, 32, 8, 16},
+                 {Cipher::AesCbc, 32, 0, 16},       {Cipher::AesCbc, 32, 16, 17},
+                 {Cipher::BlowfishCfb, 16, 16, 16}, {Cipher::BlowfishCfb, 0, 8, 16}};
+    for (const auto& row : kRows) {
+        Bytes data(row.data);
+        EXPECT_FALSE(Decrypt(row.cipher, Bytes(row.key), Bytes(row.vector), data)) << row.key << row.vector;
+    }
     Bytes data(16);
-    EXPECT_FALSE(Decrypt(Cipher::AesCbc, Bytes(15), Bytes(16), data));
-    EXPECT_FALSE(Decrypt(Cipher::AesCbc, Bytes(32), Bytes(8), data));
-    EXPECT_FALSE(Decrypt(Cipher::AesCbc, Bytes(32), {}, data));
-    EXPECT_FALSE(Decrypt(Cipher::BlowfishCfb, Bytes(16), Bytes(16), data));
-    EXPECT_FALSE(Decrypt(Cipher::BlowfishCfb, {}, Bytes(8), data));
-    Bytes uneven(17);
-    EXPECT_FALSE(Decrypt(Cipher::AesCbc, Bytes(32), Bytes(16), uneven));
     EXPECT_FALSE(DecryptGcm(Bytes(32), {}, data, Bytes(16)));
 }
 
@@ -181,14 +173,11 @@ TEST(EncryptionRows, MissingAttributesTakeTheDefaults) {
     EXPECT_TRUE(row.data.isAllowed({}));
 }
 
-TEST(EncryptionRows, AByteOrderMarkAndADoctypeDoNoHarm) {
+TEST(EncryptionRows, AreReadBehindADoctypeAndUpToAFault) {
     EXPECT_EQ(Read(kBareRow, "\xEF\xBB\xBF<?xml version='1.0' encoding='UTF-8'?>"
                              "<!DOCTYPE m:manifest PUBLIC '-//X//Y' 'Manifest.dtd'>")
                   .rows.size(),
               1U);
-}
-
-TEST(EncryptionRows, AreKeptUpToAFault) {
     const EncryptedRows found = Read(std::string(kBareRow) + "<m:file-entry></m:broken>");
     EXPECT_FALSE(found.isWellFormed);
     EXPECT_EQ(found.rows.size(), 1U);
@@ -210,75 +199,56 @@ TEST(EncryptionRows, GrowingEntitiesEndTheParse) {
 
 namespace {
 
-struct RowCase {
-    const char* name;
-    std::string inside; ///< of `encryption-data`
-    bool isSupported;
-    bool isAllowed;
-};
-
-class EncryptionRow : public testing::TestWithParam<RowCase> {};
-
-} // namespace
-
-TEST_P(EncryptionRow, IsKnownAndAllowedOrNot) {
-    const EncryptedRows found = Read("<m:file-entry m:full-path='a'><m:encryption-data>" + GetParam().inside +
-                                     "</m:encryption-data></m:file-entry>");
-    ASSERT_EQ(found.rows.size(), 1U);
-    EXPECT_EQ(found.rows[0].data.isSupported(), GetParam().isSupported);
-    EXPECT_EQ(found.rows[0].data.isAllowed({}), GetParam().isAllowed);
+/// An `algorithm` of that name, with what stands behind it.
+std::string Named(const std::string& name, const std::string& derivation = {}) {
+    const std::string row = "<m:algorithm m:algorithm-name='" + name + "'/>";
+    return derivation.empty() ? row : row + "<m:key-derivation " + derivation + "/>";
 }
 
-namespace {
-
-std::string AlgorithmNamed(const std::string& name) {
-    return "<m:algorithm m:algorithm-name='" + name + "'/>";
+std::string Aes256(const std::string& derivation = {}) {
+    return Named("http://www.w3.org/2001/04/xmlenc#aes256-cbc", derivation);
 }
 
-std::string Aes256With(const std::string& more) {
-    return AlgorithmNamed("http://www.w3.org/2001/04/xmlenc#aes256-cbc") + more;
-}
-
-std::string Derivation(const std::string& attributes) {
-    return "<m:key-derivation " + attributes + "/>";
-}
-
-std::string Argon2With(const std::string& iterations, const std::string& memory, const std::string& lanes) {
-    return AlgorithmNamed("http://www.w3.org/2009/xmlenc11#aes256-gcm") +
-           Derivation("m:key-derivation-name='urn:org:documentfoundation:names:experimental:office:manifest:"
-                      "argon2id'"
-                      " m:key-size='32' l:argon2-iterations='" +
-                      iterations + "' l:argon2-memory='" + memory + "' l:argon2-lanes='" + lanes + "'");
+std::string Argon2(const std::string& iterations, const std::string& memory, const std::string& lanes) {
+    return Named("http://www.w3.org/2009/xmlenc11#aes256-gcm",
+                 "m:key-derivation-name='urn:org:documentfoundation:names:experimental:office:manifest:"
+                 "argon2id' m:key-size='32' l:argon2-iterations='" +
+                     iterations + "' l:argon2-memory='" + memory + "' l:argon2-lanes='" + lanes + "'");
 }
 
 std::string StartKey(const std::string& name) {
-    return "<m:start-key-generation m:start-key-generation-name='" + name + "'/>";
+    return Aes256() + "<m:start-key-generation m:start-key-generation-name='" + name + "'/>";
 }
 
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, EncryptionRow,
-    testing::Values(
-        RowCase{"Nothing", "", false, true}, RowCase{"Aes256", Aes256With(""), true, true},
-        RowCase{"Aes128", AlgorithmNamed("http://www.w3.org/2001/04/xmlenc#aes128-cbc"), true, true},
-        RowCase{"BlowfishUri", AlgorithmNamed("urn:oasis:names:tc:opendocument:xmlns:manifest:1.0#blowfish"),
-                true, true},
-        RowCase{"UnknownAlgorithm", AlgorithmNamed("rot13"), false, true},
-        RowCase{"WrongKeySize", Aes256With(Derivation("m:key-size='16'")), false, true},
-        RowCase{"HugeKeySize", AlgorithmNamed("Blowfish CFB") + Derivation("m:key-size='4000000000'"), false,
-                true},
-        RowCase{"NegativeKeySize", Aes256With(Derivation("m:key-size='-1'")), true, false},
-        RowCase{"UnknownStartKey", Aes256With(StartKey("MD5")), false, true},
-        RowCase{"OtherStartKeyName", Aes256With(StartKey("http://www.w3.org/2001/04/xmlenc#sha256")), true,
-                true},
-        RowCase{"PublicKey", Aes256With(Derivation("m:key-derivation-name='PGP'")), false, true},
-        RowCase{"MostIterations", Aes256With(Derivation("m:iteration-count='10000000'")), true, true},
-        RowCase{"TooManyIterations", Aes256With(Derivation("m:iteration-count='10000001'")), true, false},
-        RowCase{"OverflowingIterations", Aes256With(Derivation("m:iteration-count='4294968320'")), true,
-                false},
-        RowCase{"Argon2", Argon2With("3", "65536", "4"), true, true},
-        RowCase{"Argon2Memory", Argon2With("3", "1048577", "4"), true, false},
-        RowCase{"Argon2Iterations", Argon2With("65", "65536", "4"), true, false},
-        RowCase{"Argon2Lanes", Argon2With("3", "65536", "65"), true, false}),
-    test::CaseName());
+TEST(EncryptionRows, AreKnownAndAllowedOrNot) {
+    const struct {
+        std::string inside; ///< of `encryption-data`
+        bool isSupported, isAllowed;
+    } kRows[] = {{"", false, true},
+                 {Aes256(), true, true},
+                 {Named("http://www.w3.org/2001/04/xmlenc#aes128-cbc"), true, true},
+                 {Named("urn:oasis:names:tc:opendocument:xmlns:manifest:1.0#blowfish"), true, true},
+                 {Named("rot13"), false, true},
+                 {Aes256("m:key-size='16'"), false, true},
+                 {Named("Blowfish CFB", "m:key-size='4000000000'"), false, true},
+                 {Aes256("m:key-size='-1'"), true, false},
+                 {StartKey("MD5"), false, true},
+                 {StartKey("http://www.w3.org/2001/04/xmlenc#sha256"), true, true},
+                 {Aes256("m:key-derivation-name='PGP'"), false, true},
+                 {Aes256("m:iteration-count='10000000'"), true, true},
+                 {Aes256("m:iteration-count='10000001'"), true, false},
+                 {Aes256("m:iteration-count='4294968320'"), true, false},
+                 {Argon2("3", "65536", "4"), true, true},
+                 {Argon2("3", "1048577", "4"), true, false},
+                 {Argon2("65", "65536", "4"), true, false},
+                 {Argon2("3", "65536", "65"), true, false}};
+    for (const auto& row : kRows) {
+        const EncryptedRows found = Read("<m:file-entry m:full-path='a'><m:encryption-data>" + row.inside +
+                                         "</m:encryption-data></m:file-entry>");
+        ASSERT_EQ(found.rows.size(), 1U) << row.inside;
+        EXPECT_EQ(found.rows[0].data.isSupported(), row.isSupported) << row.inside;
+        EXPECT_EQ(found.rows[0].data.isAllowed({}), row.isAllowed) << row.inside;
+    }
+}

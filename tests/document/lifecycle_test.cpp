@@ -27,46 +27,14 @@ std::vector<std::string> TextOf(CODFDoc& document) {
                                       : std::vector<std::string>();
 }
 
+std::size_t PartsOfType(const CODFDoc& document, const char* type) {
+    std::vector<CODFPart*> parts{nullptr};
+    document.GetPartsByContentType(type, &parts);
+    document.GetPartsByContentType(type, nullptr);
+    return parts.size() - 1; // they are appended
+}
+
 } // namespace
-
-TEST_F(Lifecycle, AMissingFileLeavesNothing) {
-    CODFDoc document;
-    EXPECT_EQ(document.Open(file("nowhere.odt")), 0);
-    EXPECT_EQ(document.GetMainPart(), nullptr);
-    EXPECT_EQ(document.GetRootPart(), nullptr);
-    EXPECT_EQ(document.GetContentClass(), nullptr);
-    EXPECT_EQ(document.GetDocType(), sd::SDDocType::DocTypeUnknown);
-    EXPECT_EQ(document.GetDiagnostics().status(), Status::NotReadable);
-    EXPECT_EQ(temporaryEntries(), std::vector<std::string>());
-    EXPECT_EQ(document.Save(file("out.odt")), 0);
-    EXPECT_EQ(document.GetDiagnostics().status(), Status::NothingToSave);
-    EXPECT_EQ(document.Open(static_cast<const unsigned short*>(nullptr)), 0);
-    EXPECT_EQ(document.Open(""), 0);
-    EXPECT_EQ(document.Open(file("")), 0) << "a folder is no package";
-}
-
-TEST_F(Lifecycle, ContentBelowTheTopDoesNotCount) {
-    test::WriteOdf(file("a.odt"), test::kTextType, {{"Object 1/content.xml", test::TextContent("<text:p/>")}},
-                   {{"Object 1/", std::string(test::kTextType)}});
-    CODFDoc document;
-    EXPECT_EQ(document.Open(file("a.odt")), 0);
-    EXPECT_EQ(document.GetDiagnostics().status(), Status::NoContent);
-    EXPECT_EQ(document.GetMainPart(), nullptr);
-    EXPECT_EQ(document.GetContentClass(), nullptr);
-}
-
-TEST_F(Lifecycle, TheNameDecides) {
-    const std::string path = textFile({});
-    for (const char* const name : {"a.ODT", "a.zip", "a", "a.ott"})
-        std::filesystem::copy_file(path, file(name));
-    CODFDoc document;
-    EXPECT_EQ(document.Open(file("a.ODT")), 1);
-    EXPECT_EQ(document.GetDocType(), sd::SDDocType::DocTypeOdfText);
-    for (const char* const name : {"a.zip", "a", "a.ott"}) {
-        EXPECT_EQ(document.Open(file(name)), 0) << name;
-        EXPECT_EQ(document.GetDiagnostics().status(), Status::UnknownType) << name;
-    }
-}
 
 TEST_F(Lifecycle, ADamagedHalfIsKeptUpToTheFault) {
     const std::string whole = test::TextContent("<text:p>one</text:p><text:p>two</text:p>");
@@ -83,18 +51,7 @@ TEST_F(Lifecycle, ADamagedHalfIsKeptUpToTheFault) {
     EXPECT_EQ(TextOf(document), (std::vector<std::string>{"one", "two"}));
 }
 
-TEST_F(Lifecycle, PartsThatAreNotThereGiveNull) {
-    CODFDoc document;
-    ASSERT_EQ(document.Open(textFile({})), 1);
-    EXPECT_NE(document.GetContentClass(), nullptr);
-    EXPECT_EQ(document.GetStylesClass(), nullptr);
-    EXPECT_EQ(document.GetMetaClass(), nullptr);
-    EXPECT_EQ(document.GetSettingsClass(), nullptr);
-    EXPECT_EQ(document.GetMainPart()->GetRootClass(), document.GetContentClass());
-    EXPECT_EQ(document.GetContentClass()->GetRootpart(), document.GetMainPart());
-}
-
-TEST_F(Lifecycle, PartsBelowTheTopAreFoundByFolder) {
+TEST_F(Lifecycle, PartsAreFoundByFolder) {
     CODFDoc document;
     ASSERT_EQ(document.Open(textFile({{"Object 1/content.xml", test::TextContent("<text:p>below</text:p>")},
                                       {"a/b/meta.xml", "<x/>"},
@@ -102,90 +59,74 @@ TEST_F(Lifecycle, PartsBelowTheTopAreFoundByFolder) {
                                      {{"Object 1/", std::string(test::kTextType)}})),
               1);
     EXPECT_EQ(TextOf(document), std::vector<std::string>{"top"});
+    EXPECT_EQ(document.GetStylesClass(), nullptr);
+    EXPECT_EQ(document.GetMetaClass(), nullptr) << "one below the top doesn't count";
+    EXPECT_EQ(document.GetSettingsClass(), nullptr);
+    EXPECT_EQ(document.GetMainPart()->GetRootClass(), document.GetContentClass());
+    EXPECT_EQ(document.GetContentClass()->GetRootpart(), document.GetMainPart());
     CSDObject* const below = document.Get3rdPartyPart(u"Object 1", u"content.xml");
     ASSERT_NE(below, nullptr);
     EXPECT_EQ(test::Paragraphs(*below), std::vector<std::string>{"below"});
     EXPECT_NE(document.Get3rdPartyPart("ab", "meta.xml"), nullptr)
         << "folders are joined without a separator";
     EXPECT_EQ(document.Get3rdPartyPart("", "content.xml"), document.GetContentClass());
-    EXPECT_EQ(document.Get3rdPartyPart("Object 1\\", "content.xml"), nullptr);
-    EXPECT_EQ(document.Get3rdPartyPart("object 1", "content.xml"), nullptr);
-    EXPECT_EQ(document.Get3rdPartyPart("Object 1", "styles.xml"), nullptr);
-    EXPECT_EQ(document.Get3rdPartyPart("Pictures", "p.png"), nullptr) << "no tree";
+    for (const auto& [folder, name] :
+         std::initializer_list<std::pair<const char*, const char*>>{{"Object 1\\", "content.xml"},
+                                                                    {"object 1", "content.xml"},
+                                                                    {"Object 1", "styles.xml"},
+                                                                    {"Pictures", "p.png"}})
+        EXPECT_EQ(document.Get3rdPartyPart(folder, name), nullptr) << folder;
     EXPECT_EQ(document.Get3rdPartyPart("Object 1", nullptr), nullptr);
-}
 
-TEST_F(Lifecycle, PartsByContentTypeAreAppended) {
-    CODFDoc document;
-    ASSERT_EQ(document.Open(textFile({{"styles.xml", "<x/>"}, {"p.bin", "x"}}, {{"p.bin", "image/png"}})), 1);
-    std::vector<CODFPart*> parts;
-    document.GetPartsByContentType("text/xml", &parts);
-    EXPECT_EQ(parts.size(), 3U);
-    document.GetPartsByContentType("text/xml", &parts);
-    EXPECT_EQ(parts.size(), 6U);
-    document.GetPartsByContentType("TEXT/XML", &parts);
-    EXPECT_EQ(parts.size(), 6U);
-    document.GetPartsByContentType("text/xml", nullptr);
-}
-
-TEST_F(Lifecycle, PartsStandOnceAfterTheSave) {
-    CODFDoc document;
-    ASSERT_EQ(document.Open(textFile({{"styles.xml", "<x/>"}})), 1);
-    ASSERT_EQ(document.Save(file("out.odt")), 1);
-    std::vector<CODFPart*> parts;
-    document.GetPartsByContentType("text/xml", &parts);
-    EXPECT_EQ(parts.size(), 2U);
-    EXPECT_EQ(document.Get3rdPartyPart("", "content.xml"), document.GetContentClass());
-    test::Build(document, test::kTextKind, u"new");
-    ASSERT_EQ(document.Save(file("out.odt")), 1);
-    parts.clear();
-    document.GetPartsByContentType("text/xml", &parts);
-    EXPECT_EQ(parts.size(), 4U);
-}
-
-TEST_F(Lifecycle, ANewDocumentWorksInAFolderNamedAfterIt) {
-    CODFDoc document;
-    test::Build(document, test::kTextKind, u"text");
-    EXPECT_EQ(*document.GetRootPart()->GetLocalPath(), 0);
-    ASSERT_EQ(document.Save(file("a b.c.odt")), 1);
-    const std::filesystem::path root = ToUtf8(document.GetRootPart()->GetLocalPath());
-    EXPECT_EQ(root.filename().string().substr(0, 5), "a b.c");
-    EXPECT_EQ(root.filename().string().substr(5).find_first_not_of("0123456789abcdef"), std::string::npos);
-    EXPECT_EQ(root.parent_path(), std::filesystem::temp_directory_path());
-    EXPECT_EQ(document.GetRootPart()->GetPackageRoot(), document.GetRootPart()->GetLocalPath());
-    EXPECT_FALSE(std::filesystem::exists(root)) << "gone with the package";
-}
-
-TEST_F(Lifecycle, AnyNameThatTheSystemTakesWillDo) {
-    for (const std::string& name :
-         {std::string(251, 'n') + ".odt", std::string(255, 'n'), std::string(84, 'n') + "漢.odt",
-          std::string(".odt"), std::string("..odt"), std::string("a\\b.odt"), std::string(" ")}) {
-        CODFDoc document;
-        test::Build(document, test::kTextKind, u"text");
-        EXPECT_EQ(document.Save(file(name)), 1) << name;
-        EXPECT_EQ(document.GetDiagnostics().status(), Status::Ok)
-            << name << ": " << ToText(document.GetDiagnostics().status());
-        EXPECT_TRUE(std::filesystem::exists(file(name))) << name;
-    }
-}
-
-TEST_F(Lifecycle, TheRootHoldsAllPartsDirectly) {
-    CODFDoc document;
-    ASSERT_EQ(document.Open(textFile({{"Pictures/a/b.png", "x"}})), 1);
     CODFPart& root = *document.GetRootPart();
     EXPECT_EQ(ToUtf8(root.GetPackagePath()), "/");
     EXPECT_EQ(root.GetPartType(), PartTypeBinary);
     EXPECT_EQ(root.GetRootClass(), nullptr);
+    EXPECT_EQ(ToUtf8(document.GetMainPart()->GetRelationtype()), test::kTextType);
     std::vector<ISDPart*> parts;
-    ASSERT_EQ(root.GetChildParts(&parts), 2);
+    ASSERT_EQ(root.GetChildParts(&parts), 4) << "all of them directly";
     for (ISDPart* const part : parts) {
-        const bool isPicture = ToUtf8(part->GetPackagePath()) == "Pictures\\a\\b.png";
-        EXPECT_TRUE(isPicture || part == document.GetMainPart());
+        const std::string path = ToUtf8(part->GetPackagePath());
+        const bool isPicture = path == "Pictures\\p.png";
+        EXPECT_TRUE(("\\" + path).ends_with("\\" + ToUtf8(part->GetPartname()))) << path;
+        EXPECT_EQ(part->GetTargetMode(), TargetModeInternal);
         EXPECT_EQ(static_cast<CODFPart*>(part)->GetPartType(), isPicture ? PartTypeBinary : PartTypeXml);
         EXPECT_EQ(part->GetRootClass() == nullptr, isPicture);
         EXPECT_TRUE(std::filesystem::exists(ToUtf8(part->GetLocalPath())));
     }
-    EXPECT_EQ(ToUtf8(document.GetMainPart()->GetRelationtype()), test::kTextType);
+}
+
+TEST_F(Lifecycle, PartsStandOnceByContentType) {
+    CODFDoc document;
+    ASSERT_EQ(document.Open(textFile({{"styles.xml", "<x/>"}, {"p.bin", "x"}}, {{"p.bin", "image/png"}})), 1);
+    EXPECT_EQ(PartsOfType(document, "text/xml"), 3U);
+    EXPECT_EQ(PartsOfType(document, "TEXT/XML"), 0U);
+    ASSERT_EQ(document.Save(file("out.odt")), 1);
+    EXPECT_EQ(PartsOfType(document, "text/xml"), 3U);
+    EXPECT_EQ(document.Get3rdPartyPart("", "content.xml"), document.GetContentClass());
+    test::Build(document, test::kTextKind, u"new");
+    EXPECT_EQ(PartsOfType(document, "text/xml"), 0U) << "listed by their record: none before the save";
+    ASSERT_EQ(document.Save(file("out.odt")), 1);
+    EXPECT_EQ(PartsOfType(document, "text/xml"), 4U);
+}
+
+TEST_F(Lifecycle, AnyNameThatTheSystemTakesWillDo) {
+    for (const std::string& name :
+         {std::string("a b.c.odt"), std::string(251, 'n') + ".odt", std::string(255, 'n'),
+          std::string(84, 'n') + "漢.odt", std::string(".odt"), std::string("..odt"), std::string("a\\b.odt"),
+          std::string(" ")}) {
+        CODFDoc document;
+        test::Build(document, test::kTextKind, u"text");
+        EXPECT_EQ(*document.GetRootPart()->GetLocalPath(), 0);
+        EXPECT_EQ(document.Save(file(name)), 1) << name;
+        EXPECT_EQ(document.GetDiagnostics().status(), Status::Ok)
+            << name << ": " << ToText(document.GetDiagnostics().status());
+        EXPECT_TRUE(std::filesystem::exists(file(name))) << name;
+        const std::filesystem::path root = ToUtf8(document.GetRootPart()->GetLocalPath());
+        EXPECT_EQ(root.parent_path(), std::filesystem::temp_directory_path());
+        EXPECT_EQ(root.filename().string().starts_with("a b.c"), name == "a b.c.odt") << "named after it";
+        EXPECT_FALSE(std::filesystem::exists(root)) << "gone with the package";
+    }
 }
 
 TEST_F(Lifecycle, ASecondSaveWritesNoPackage) {
@@ -199,20 +140,6 @@ TEST_F(Lifecycle, ASecondSaveWritesNoPackage) {
     EXPECT_EQ(document.GetDiagnostics().status(), Status::NothingToSave);
     EXPECT_FALSE(std::filesystem::exists(file("second.odt")));
     EXPECT_EQ(temporaryEntries(), std::vector<std::string>());
-}
-
-TEST_F(Lifecycle, SavesOverTheFileThatItCameFrom) {
-    const std::string path = textFile({{"Pictures/p.png", "bytes"}});
-    CODFDoc document;
-    ASSERT_EQ(document.Open(path), 1);
-    document.GetContentClass()
-        ->GetObjectByID(COfficeBody::kId)
-        ->GetObjectByID(COfficeText::kId)
-        ->CreateObject("text:p", 1);
-    EXPECT_EQ(document.Save(path), 1);
-    ASSERT_EQ(document.Open(path), 1);
-    EXPECT_EQ(TextOf(document), (std::vector<std::string>{"top", ""}));
-    EXPECT_EQ(test::ReadPackage(path).at("Pictures/p.png"), "bytes");
 }
 
 TEST_F(Lifecycle, OneObjectServesManyDocuments) {
@@ -230,26 +157,20 @@ TEST_F(Lifecycle, OneObjectServesManyDocuments) {
     }
 }
 
-TEST_F(Lifecycle, AnXmlFileOfAnotherKindIsKeptAsItIs) {
+TEST_F(Lifecycle, AnXmlFileOfAnotherKindIsKeptUntilItsTreeIsFilled) {
     // A main name doesn't make a file what the class stands for.
     const std::string other = "<?xml version='1.0'?>\n<other a='1'>text</other>\n";
     CODFDoc document;
-    ASSERT_EQ(document.Open(textFile({{"settings.xml", other}, {"Object 1/content.xml", "no xml at all"}})),
+    ASSERT_EQ(document.Open(textFile(
+                  {{"settings.xml", other}, {"meta.xml", other}, {"Object 1/content.xml", "no xml at all"}})),
               1);
     EXPECT_EQ(document.GetSettingsClass()->HasChildList(), false);
+    document.GetMetaClass()->SetOfficeMeta()->SetDcTitle()->Setval(u"Title");
     ASSERT_EQ(document.Save(file("out.odt")), 1);
     const Members members = test::ReadPackage(file("out.odt"));
     EXPECT_EQ(members.at("settings.xml"), other);
     EXPECT_EQ(members.at("Object 1/content.xml"), "no xml at all");
-}
-
-TEST_F(Lifecycle, ATreeThatIsFilledReplacesAFileOfAnotherKind) {
-    CODFDoc document;
-    ASSERT_EQ(document.Open(textFile({{"meta.xml", "<other/>"}})), 1);
-    document.GetMetaClass()->SetOfficeMeta()->SetDcTitle()->Setval(u"Title");
-    ASSERT_EQ(document.Save(file("out.odt")), 1);
-    EXPECT_NE(test::ReadPackage(file("out.odt")).at("meta.xml").find("<dc:title>Title</dc:title>"),
-              std::string::npos);
+    EXPECT_NE(members.at("meta.xml").find("<dc:title>Title</dc:title>"), std::string::npos);
 }
 
 namespace {
@@ -262,23 +183,22 @@ TEST_P(NewDocument, HasFourNamedParts) {
     CODFDoc document;
     ASSERT_EQ(document.CreateMainPart(GetParam().type), 1);
     EXPECT_EQ(document.GetDocType(), GetParam().type);
-    EXPECT_EQ(ToUtf8(document.GetContentClass()->GetElemName()), "office:document-content");
-    EXPECT_EQ(ToUtf8(document.GetStylesClass()->GetElemName()), "office:document-styles");
-    EXPECT_EQ(ToUtf8(document.GetSettingsClass()->GetElemName()), "office:document-settings");
-    EXPECT_EQ(ToUtf8(document.GetMetaClass()->GetElemName()), "office:document-meta");
     std::vector<ISDPart*> parts;
     ASSERT_EQ(document.GetRootPart()->GetChildParts(&parts), 4);
-    const char* const names[] = {"content.xml", "styles.xml", "settings.xml", "meta.xml"};
+    const std::pair<CSDNamedObject*, std::string> kParts[] = {{document.GetContentClass(), "content"},
+                                                              {document.GetStylesClass(), "styles"},
+                                                              {document.GetSettingsClass(), "settings"},
+                                                              {document.GetMetaClass(), "meta"}};
     for (std::size_t i = 0; i < 4; ++i) {
-        EXPECT_EQ(ToUtf8(parts[i]->GetPackagePath()), names[i]);
-        EXPECT_EQ(ToUtf8(parts[i]->GetPartname()), names[i]);
+        const auto& [root, name] = kParts[i];
+        EXPECT_EQ(ToUtf8(root->GetElemName()), "office:document-" + name);
+        EXPECT_EQ(parts[i]->GetRootClass(), root);
+        EXPECT_EQ(ToUtf8(parts[i]->GetPackagePath()), name + ".xml");
+        EXPECT_EQ(ToUtf8(parts[i]->GetPartname()), name + ".xml");
         EXPECT_EQ(ToUtf8(parts[i]->GetContentType()), "text/xml");
         EXPECT_EQ(ToUtf8(parts[i]->GetRelationtype()), GetParam().mediaType);
     }
     EXPECT_EQ(document.GetMainPart(), parts[0]);
-    std::vector<CODFPart*> typed;
-    document.GetPartsByContentType("text/xml", &typed);
-    EXPECT_TRUE(typed.empty()) << "parts are listed by their record, and there is none before the save";
 }
 
 TEST_P(NewDocument, IsReadAsItWasBuilt) {
@@ -299,10 +219,11 @@ TEST_P(NewDocument, IsReadAsItWasBuilt) {
     EXPECT_EQ(test::Difference(document, again), "");
     EXPECT_EQ(TextOf(again), std::vector<std::string>{"<a> & \"b\" 漢\U0001F600 span\ttail"});
     EXPECT_TRUE(again.GetDiagnostics().notes().empty());
-    EXPECT_TRUE(test::ReadPackage(path)
-                    .at("META-INF/manifest.xml")
-                    .find("manifest:media-type=\"" + std::string(GetParam().mediaType) +
-                          "\" manifest:full-path=\"/\"") != std::string::npos);
+    EXPECT_NE(test::ReadPackage(path)
+                  .at("META-INF/manifest.xml")
+                  .find("manifest:media-type=\"" + std::string(GetParam().mediaType) +
+                        "\" manifest:full-path=\"/\""),
+              std::string::npos);
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, NewDocument, testing::ValuesIn(test::kKinds),
@@ -318,26 +239,4 @@ TEST_F(Lifecycle, OnlyOdfTypesCanBeMade) {
     EXPECT_EQ(document.Save(""), 0);
     EXPECT_EQ(document.Save(static_cast<const unsigned short*>(nullptr)), 0);
     EXPECT_EQ(document.Save(file("now.odf")), 1) << "a save without a path changes nothing";
-}
-
-TEST_F(Lifecycle, ADocumentThatIsNeverSavedGoesWhole) {
-    CODFDoc document; // the leak checker watches
-    test::Build(document, test::kTextKind, u"text");
-    CTulStringW path(file("p.png"));
-    _CreateImagePart(document.GetRootPart(), path);
-    _CreateChartStyleRootPart(document.GetRootPart(), "Object 1/");
-    EXPECT_EQ(temporaryEntries(), std::vector<std::string>());
-}
-
-TEST_F(Lifecycle, FormulasFindTheirPrefixDeclared) {
-    CODFDoc document;
-    ASSERT_EQ(document.CreateMainPart(sd::SDDocType::DocTypeOdfSpreadsheet), 1);
-    CTableTable* const table =
-        document.GetContentClass()->SetOfficeBody()->SetOfficeSpreadsheet()->SetTableTable();
-    table->SetTableTableRow()->SetTableTableCell()->SetTableFormula(u"of:=SUM([.A1:.A2])");
-    ASSERT_EQ(document.Save(file("a.ods")), 1);
-    const Members members = test::ReadPackage(file("a.ods"));
-    EXPECT_NE(members.at("content.xml").find("xmlns:of=\"urn:oasis:names:tc:opendocument:xmlns:of:1.2\""),
-              std::string::npos);
-    EXPECT_EQ(members.at("styles.xml").find("xmlns:of="), std::string::npos) << "none there that needs it";
 }

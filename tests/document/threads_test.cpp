@@ -59,21 +59,16 @@ std::string Work(const std::string& folder, const test::Kind& kind, int seed) {
 } // namespace
 
 TEST_F(ManyDocuments, AreOpenAtOnce) {
-    constexpr int kDocuments = 100;
-    std::vector<std::unique_ptr<CODFDoc>> documents;
-    for (int i = 0; i < kDocuments; ++i) {
-        documents.push_back(std::make_unique<CODFDoc>());
-        test::Build(*documents.back(), test::kTextKind, ToUtf16(std::to_string(i)));
-        ASSERT_EQ(documents.back()->Save(file(std::to_string(i) + ".odt")), 1);
-    }
-    documents.clear();
-    for (int i = 0; i < kDocuments; ++i) {
-        documents.push_back(std::make_unique<CODFDoc>());
-        ASSERT_EQ(documents.back()->Open(file(std::to_string(i) + ".odt")), 1);
+    std::vector<std::unique_ptr<CODFDoc>> documents(100);
+    for (std::size_t i = 0; i < documents.size(); ++i) {
+        documents[i] = std::make_unique<CODFDoc>();
+        test::Build(*documents[i], test::kTextKind, ToUtf16(std::to_string(i)));
+        ASSERT_EQ(documents[i]->Save(file("a.odt")), 1);
+        ASSERT_EQ(documents[i]->Open(file("a.odt")), 1);
     }
     EXPECT_EQ(temporaryEntries().size(), documents.size());
-    for (int i = 0; i < kDocuments; ++i)
-        EXPECT_EQ(test::Paragraphs(*documents[static_cast<std::size_t>(i)]->GetContentClass()),
+    for (std::size_t i = 0; i < documents.size(); ++i)
+        EXPECT_EQ(test::Paragraphs(*documents[i]->GetContentClass()),
                   std::vector<std::string>{std::to_string(i)});
 }
 
