@@ -161,6 +161,13 @@ TEST(OwnPackage, ComesBackWithItsPasswordAlone) {
         ASSERT_EQ(first.size(), second.size());
         for (std::size_t at = 1; at < first.size(); ++at)
             EXPECT_NE(first[at].second, second[at].second) << "never encrypted the same way twice";
+        for (const std::string_view random : {":salt=\"", ":initialisation-vector=\""}) {
+            const std::string& manifest = first.back().second;
+            const auto value = manifest.find(random);
+            ASSERT_NE(value, std::string::npos);
+            EXPECT_EQ(second.back().second.find(manifest.substr(value, random.size() + 16)),
+                      std::string::npos);
+        }
     }
 }
 

@@ -36,21 +36,6 @@ std::size_t PartsOfType(const CODFDoc& document, const char* type) {
 
 } // namespace
 
-TEST_F(Lifecycle, ADamagedHalfIsKeptUpToTheFault) {
-    const std::string whole = test::TextContent("<text:p>one</text:p><text:p>two</text:p>");
-    const std::string path = textFile({{"content.xml", whole.substr(0, whole.find("</text:p></office"))}});
-    CODFDoc document;
-    EXPECT_EQ(document.Open(path), 1);
-    EXPECT_EQ(document.GetDiagnostics().status(), Status::Ok);
-    EXPECT_EQ(TextOf(document), (std::vector<std::string>{"one", "two"}));
-    ASSERT_EQ(document.GetDiagnostics().notes().size(), 1U);
-    EXPECT_EQ(document.GetDiagnostics().notes()[0].code, NoteCode::XmlNotWellFormed);
-    EXPECT_EQ(document.GetDiagnostics().notes()[0].member, "content.xml");
-    EXPECT_EQ(document.Save(file("out.odt")), 1);
-    EXPECT_EQ(document.Open(file("out.odt")), 1);
-    EXPECT_EQ(TextOf(document), (std::vector<std::string>{"one", "two"}));
-}
-
 TEST_F(Lifecycle, PartsAreFoundByFolder) {
     CODFDoc document;
     ASSERT_EQ(document.Open(textFile({{"Object 1/content.xml", test::TextContent("<text:p>below</text:p>")},
