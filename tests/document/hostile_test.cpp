@@ -6,6 +6,8 @@
 
 #include <odfmodel/odfmodel.h>
 
+#include <sys/resource.h>
+
 using namespace ODF;
 using test::Members;
 
@@ -70,4 +72,27 @@ TEST_F(HostilePackage, LimitsAreObeyedAndTold) {
         EXPECT_EQ(document.Save(file("out.odt")), 1) << "the stack has no part in it";
         EXPECT_EQ(document.GetDiagnostics().status(), Status::Ok);
     }
+}
+
+TEST_F(HostilePackage, ManyMembersNeedFewFiles) {
+    constexpr int kMembers = 5000;
+    Members members{{"content.xml", test::TextContent("<text:p>x</text:p>")}};
+    for (int i = 0; i < kMembers; ++i)
+        members["Pictures/" + std::to_string(i) + ".png"] = std::to_string(i);
+    test::WriteOdf(file("a.odt"), test::kTextType, members);
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit few{256, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+    {
+        CODFDoc document;
+        EXPECT_EQ(document.Open(file("a.odt")), 1);
+        EXPECT_TRUE(document.GetDiagnostics().notes().empty());
+        EXPECT_EQ(document.Save(file("out.odt")), 1);
+        EXPECT_EQ(document.GetDiagnostics().status(), Status::Ok);
+    }
+    setrlimit(RLIMIT_NOFILE, &before);
+    const Members saved = test::ReadPackage(file("out.odt"));
+    EXPECT_EQ(saved.size(), members.size() + 1);
+    EXPECT_EQ(saved.at("Pictures/4999.png"), "4999");
 }
