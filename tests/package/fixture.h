@@ -3,6 +3,8 @@
 #include "support/files.h"
 #include "support/packages.h"
 #include "support/workspace.h"
+#include "zip/items.h"
+#include "zip/notes.h"
 
 #include <odfmodel/core/diagnostics.h>
 #include <odfmodel/package/package.h>
@@ -25,8 +27,10 @@ namespace package_test {
 
 namespace fs = std::filesystem;
 
+using test::HasNote;
 using test::Members;
 using test::ReadFile;
+using test::ReadMembers;
 using test::ReadPackage;
 using test::ScopedVariable;
 using test::WritePackage;
@@ -41,21 +45,6 @@ inline void WriteFile(const fs::path& path, std::string_view data) {
     test::WriteFile(path, data);
 }
 
-/// The members of the archive that a reader is bound to.
-inline Members ReadMembers(CSDUnZip& unzip) {
-    Members members;
-    if (!unzip.itemTable) return members;
-    for (const auto& [name, item] : *unzip.itemTable) {
-        long size = 0;
-        if (item.index < 0 || unzip.GetItemSize(item.index, size) == 0) continue;
-        std::string data(static_cast<std::size_t>(size), '\0');
-        if (unzip.GetItem(item.index, reinterpret_cast<unsigned char*>(data.data()), size) == 0)
-            data = "(unreadable)";
-        members[name.utf8()] = data;
-    }
-    return members;
-}
-
 inline std::vector<std::string> Names(const Members& members) {
     std::vector<std::string> names;
     for (const auto& [name, data] : members)
@@ -63,22 +52,10 @@ inline std::vector<std::string> Names(const Members& members) {
     return names;
 }
 
-/// Names of the archive's members in the order in which they stand in it.
-inline std::vector<std::string> NamesInOrder(const fs::path& path) {
+inline std::vector<std::string> NamesInOrder(const std::string& path) {
     CSDUnZip unzip;
-    std::map<int, std::string> byIndex;
-    if (unzip.OpenZipFileNonDecompress(path.string()) != 0)
-        for (const auto& [name, item] : *unzip.itemTable)
-            byIndex[item.index] = name.utf8();
-    std::vector<std::string> names;
-    for (const auto& [index, name] : byIndex)
-        names.push_back(name);
-    return names;
-}
-
-inline bool HasNote(const ODF::Diagnostics& diagnostics, ODF::NoteCode code, std::string_view member) {
-    return std::any_of(diagnostics.notes().begin(), diagnostics.notes().end(),
-                       [&](const ODF::Note& note) { return note.code == code && note.member == member; });
+    EXPECT_NE(unzip.OpenForItems(path), 0);
+    return test::NamesInOrder(unzip);
 }
 
 inline std::string Manifest(std::string_view entries) {

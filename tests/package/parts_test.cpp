@@ -21,36 +21,21 @@ private:
 
 } // namespace
 
-TEST(Relationships, NumberNewIdsFromTheCount) {
+TEST(Relationships, NewIdsCountOnAndTakenOnesStay) {
     Parts parts;
     IRelationships set;
     IPart* const first = parts.make("a");
-    IPart* const second = parts.make("b");
+    IPart* const named = parts.make("b");
+    IPart* const late = parts.make("c");
     EXPECT_EQ(set.AddPart(first), first);
-    EXPECT_EQ(set.AddPart(second), second);
+    set.AddPart(named, "rId2");
+    set.AddPart(late);
     EXPECT_EQ(Utf8(set.GetIdByPart(first)), "rId0");
-    EXPECT_EQ(Utf8(set.GetIdByPart(second)), "rId1");
-}
-
-TEST(Relationships, SkipTakenNumbers) {
-    Parts parts;
-    IRelationships set;
-    set.AddPart(parts.make("a"), "rId2");
-    set.AddPart(parts.make("b"), "x");
-    IPart* const part = parts.make("c");
-    set.AddPart(part);
-    EXPECT_EQ(Utf8(set.GetIdByPart(part)), "rId3");
-}
-
-TEST(Relationships, KeepTheFirstUnderAnId) {
-    Parts parts;
-    IRelationships set;
-    IPart* const first = parts.make("a");
-    set.AddPart(first, "rId5");
-    EXPECT_EQ(set.AddPart(parts.make("b"), "rId5"), nullptr);
+    EXPECT_EQ(Utf8(set.GetIdByPart(late)), "rId3") << "the number that the count gives is taken";
+    EXPECT_EQ(set.AddPart(parts.make("d"), "rId2"), nullptr);
     EXPECT_EQ(set.AddPart(nullptr, "rId6"), nullptr);
-    EXPECT_EQ(set.GetPartById("rId5"), first);
-    EXPECT_EQ(set.Count(nullptr), 1);
+    EXPECT_EQ(set.GetPartById("rId2"), named);
+    EXPECT_EQ(set.Count(nullptr), 3);
 }
 
 TEST(Relationships, FindByTypeInIdOrder) {
@@ -90,7 +75,7 @@ TEST(Relationships, ListsAreSnapshots) {
     set.ReleasePartList(nullptr);
 }
 
-TEST(Part, WithoutRelationshipsAnswersNothing) {
+TEST(Part, TakesNullAndAnswersWithoutRelationships) {
     IPart part;
     IPart other;
     EXPECT_FALSE(part.HasRelationships());
@@ -101,13 +86,9 @@ TEST(Part, WithoutRelationshipsAnswersNothing) {
     part.RemovePart(&other);
     part.DeleteById("rId0");
     part.Clear();
-}
-
-TEST(Part, IgnoresANullRelationType) {
-    IPart part;
     part.SetRelationType("slide");
     part.SetRelationType(nullptr);
-    EXPECT_EQ(Utf8(part.GetRelationType()), "slide");
+    EXPECT_EQ(Utf8(part.GetRelationType()), "slide") << "null changes nothing here";
     part.SetContentType("text/xml");
     part.SetContentType(nullptr);
     EXPECT_EQ(Utf8(part.GetContentType()), "");
@@ -131,26 +112,15 @@ class PackageParts : public PackageTest {};
 TEST_F(PackageParts, AreFoundWithoutRegardToCase) {
     const auto package = newPackage();
     IPart* const part = Add(*package, "content.xml");
+    EXPECT_NE(Add(*package, "Content.xml"), part) << "owned all the same: nothing may leak";
     EXPECT_EQ(package->GetPart("CONTENT.XML"), part);
     EXPECT_EQ(package->GetPart("content"), nullptr);
     EXPECT_EQ(package->GetPart(nullptr), nullptr);
     EXPECT_EQ(package->AddPart(nullptr), nullptr);
     EXPECT_EQ(package->GetParts()->size(), 1U);
-}
-
-TEST_F(PackageParts, KeepTheFirstOfAName) {
-    const auto package = newPackage();
-    IPart* const first = Add(*package, "a.xml");
-    IPart* const second = Add(*package, "A.xml"); // owned all the same: nothing may leak
-    EXPECT_NE(first, second);
-    EXPECT_EQ(package->GetPart("a.xml"), first);
-}
-
-TEST_F(PackageParts, HaveOneSetForEachSource) {
-    const auto package = newPackage();
     IRelationships* const set = package->CreateRelationships("/");
     ASSERT_NE(set, nullptr);
-    EXPECT_EQ(package->CreateRelationships("/"), nullptr);
+    EXPECT_EQ(package->CreateRelationships("/"), nullptr) << "one set for each source";
     EXPECT_EQ(package->GetRelationships("/"), set);
     EXPECT_EQ(package->GetRelationships("/other"), nullptr);
 }

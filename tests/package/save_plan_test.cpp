@@ -53,80 +53,63 @@ private:
 
 } // namespace
 
-TEST_F(SavePlan, SaveItemsRebindsThePackage) {
-    const auto package = bound();
-    ZipItemVector items = plan(*package);
-    ASSERT_NE(package->SaveItems(text("out.zip"), &items, 0), 0);
-    EXPECT_EQ(ReadPackage(text("out.zip")), expected_);
-    EXPECT_EQ(Utf8(package->GetSourcePath()), text("out.zip"));
-    EXPECT_GE(package->GetUnZip()->GetItemIndex("memory.txt"), 0);
-    EXPECT_EQ(package->GetLockedFiles().size(), 1U);
-    EXPECT_EQ(diagnostics_.status(), Status::Ok);
+TEST_F(SavePlan, SaveItemsBindsThePackageToTheTargetUnlessItKeepsTheSource) {
+    struct Row {
+        const char* target;
+        int keepSource;
+        const char* source; ///< afterwards
+    };
+    for (const auto& [target, keepSource, source] :
+         {Row{"out.zip", 0, "out.zip"}, Row{"source.zip", 0, "source.zip"},
+          Row{"out.zip", 1, "source.zip"}}) {
+        const auto package = bound();
+        ZipItemVector items = plan(*package);
+        ASSERT_NE(package->SaveItems(text(target), &items, keepSource), 0);
+        EXPECT_EQ(ReadPackage(text(target)), expected_);
+        EXPECT_EQ(Utf8(package->GetSourcePath()), text(source));
+        EXPECT_EQ(ReadMembers(*package->GetUnZip()), ReadPackage(text(source)));
+        EXPECT_EQ(package->GetLockedFiles().size(), keepSource == 0 ? 1U : 0U);
+        EXPECT_EQ(diagnostics_.status(), Status::Ok);
+    }
 }
 
-TEST_F(SavePlan, SaveItemsReplacesItsOwnSource) {
-    const auto package = bound();
-    ZipItemVector items = plan(*package);
-    ASSERT_NE(package->SaveItems(text("source.zip"), &items, 0), 0);
-    EXPECT_EQ(ReadPackage(text("source.zip")), expected_);
-    EXPECT_EQ(ReadMembers(*package->GetUnZip()), expected_);
-}
-
-TEST_F(SavePlan, SaveItemsMayKeepTheSource) {
-    const auto package = bound();
-    ZipItemVector items = plan(*package);
-    ASSERT_NE(package->SaveItems(text("out.zip"), &items, 1), 0);
-    EXPECT_EQ(ReadPackage(text("out.zip")), expected_);
-    EXPECT_EQ(Utf8(package->GetSourcePath()), text("source.zip"));
-    EXPECT_GE(package->GetUnZip()->GetItemIndex("old.txt"), 0);
-}
-
-namespace {
-
-struct FaultCase {
-    const char* name;
-    void (*spoil)(ZipItemSpec& copied, ZipItemSpec& memory, ZipItemSpec& file);
-};
-
-class SavePlanFault : public SavePlan, public testing::WithParamInterface<FaultCase> {};
-
-const unsigned short kNoFile[] = {'/', 'n', 'o', 'n', 'e', 0};
-
-} // namespace
-
-TEST_P(SavePlanFault, EndsWithTheTargetUntouched) {
-    const auto package = bound();
-    ZipItemVector items = plan(*package);
-    GetParam().spoil(items[0], items[1], items[2]);
+TEST_F(SavePlan, FaultsEndWithTheTargetUntouched) {
+    static constexpr unsigned short kNoFile[] = {'/', 'n', 'o', 'n', 'e', 0};
+    struct Row {
+        const char* name;
+        void (*spoil)(ZipItemSpec& copied, ZipItemSpec& memory, ZipItemSpec& file);
+    };
+    constexpr Row rows[] = {{"no such member", [](auto& copied, auto&, auto&) { copied.sourceIndex = 99; }},
+                            {"negative index", [](auto& copied, auto&, auto&) { copied.sourceIndex = -2; }},
+                            {"no name", [](auto&, auto& memory, auto&) { memory.name = nullptr; }},
+                            {"no memory", [](auto&, auto& memory, auto&) { memory.data = nullptr; }},
+                            {"negative size", [](auto&, auto& memory, auto&) { memory.size = -7; }},
+                            {"no path", [](auto&, auto&, auto& file) { file.path = nullptr; }},
+                            {"missing file", [](auto&, auto&, auto& file) { file.path = kNoFile; }}};
     WriteFile(at("target/out.zip"), "precious");
     const std::string path = text("target/out.zip");
-    for (const int keepSource : {0, 1}) {
-        EXPECT_EQ(package->SaveItems(path, &items, keepSource), 0);
-        EXPECT_EQ(diagnostics_.status(), Status::CouldNotWrite);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const auto package = bound();
+        ZipItemVector items = plan(*package);
+        row.spoil(items[0], items[1], items[2]);
+        for (const int keepSource : {0, 1}) {
+            EXPECT_EQ(package->SaveItems(path, &items, keepSource), 0);
+            EXPECT_EQ(diagnostics_.status(), Status::CouldNotWrite);
+        }
+        EXPECT_EQ(package->WriteItems(path, &items), 0);
+        EXPECT_EQ(ReadFile(path), "precious");
+        EXPECT_EQ(test::EntriesOf(at("target")), std::vector<std::string>{"out.zip"});
+        EXPECT_TRUE(temporaryEntries().empty());
+
+        std::vector<char> buffer(20'000, 'x');
+        int size = static_cast<int>(buffer.size());
+        EXPECT_EQ(package->SaveItemsToMemory(buffer.data(), &size, 0, &items), 0);
+        EXPECT_EQ(package->WriteItemsToMemory(buffer.data(), &size, 0, &items), 0);
+        EXPECT_EQ(size, 20'000);
+        EXPECT_GE(package->GetUnZip()->GetItemIndex("old.txt"), 0) << "the package stays on its archive";
     }
-    EXPECT_EQ(package->WriteItems(path, &items), 0);
-    EXPECT_EQ(ReadFile(path), "precious");
-    EXPECT_EQ(std::distance(fs::directory_iterator(at("target")), fs::directory_iterator()), 1);
-    EXPECT_TRUE(temporaryEntries().empty());
-
-    std::vector<char> buffer(20'000, 'x');
-    int size = static_cast<int>(buffer.size());
-    EXPECT_EQ(package->SaveItemsToMemory(buffer.data(), &size, 0, &items), 0);
-    EXPECT_EQ(package->WriteItemsToMemory(buffer.data(), &size, 0, &items), 0);
-    EXPECT_EQ(size, 20'000);
-    EXPECT_GE(package->GetUnZip()->GetItemIndex("old.txt"), 0) << "the package stays on its archive";
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, SavePlanFault,
-    testing::Values(FaultCase{"NoSuchMember", [](auto& copied, auto&, auto&) { copied.sourceIndex = 99; }},
-                    FaultCase{"NegativeIndex", [](auto& copied, auto&, auto&) { copied.sourceIndex = -2; }},
-                    FaultCase{"NoName", [](auto&, auto& memory, auto&) { memory.name = nullptr; }},
-                    FaultCase{"NoMemory", [](auto&, auto& memory, auto&) { memory.data = nullptr; }},
-                    FaultCase{"NegativeSize", [](auto&, auto& memory, auto&) { memory.size = -7; }},
-                    FaultCase{"NoPath", [](auto&, auto&, auto& file) { file.path = nullptr; }},
-                    FaultCase{"MissingFile", [](auto&, auto&, auto& file) { file.path = kNoFile; }}),
-    [](const auto& given) { return std::string(given.param.name); });
 
 TEST_F(SavePlan, TargetThatCanNotBeReplaced) {
     const auto package = bound();
@@ -220,32 +203,6 @@ TEST_F(SavePlan, RepackLeavesOutWhatIsNotThere) {
     EXPECT_EQ(package->RepackFromFiles(text("no/folder/out.zip"), &map), 0);
 }
 
-namespace {
-
-struct MediaCase {
-    const char* path;
-    bool inText;
-    bool inPresentation;
-};
-
-class Media : public PackageTest, public testing::WithParamInterface<MediaCase> {};
-
-} // namespace
-
-TEST_P(Media, IsToldByExtension) {
-    const auto package = newPackage();
-    package->SetDocType(sd::SDDocType::DocTypeOdfText);
-    EXPECT_EQ(package->IsMediaFile(GetParam().path), GetParam().inText);
-    package->SetDocType(sd::SDDocType::DocTypeOdfPresentation);
-    EXPECT_EQ(package->IsMediaFile(GetParam().path), GetParam().inPresentation);
-}
-
-INSTANTIATE_TEST_SUITE_P(Table, Media,
-                         testing::Values(MediaCase{"/a/b.jpeg", true, true}, MediaCase{"b.PNG", true, true},
-                                         MediaCase{"b.bmp", false, true}, MediaCase{"b.xml", false, false},
-                                         MediaCase{"png", false, false}, MediaCase{"a.png/b", false, false},
-                                         MediaCase{"", false, false}));
-
 TEST_F(SavePlan, PackedSavesStoreMedia) {
     WritePackage(text("a.odt"), {{"META-INF/manifest.xml",
                                   Manifest(Entry("image/png", "a.png") + Entry("text/xml", "a.xml"))},
@@ -259,6 +216,13 @@ TEST_F(SavePlan, PackedSavesStoreMedia) {
     EXPECT_GT(fs::file_size(at("packed.odt")), 9000U);
     EXPECT_LT(fs::file_size(at("packed.odt")), 12'000U);
     EXPECT_EQ(ReadPackage(text("plain.odt")), ReadPackage(text("packed.odt")));
+    for (const char* const name : {"/a/b.jpeg", "b.PNG"})
+        EXPECT_TRUE(package->IsMediaFile(name)) << name;
+    for (const char* const name : {"b.bmp", "b.xml", "png", "a.png/b", ""})
+        EXPECT_FALSE(package->IsMediaFile(name)) << name;
+    package->SetDocType(sd::SDDocType::DocTypeOdfPresentation);
+    EXPECT_TRUE(package->IsMediaFile("b.bmp"));
+    EXPECT_FALSE(package->IsMediaFile("b.xml"));
 }
 
 TEST_F(SavePlan, ItemsAreExtractedByIndex) {

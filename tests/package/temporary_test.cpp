@@ -7,10 +7,6 @@ namespace {
 
 class Temporary : public PackageTest {};
 
-bool IsHex(std::string_view text) {
-    return text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
-}
-
 } // namespace
 
 TEST_F(Temporary, FolderIsMadeOnlyForThePackage) {
@@ -18,7 +14,6 @@ TEST_F(Temporary, FolderIsMadeOnlyForThePackage) {
     ASSERT_NE(package->SetTempFolder(nullptr), 0);
     const fs::path folder = Utf8(package->GetTempFolder());
     EXPECT_EQ(folder.parent_path(), temporary());
-    EXPECT_TRUE(IsHex(folder.filename().string()));
     EXPECT_TRUE(fs::is_empty(folder));
     ASSERT_NE(package->SetTempFolder(nullptr), 0);
     EXPECT_NE(Utf8(package->GetTempFolder()), folder.string());
@@ -48,32 +43,16 @@ TEST_F(Temporary, FilesAreLockedByName) {
     EXPECT_TRUE(package->GetLockedFiles().empty());
 }
 
-TEST_F(Temporary, TreesAreDeletedWhole) {
-    WriteFile(at("outside"), "stays");
-    WriteFile(at("tree/sub/file"), "x");
-    WriteFile(at("tree/.hidden/file"), "x");
-    fs::permissions(at("tree/sub/file"), fs::perms::owner_read);
-    fs::permissions(at("tree/sub"), fs::perms::owner_read | fs::perms::owner_exec);
-    fs::create_symlink(at("outside"), at("tree/link"));
-    IPackage::DeleteFolderTree(text("tree"));
-    EXPECT_FALSE(fs::exists(at("tree")));
-    EXPECT_TRUE(fs::exists(at("outside")));
-    IPackage::DeleteFolderTree(text("tree"));
-}
-
-TEST_F(Temporary, NamesHaveTheirForm) {
-    const std::string archive = IPackage::MakeTempArchiveName("/some/where/a.b.odt").utf8();
-    const std::string plain = IPackage::MakeTempArchiveName("/some.where/a").utf8();
-    const std::string work = IPackage::MakeTempWorkName("Data").utf8();
-    for (const std::string& name : {archive, plain, work})
-        EXPECT_EQ(fs::path(name).parent_path(), temporary());
-    EXPECT_EQ(fs::path(archive).extension(), ".odt");
-    EXPECT_TRUE(IsHex(fs::path(archive).stem().string()));
-    EXPECT_EQ(fs::path(plain).filename().string().size(), 4U);
-    EXPECT_TRUE(IsHex(fs::path(plain).filename().string()));
-    const std::string name = fs::path(work).filename().string();
-    EXPECT_TRUE(name.starts_with("Data_") && name.ends_with("_secureTempFile.tmp")) << name;
-    EXPECT_TRUE(IsHex(name.substr(5, 6)));
-    for (const std::string& made : {archive, plain, work})
-        EXPECT_TRUE(fs::remove(made)) << "made at once, so that no one else can take it";
+TEST_F(Temporary, FilesAreMadeAtOnceSoThatNoOneCanTakeTheirNames) {
+    const fs::path archive = IPackage::MakeTempArchiveName("/some/where/a.b.odt").utf8();
+    const fs::path plain = IPackage::MakeTempArchiveName("/some.where/a").utf8();
+    const fs::path work = IPackage::MakeTempWorkName("Data").utf8();
+    EXPECT_EQ(archive.extension(), ".odt");
+    EXPECT_EQ(plain.extension(), "");
+    EXPECT_TRUE(work.filename().string().starts_with("Data_"));
+    EXPECT_TRUE(work.filename().string().ends_with("_secureTempFile.tmp"));
+    for (const fs::path& made : {archive, plain, work}) {
+        EXPECT_EQ(made.parent_path(), temporary());
+        EXPECT_TRUE(fs::remove(made));
+    }
 }

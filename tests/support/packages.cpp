@@ -1,6 +1,5 @@
 #include "support/packages.h"
 
-#include <odfmodel/serial/unzip.h>
 #include <odfmodel/serial/zip.h>
 
 #include <gtest/gtest.h>
@@ -34,11 +33,9 @@ void WriteOdf(const std::string& path, std::string_view mediaType, Members membe
     WritePackage(path, members);
 }
 
-Members ReadPackage(const std::string& path, const std::string& password) {
+Members ReadMembers(const CSDUnZip& unzip) {
     Members members;
-    CODFUnZip unzip;
-    if (!password.empty()) unzip.SetPassword(password);
-    if (unzip.OpenForItems(CTulStringW(path)) == 0) return members;
+    if (!unzip.itemTable) return members;
     for (const auto& [name, item] : *unzip.itemTable) {
         if (item.index < 0) continue;
         long size = static_cast<long>(item.size);
@@ -50,6 +47,13 @@ Members ReadPackage(const std::string& path, const std::string& password) {
         members[name.utf8()] = data;
     }
     return members;
+}
+
+Members ReadPackage(const std::string& path, const std::string& password) {
+    CODFUnZip unzip;
+    if (!password.empty()) unzip.SetPassword(password);
+    unzip.OpenForItems(CTulStringW(path));
+    return ReadMembers(unzip);
 }
 
 std::string TextContent(std::string_view body) {

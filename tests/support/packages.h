@@ -1,5 +1,7 @@
 #pragma once
 
+#include <odfmodel/serial/unzip.h>
+
 #include <map>
 #include <string>
 #include <string_view>
@@ -23,6 +25,8 @@ void WritePackage(const std::string& path, const Members& members);
 /// what `more` says besides.
 void WriteOdf(const std::string& path, std::string_view mediaType, Members members,
               const std::vector<ManifestEntry>& more = {});
+/// The members of the archive that a reader is bound to.
+Members ReadMembers(const CSDUnZip& unzip);
 /// The members of a package in clear; empty when it can't be opened.
 Members ReadPackage(const std::string& path, const std::string& password = {});
 

@@ -3,8 +3,10 @@
 #include <odfmodel/serial/unzip.h>
 #include <odfmodel/serial/zip.h>
 
+#include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace test {
 
@@ -21,6 +23,17 @@ inline std::string Item(const CSDUnZip& unzip, std::string_view name) {
     if (unzip.GetItem(index, reinterpret_cast<unsigned char*>(data.data()), size) == 0) return "(unreadable)";
     data.resize(static_cast<std::size_t>(size));
     return data;
+}
+
+/// The names of the members in the order in which they stand in the archive.
+inline std::vector<std::string> NamesInOrder(const CSDUnZip& unzip) {
+    std::map<int, std::string> byIndex;
+    for (const auto& [name, item] : *unzip.itemTable)
+        byIndex[item.index] = name.utf8();
+    std::vector<std::string> names;
+    for (const auto& [index, name] : byIndex)
+        names.push_back(name);
+    return names;
 }
 
 /// Opens an archive whose bytes stay with the caller.
