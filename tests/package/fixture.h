@@ -70,6 +70,8 @@ inline std::string Entry(std::string_view mediaType, std::string_view fullPath) 
 }
 
 inline constexpr const char* kTextType = "application/vnd.oasis.opendocument.text";
+inline constexpr const char* kPresentationType =
+    "application/vnd.openxmlformats-officedocument.presentationml.presentation.main+xml";
 inline constexpr const char* kOfficeRelation =
     "http://schemas.openxmlformats.org/officeDocument/2006/relationships/";
 
@@ -106,6 +108,19 @@ protected:
         return package;
     }
 
+    /// The same, with a file in it.
+    std::unique_ptr<SDPackage::IPackage> opened(const std::string& path) {
+        auto package = newPackage();
+        EXPECT_NE(package->Open(path), 0) << path;
+        return package;
+    }
+
+    /// What a save of the package writes.
+    Members saved(SDPackage::IPackage& package, std::string_view name) const {
+        EXPECT_NE(package.Save(text(name)), 0) << name;
+        return ReadPackage(text(name));
+    }
+
     /// A text document with a picture, an embedded object and a member that the manifest doesn't list.
     std::string makeText(std::string_view name = "a.odt") const {
         WritePackage(text(name), {{"mimetype", kTextType},
@@ -135,8 +150,8 @@ protected:
         return {{"[Content_Types].xml",
                  ContentTypes("<Default Extension=\"xml\" ContentType=\"application/xml\"/>"
                               "<Default Extension=\"png\" ContentType=\"image/png\"/>"
-                              "<Override PartName=\"/ppt/presentation.xml\" ContentType=\"application/"
-                              "vnd.openxmlformats-officedocument.presentationml.presentation.main+xml\"/>")},
+                              "<Override PartName=\"/ppt/presentation.xml\" ContentType=\"" +
+                              std::string(kPresentationType) + "\"/>")},
                 {"_rels/.rels",
                  Relationships(Relationship("rId1", relation + "officeDocument", "ppt/presentation.xml"))},
                 {"ppt/presentation.xml", "<presentation/>"},

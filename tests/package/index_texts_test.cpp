@@ -47,9 +47,6 @@ TEST(IndexTexts, RelativeTargetsLeadFromPartToPart) {
 
 namespace {
 
-constexpr const char* kPresentationType =
-    "application/vnd.openxmlformats-officedocument.presentationml.presentation.main+xml";
-
 std::string Relation(std::string_view name) {
     return kOfficeRelation + std::string(name);
 }
@@ -101,31 +98,27 @@ TEST(ContentTypes, AreLookedUp) {
     EXPECT_EQ(Utf8(types.FindPartName("CAPITAL")), "(null)");
 }
 
-TEST(ContentTypes, TellKinds) {
+TEST(ContentTypes, OfBinaryPartsGoByTheirNamesOrTheRelationship) {
     IContentTypes types;
-    types.AddOverride("/a.bin", "x");
-    types.AddOverride("/b.BIN", "x");
-    types.AddOverride("/c.xml", "x");
-    types.AddDefault("bin", "x");
-    EXPECT_EQ(types.GetKind("/a.bin"), 1);
-    EXPECT_EQ(types.GetKind("/b.BIN"), 1);
-    EXPECT_EQ(types.GetKind("/c.xml"), 0);
-    EXPECT_EQ(types.GetKind("/d.bin"), 0);
-    EXPECT_EQ(types.RemoveOverride("/a.bin"), 1);
-    EXPECT_EQ(types.RemoveOverride("/a.bin"), 0);
-}
-
-TEST(ContentTypes, OfBinaryWorkbooksGoByTheRelationship) {
-    IBinaryContentTypes types;
-    types.AddDefault("bin", "application/default");
-    types.AddOverride("/xl/a.bin", "application/override");
-    EXPECT_EQ(Utf8(types.GetContentType("/xl/a.bin", Relation("worksheet"))),
+    IBinaryContentTypes binary;
+    for (IContentTypes* const either : {&types, static_cast<IContentTypes*>(&binary)}) {
+        either->AddOverride("/xl/a.bin", "application/override");
+        either->AddOverride("/xl/b.BIN", "x");
+        either->AddOverride("/xl/c.xml", "x");
+        either->AddDefault("bin", "application/default");
+        EXPECT_EQ(either->GetKind("/xl/a.bin"), 1);
+        EXPECT_EQ(either->GetKind("/xl/c.xml"), 0);
+        EXPECT_EQ(Utf8(either->GetContentType("/xl/a.bin", nullptr)), "application/override");
+        EXPECT_EQ(Utf8(either->GetContentType("/xl/d.bin", nullptr)), "application/default");
+    }
+    EXPECT_EQ(types.GetKind("/xl/b.BIN"), 1);
+    EXPECT_EQ(types.GetKind("/xl/d.bin"), 0);
+    EXPECT_EQ(binary.GetKind("/xl/a.bin.xml"), 1);
+    EXPECT_EQ(Utf8(binary.GetContentType("/xl/a.bin", Relation("worksheet"))),
               "application/vnd.ms-excel.worksheet");
-    EXPECT_EQ(Utf8(types.GetContentType("/xl/a.BIN", "unknown")), "(null)");
-    EXPECT_EQ(Utf8(types.GetContentType("/xl/a.bin", nullptr)), "application/override");
-    EXPECT_EQ(Utf8(types.GetContentType("/xl/b.bin", nullptr)), "application/default");
-    EXPECT_EQ(types.GetKind("/xl/a.bin.xml"), 1);
-    EXPECT_EQ(types.GetKind("/xl/a.xml"), 0);
+    EXPECT_EQ(Utf8(binary.GetContentType("/xl/a.BIN", "unknown")), "(null)");
+    EXPECT_EQ(types.RemoveOverride("/xl/a.bin"), 1);
+    EXPECT_EQ(types.RemoveOverride("/xl/a.bin"), 0);
 }
 
 TEST(Relationship, IsEscaped) {

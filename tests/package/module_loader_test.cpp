@@ -88,21 +88,19 @@ TEST_F(Loader, NearestMarkerWins) {
     ASSERT_EQ(messages_.size(), 1U);
     EXPECT_TRUE(messages_[0].starts_with("could not find Common path(")) << messages_[0];
 
-    mark(at("machine"));
     WriteFile(at("etc/odfmodel/settings.ini"),
               "[Software\\TUL\\Shared\\Common9.6]\nCommon Path = " + text("machine") + "\n");
-    ASSERT_TRUE(loader_.FindCommonPath(found));
-    EXPECT_EQ(found, text("machine"));
-    mark(Home() / "../Bin");
-    ASSERT_TRUE(loader_.FindCommonPath(found));
-    EXPECT_EQ(found, Home().string() + "/./../Bin");
-    mark(Home() / "Bin");
-    ASSERT_TRUE(loader_.FindCommonPath(found));
-    EXPECT_EQ(found, Home().string() + "/./Bin");
-    mark(Home());
-    unsigned short buffer[260] = {};
-    ASSERT_TRUE(loader_.FindCommonPath(buffer));
-    EXPECT_EQ(Utf8(buffer), Home().string() + "/././");
+    const std::string home = Home().string();
+    const std::pair<fs::path, std::string> rows[] = {{at("machine"), text("machine")},
+                                                     {Home() / "../Bin", home + "/./../Bin"},
+                                                     {Home() / "Bin", home + "/./Bin"},
+                                                     {Home(), home + "/././"}};
+    for (const auto& [folder, path] : rows) {
+        mark(folder);
+        unsigned short buffer[260] = {};
+        EXPECT_TRUE(loader_.FindCommonPath(buffer));
+        EXPECT_EQ(Utf8(buffer), path);
+    }
     EXPECT_EQ(messages_.size(), 1U);
 }
 

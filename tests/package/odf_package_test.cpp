@@ -1,7 +1,5 @@
 #include "package/fixture.h"
 
-#include <sys/stat.h>
-
 using namespace package_test;
 using namespace SDPackage;
 
@@ -21,23 +19,19 @@ std::vector<std::string> PartPaths(IPackage& package) {
 class OdfPackage : public PackageTest {
 protected:
     /// Opens a text document that holds these members and this manifest.
-    std::unique_ptr<IPackage> openWith(const std::vector<std::string>& members, const std::string& manifest,
-                                       int keepCompressed = 0) {
+    std::unique_ptr<IPackage> openWith(const std::vector<std::string>& members, const std::string& manifest) {
         Members all{{"META-INF/manifest.xml", manifest}};
         for (const std::string& name : members)
             all[name] = "data of " + name;
         WritePackage(text("a.odt"), all);
-        auto package = newPackage();
-        EXPECT_NE(package->Open(text("a.odt"), keepCompressed), 0);
-        return package;
+        return opened(text("a.odt"));
     }
 };
 
 } // namespace
 
-TEST_F(OdfPackage, OpensIntoParts) {
-    const auto package = newPackage();
-    ASSERT_NE(package->Open(makeText()), 0);
+TEST_F(OdfPackage, OpensIntoPartsInAPrivateFolder) {
+    const auto package = opened(makeText());
     EXPECT_EQ(diagnostics_.status(), Status::Ok);
     EXPECT_EQ(package->GetDocType(), SDDocType::DocTypeOdfText);
     EXPECT_EQ(PartPaths(*package), (std::vector<std::string>{"content.xml", "Object 1\\content.xml",
@@ -56,19 +50,14 @@ TEST_F(OdfPackage, OpensIntoParts) {
               "application/vnd.oasis.opendocument.formula");
 
     IPart* const root = package->GetRootPart();
-    EXPECT_EQ(Utf8(root->GetLocalPath()), Utf8(package->GetTempFolder()));
     EXPECT_EQ(root->Count(nullptr), 4);
     EXPECT_EQ(package->GetFolderEntries().size(), 2U);
     EXPECT_TRUE(HasNote(diagnostics_, NoteCode::MemberMissing, "missing.xml"));
-}
 
-TEST_F(OdfPackage, WorksInAPrivateFolderThatGoesWithIt) {
-    auto package = newPackage();
-    ASSERT_NE(package->Open(makeText()), 0);
+    // The folder is private, and goes with the package whatever was put into it.
     const fs::path folder = Utf8(package->GetTempFolder());
-    struct stat status {};
-    ASSERT_EQ(stat(folder.c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777U, 0700U);
+    EXPECT_EQ(Utf8(root->GetLocalPath()), folder.string());
+    EXPECT_EQ(fs::status(folder).permissions(), fs::perms::owner_all);
     EXPECT_EQ(package->GetLockedFiles().size(), 7U);
     WriteFile(folder / ".hidden/file", "x");
     fs::permissions(folder / "styles.xml", fs::perms::owner_read);
@@ -140,15 +129,13 @@ TEST_F(OdfPackage, PassesOverHostileEntries) {
     const auto package = openWith({"content.xml"}, Manifest(entries + Entry("text/xml", "content.xml")));
     EXPECT_EQ(PartPaths(*package), std::vector<std::string>{"content.xml"});
     EXPECT_GE(diagnostics_.notes().size(), names.size());
-    ASSERT_NE(package->Save(text("out.odt")), 0);
-    EXPECT_EQ(Names(ReadPackage(text("out.odt"))),
+    EXPECT_EQ(Names(saved(*package, "out.odt")),
               (std::vector<std::string>{"META-INF/manifest.xml", "content.xml"}));
     fs::remove(temporary() / "secret.txt");
 }
 
 TEST_F(OdfPackage, SavesItsPartsInNameOrder) {
-    const auto package = newPackage();
-    ASSERT_NE(package->Open(makeText()), 0);
+    const auto package = opened(makeText());
     int turns = 0;
     package->SetHostTurn([&] { ++turns; });
     ASSERT_NE(package->Save(text("b.odt")), 0);
@@ -169,8 +156,7 @@ TEST_F(OdfPackage, SavesItsPartsInNameOrder) {
 }
 
 TEST_F(OdfPackage, SavesAddedPartsOnceUnderEscapedNames) {
-    const auto package = newPackage();
-    ASSERT_NE(package->Open(makeText()), 0);
+    const auto package = opened(makeText());
     WriteFile(at("new.png"), "new picture");
     // The second is one with a part that was opened, whose path has `\`.
     for (const char* const path : {"Pictures/\"<&>.png", "Pictures/a.png"}) {
@@ -180,14 +166,12 @@ TEST_F(OdfPackage, SavesAddedPartsOnceUnderEscapedNames) {
         part->SetLocalPath(text("new.png"));
         package->AddPart(part);
     }
-    ASSERT_NE(package->Save(text("b.odt")), 0);
-    Members saved = ReadPackage(text("b.odt"));
-    EXPECT_EQ(saved["Pictures/a.png"], "new picture");
-    const std::string& manifest = saved["META-INF/manifest.xml"];
+    Members written = saved(*package, "b.odt");
+    EXPECT_EQ(written["Pictures/a.png"], "new picture");
+    const std::string& manifest = written["META-INF/manifest.xml"];
     EXPECT_EQ(manifest.find("Pictures/a.png"), manifest.rfind("Pictures/a.png"));
     EXPECT_NE(manifest.find(Entry("a&amp;b", "Pictures/&quot;&lt;&amp;>.png")), std::string::npos);
-    const auto again = newPackage();
-    ASSERT_NE(again->Open(text("b.odt")), 0);
+    const auto again = opened(text("b.odt"));
     EXPECT_NE(again->GetPart("Pictures\\\"<&>.png"), nullptr);
 }
 
@@ -200,8 +184,7 @@ TEST_F(OdfPackage, SaveThatFailsLeavesTheTarget) {
         }};
     WriteFile(at("target/b.odt"), "precious");
     for (const auto fault : faults) {
-        const auto package = newPackage();
-        ASSERT_NE(package->Open(makeText()), 0);
+        const auto package = opened(makeText());
         fault(Utf8(package->GetTempFolder()));
         EXPECT_EQ(package->Save(text("target/b.odt")), 0);
         EXPECT_EQ(diagnostics_.status(), Status::CouldNotWrite);
@@ -236,8 +219,7 @@ TEST_F(OdfPackage, OfUnknownTypeSavesTheWriteList) {
     const auto package = newPackage();
     WriteFile(at("x"), "data");
     (*package->GetWriteList())[CTulStringW(u"dir\\x")] = CTulStringW(text("x"));
-    ASSERT_NE(package->Save(text("x.zip")), 0);
-    EXPECT_EQ(ReadPackage(text("x.zip")), (Members{{"dir/x", "data"}}));
+    EXPECT_EQ(saved(*package, "x.zip"), (Members{{"dir/x", "data"}}));
 }
 
 TEST_F(OdfPackage, KeptCompressedListsAndSavesItsParts) {
@@ -251,8 +233,7 @@ TEST_F(OdfPackage, KeptCompressedListsAndSavesItsParts) {
     int extra = 0;
     ASSERT_NE(package->GetItemSize("Pictures/a.png", &size, &extra), 0);
     EXPECT_EQ(size, 13);
-    ASSERT_NE(package->Save(text("b.odt")), 0);
-    EXPECT_EQ(ReadPackage(text("b.odt"))["Pictures/a.png"], "picture bytes");
+    EXPECT_EQ(saved(*package, "b.odt")["Pictures/a.png"], "picture bytes");
 }
 
 TEST_F(OdfPackage, FolderOutlivesThePackage) {
@@ -277,15 +258,13 @@ TEST_F(OdfPackage, OpensAnotherFileAnew) {
     makeText("a.odt");
     WritePackage(text("b.ods"), {{"META-INF/manifest.xml", Manifest(Entry("text/xml", "only.xml"))},
                                  {"only.xml", "<only/>"}});
-    auto package = newPackage();
-    ASSERT_NE(package->Open(text("a.odt")), 0);
+    auto package = opened(text("a.odt"));
     IPart* const old = package->GetPart("content.xml");
     ASSERT_NE(package->Open(text("b.ods")), 0);
     EXPECT_EQ(PartPaths(*package), std::vector<std::string>{"only.xml"});
     EXPECT_EQ(package->GetDocType(), SDDocType::DocTypeOdfSpreadsheet);
     EXPECT_EQ(Utf8(old->GetPartName()), "content.xml") << "records handed out stay valid";
-    ASSERT_NE(package->Save(text("c.ods")), 0);
-    EXPECT_EQ(Names(ReadPackage(text("c.ods"))),
+    EXPECT_EQ(Names(saved(*package, "c.ods")),
               (std::vector<std::string>{"META-INF/manifest.xml", "only.xml"}));
 }
 

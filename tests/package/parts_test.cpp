@@ -38,38 +38,32 @@ TEST(Relationships, NewIdsCountOnAndTakenOnesStay) {
     EXPECT_EQ(set.Count(nullptr), 3);
 }
 
-TEST(Relationships, FindByTypeInIdOrder) {
-    Parts parts;
-    IRelationships set;
-    IPart* const late = parts.make("late", "text/xml");
-    IPart* const early = parts.make("early", "text/xml");
-    set.AddPart(late, "rId2");
-    set.AddPart(early, "rId10");
-    EXPECT_EQ(set.GetPartByContentType("text/xml"), early);
-    EXPECT_EQ(set.GetPartByContentType("TEXT/XML"), nullptr);
-    EXPECT_EQ(set.Count("text/xml"), 2);
-    EXPECT_EQ(set.Count("image/png"), 0);
-}
-
-TEST(Relationships, ListsAreSnapshots) {
+TEST(Relationships, FindByTypeInIdOrderAndListSnapshots) {
     Parts parts;
     IRelationships set;
     EXPECT_EQ(set.GetPartList(nullptr), nullptr);
-    IPart* const part = parts.make("a.xml", "text/xml");
-    set.AddPart(part);
-    set.AddPart(parts.make("b.png", "image/png"));
+    IPart* const late = parts.make("late.xml", "text/xml");
+    IPart* const early = parts.make("early.xml", "text/xml");
+    set.AddPart(late, "rId2");
+    set.AddPart(early, "rId10");
+    set.AddPart(parts.make("b.png", "image/png"), "rId3");
+    EXPECT_EQ(set.GetPartByContentType("text/xml"), early);
+    EXPECT_EQ(set.GetPartByContentType("TEXT/XML"), nullptr);
+    EXPECT_EQ(set.Count("text/xml"), 2);
+    EXPECT_EQ(set.Count("audio/mp3"), 0);
+
     IPartList* const list = set.GetPartList("text/xml");
     ASSERT_NE(list, nullptr);
     set.Clear();
-    EXPECT_EQ(list->Count(), 1);
-    EXPECT_EQ(list->GetPart(0), part);
-    EXPECT_EQ(list->GetPart(1), nullptr);
+    EXPECT_EQ(list->Count(), 2);
+    EXPECT_EQ(list->GetPart(0), early);
+    EXPECT_EQ(list->GetPart(2), nullptr);
     EXPECT_EQ(list->GetEntry(-1), nullptr);
-    EXPECT_EQ(list->GetPartByPackagePath("a.xml"), part);
-    EXPECT_TRUE(list->Contains("rId0"));
-    EXPECT_EQ(list->Add(part, "rId0"), nullptr);
-    EXPECT_EQ(list->Add(part, "again"), part);
-    EXPECT_EQ(Utf8(list->FindSame(parts.make("a.xml"))), "rId0");
+    EXPECT_EQ(list->GetPartByPackagePath("late.xml"), late);
+    EXPECT_TRUE(list->Contains("rId2"));
+    EXPECT_EQ(list->Add(late, "rId2"), nullptr);
+    EXPECT_EQ(list->Add(late, "again"), late);
+    EXPECT_EQ(Utf8(list->FindSame(parts.make("early.xml"))), "rId10");
     EXPECT_EQ(list->FindSame(parts.make("other")), nullptr);
     set.ReleasePartList(list);
     set.ReleasePartList(nullptr);
@@ -141,42 +135,40 @@ TEST_F(PackageParts, AreForgottenWhenTheyAreDeleted) {
     EXPECT_NE(Add(*package, "a.xml"), nullptr);
 }
 
-class PackagePartCount : public PackageTest, public testing::WithParamInterface<int> {};
-
 // Lookups by local path change from a walk to an index behind 128 parts; nobody may notice.
-TEST_P(PackagePartCount, DoesNotChangeLookups) {
-    const auto package = newPackage();
-    for (int i = 0; i < GetParam(); ++i)
-        Add(*package, "p" + std::to_string(i), "/L/p" + std::to_string(i));
-    EXPECT_EQ(Utf8(package->FindPartByLocalPath("/l/P7", TargetModeInternal)->GetPackagePath()), "p7");
-    EXPECT_EQ(package->FindPartByLocalPath("/L/p7", TargetModeExternal), nullptr);
-    EXPECT_EQ(package->FindPartByLocalPath(nullptr, TargetModeInternal), nullptr);
+TEST_F(PackageParts, AreFoundByLocalPathHoweverManyThereAre) {
+    for (const int count : {10, 127, 128, 129, 3000}) {
+        SCOPED_TRACE(count);
+        const auto package = newPackage();
+        for (int i = 0; i < count; ++i)
+            Add(*package, "p" + std::to_string(i), "/L/p" + std::to_string(i));
+        EXPECT_EQ(Utf8(package->FindPartByLocalPath("/l/P7", TargetModeInternal)->GetPackagePath()), "p7");
+        EXPECT_EQ(package->FindPartByLocalPath("/L/p7", TargetModeExternal), nullptr);
+        EXPECT_EQ(package->FindPartByLocalPath(nullptr, TargetModeInternal), nullptr);
 
-    // Changes after the first lookup are seen.
-    IPart* const late = Add(*package, "zzz", "/L/late");
-    EXPECT_EQ(package->FindPartByLocalPath("/L/late", TargetModeInternal), late);
-    late->SetLocalPath("/L/later");
-    EXPECT_EQ(package->FindPartByLocalPath("/L/late", TargetModeInternal), nullptr);
-    EXPECT_EQ(package->FindPartByLocalPath("/L/later", TargetModeInternal), late);
-    late->SetTargetMode(TargetModeExternal);
-    EXPECT_EQ(package->FindPartByLocalPath("/L/later", TargetModeExternal), late);
-    // Of two parts at one place the first in name order counts, whichever came first.
-    Add(*package, "b", "/L/shared");
-    IPart* const first = Add(*package, "a", "/L/shared");
-    EXPECT_EQ(package->FindPartByLocalPath("/L/shared", TargetModeInternal), first);
-    delete first;
-    EXPECT_EQ(Utf8(package->FindPartByLocalPath("/L/shared", TargetModeInternal)->GetPackagePath()), "b");
+        // Changes after the first lookup are seen.
+        IPart* const late = Add(*package, "zzz", "/L/late");
+        EXPECT_EQ(package->FindPartByLocalPath("/L/late", TargetModeInternal), late);
+        late->SetLocalPath("/L/later");
+        EXPECT_EQ(package->FindPartByLocalPath("/L/late", TargetModeInternal), nullptr);
+        EXPECT_EQ(package->FindPartByLocalPath("/L/later", TargetModeInternal), late);
+        late->SetTargetMode(TargetModeExternal);
+        EXPECT_EQ(package->FindPartByLocalPath("/L/later", TargetModeExternal), late);
+        // Of two parts at one place the first in name order counts, whichever came first.
+        Add(*package, "b", "/L/shared");
+        IPart* const first = Add(*package, "a", "/L/shared");
+        EXPECT_EQ(package->FindPartByLocalPath("/L/shared", TargetModeInternal), first);
+        delete first;
+        EXPECT_EQ(Utf8(package->FindPartByLocalPath("/L/shared", TargetModeInternal)->GetPackagePath()), "b");
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(AroundTheIndex, PackagePartCount, testing::Values(10, 127, 128, 129, 3000));
 
 TEST_F(PackageParts, GiveTheMainPartByDocumentType) {
     const auto package = newPackage();
     EXPECT_EQ(package->GetMainPart(), nullptr);
     package->GetRootPart()->SetRelationships(package->CreateRelationships("/"));
     IPart* const part = Add(*package, "/ppt/presentation.xml");
-    part->SetContentType(
-        "application/vnd.openxmlformats-officedocument.presentationml.presentation.main+xml");
+    part->SetContentType(kPresentationType);
     package->GetRootPart()->AddPart(part);
     EXPECT_EQ(package->GetMainPart(), nullptr);
     EXPECT_EQ(package->FindMainPart(), nullptr);

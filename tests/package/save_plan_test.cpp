@@ -208,8 +208,7 @@ TEST_F(SavePlan, PackedSavesStoreMedia) {
                                   Manifest(Entry("image/png", "a.png") + Entry("text/xml", "a.xml"))},
                                  {"a.png", std::string(9000, 'p')},
                                  {"a.xml", std::string(9000, 'x')}});
-    const auto package = newPackage();
-    ASSERT_NE(package->Open(text("a.odt")), 0);
+    const auto package = opened(text("a.odt"));
     ASSERT_NE(package->Save(text("plain.odt"), 0), 0);
     ASSERT_NE(package->Save(text("packed.odt"), 1), 0);
     EXPECT_LT(fs::file_size(at("plain.odt")), 3000U);

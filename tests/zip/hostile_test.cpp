@@ -55,14 +55,12 @@ std::string Repeated(std::string_view text, int count) {
 
 /// An archive of one member of `size` equal bytes.
 std::string Uniform(std::size_t size) {
-    std::string archive(size / 100 + 4096, '\0');
+    const TemporaryFolder folder;
     CSDZip zip;
-    EXPECT_NE(zip.CreareZipFile(archive.data(), static_cast<int>(archive.size())), 0);
+    EXPECT_NE(zip.CreareZipFile(folder / "a.zip"), 0);
     EXPECT_NE(test::Add(zip, "bomb", std::string(size, 'b')), 0);
-    int used = 0;
-    EXPECT_NE(zip.CloseMemoryFile(used), 0);
-    archive.resize(static_cast<std::size_t>(used));
-    return archive;
+    EXPECT_NE(zip.CloseFile(), 0);
+    return test::ReadFile(folder / "a.zip");
 }
 
 /// "hello hello hello hello" without zip's own header.
@@ -310,23 +308,18 @@ TEST(ZipDamage, ADirectoryThatClaimsManyMembersCostsNothing) {
     archive.resize(archive.size() - 22);
     const std::size_t directory = archive.find("PK\1\2");
     const std::size_t end = archive.size();
-    archive += "PK\6\6";
-    test::AppendNumber(archive, 44, 8);
-    test::AppendNumber(archive, 45, 2);
-    test::AppendNumber(archive, 45, 2);
-    test::AppendNumber(archive, 0, 8);
-    for (const std::size_t number :
-         {std::size_t{100'000'000}, std::size_t{100'000'000}, end - directory, directory})
-        test::AppendNumber(archive, number, 8);
-    archive += "PK\6\7";
-    test::AppendNumber(archive, 0, 4);
-    test::AppendNumber(archive, end, 8);
-    test::AppendNumber(archive, 1, 4);
-    archive += "PK\5\6";
-    test::AppendNumber(archive, 0, 4);
-    for (const int bytes : {2, 2, 4, 4})
-        test::AppendNumber(archive, 0xFFFFFFFFU, bytes);
-    test::AppendNumber(archive, 0, 2);
+    const auto append = [&](std::string_view mark,
+                            std::initializer_list<std::pair<std::uint64_t, int>> numbers) {
+        archive += mark;
+        for (const auto& [number, bytes] : numbers)
+            test::AppendNumber(archive, number, bytes);
+    };
+    constexpr std::uint64_t kMany = 100'000'000;
+    constexpr std::uint64_t kElsewhere = 0xFFFFFFFFU;
+    append("PK\6\6",
+           {{44, 8}, {45, 2}, {45, 2}, {0, 8}, {kMany, 8}, {kMany, 8}, {end - directory, 8}, {directory, 8}});
+    append("PK\6\7", {{0, 4}, {end, 8}, {1, 4}});
+    append("PK\5\6", {{0, 4}, {kElsewhere, 2}, {kElsewhere, 2}, {kElsewhere, 4}, {kElsewhere, 4}, {0, 2}});
     CSDUnZip unzip;
     EXPECT_EQ(test::Open(unzip, archive), 0);
     rusage usage{};
