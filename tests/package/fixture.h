@@ -81,6 +81,15 @@ inline std::string ContentTypes(std::string_view entries) {
            std::string(entries) + "</Types>";
 }
 
+inline std::string Default(std::string_view extension, std::string_view type) {
+    return "<Default Extension=\"" + std::string(extension) + "\" ContentType=\"" + std::string(type) +
+           "\"/>";
+}
+
+inline std::string Override(std::string_view partName, std::string_view type) {
+    return "<Override PartName=\"" + std::string(partName) + "\" ContentType=\"" + std::string(type) + "\"/>";
+}
+
 inline std::string Relationships(std::string_view entries) {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>"
            "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">" +
@@ -139,19 +148,17 @@ protected:
         return text(name);
     }
 
-    /// A presentation with one slide, a picture and a link to the outside.
-    std::string makePresentation(std::string_view name = "a.pptx") const {
-        WritePackage(text(name), presentationMembers());
-        return text(name);
+    std::string makePresentation() const {
+        WritePackage(text("a.pptx"), presentationMembers());
+        return text("a.pptx");
     }
 
+    /// A presentation with one slide, a picture and a link to the outside.
     static Members presentationMembers() {
         const std::string relation = kOfficeRelation;
         return {{"[Content_Types].xml",
-                 ContentTypes("<Default Extension=\"xml\" ContentType=\"application/xml\"/>"
-                              "<Default Extension=\"png\" ContentType=\"image/png\"/>"
-                              "<Override PartName=\"/ppt/presentation.xml\" ContentType=\"" +
-                              std::string(kPresentationType) + "\"/>")},
+                 ContentTypes(Default("xml", "application/xml") + Default("png", "image/png") +
+                              Override("/ppt/presentation.xml", kPresentationType))},
                 {"_rels/.rels",
                  Relationships(Relationship("rId1", relation + "officeDocument", "ppt/presentation.xml"))},
                 {"ppt/presentation.xml", "<presentation/>"},

@@ -151,8 +151,7 @@ TEST_F(Detection, GoesByContentTypes) {
     for (const Row& row : rows) {
         std::string entries = "<Other ContentType=\"" + show + "\"/><Override/>";
         for (const std::string& type : row.contentTypes)
-            entries += "<Override PartName=\"/p" + std::to_string(entries.size()) + "\" ContentType=\"" +
-                       type + "\"/>";
+            entries += Override("/p" + std::to_string(entries.size()), type);
         WritePackage(text("a.zip"), {{"[Content_Types].xml", ContentTypes(entries)}});
         EXPECT_EQ(newPackage()->DetectDocumentType(text("a.zip")), row.expected) << row.why;
     }

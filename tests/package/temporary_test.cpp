@@ -9,18 +9,14 @@ class Temporary : public PackageTest {};
 
 } // namespace
 
-TEST_F(Temporary, FolderIsMadeOnlyForThePackage) {
-    auto package = newPackage();
+TEST_F(Temporary, FolderIsMadeForThePackageOrGiven) {
+    const auto package = newPackage();
     ASSERT_NE(package->SetTempFolder(nullptr), 0);
     const fs::path folder = Utf8(package->GetTempFolder());
     EXPECT_EQ(folder.parent_path(), temporary());
     EXPECT_TRUE(fs::is_empty(folder));
     ASSERT_NE(package->SetTempFolder(nullptr), 0);
     EXPECT_NE(Utf8(package->GetTempFolder()), folder.string());
-}
-
-TEST_F(Temporary, GivenFolderMayBeEscaped) {
-    const auto package = newPackage();
     ASSERT_NE(package->SetTempFolder(text("a%20b%22c")), 0);
     EXPECT_EQ(Utf8(package->GetTempFolder()), text("a b\"c"));
     EXPECT_FALSE(fs::exists(at("a b\"c"))) << "made by what is put there";

@@ -67,36 +67,31 @@ private:
 
 } // namespace
 
-TEST_F(UserData, WithoutModuleNothingChanges) {
+TEST_F(UserData, NothingChangesUntilAModuleIsFoundThroughTheSettings) {
     const auto package = newPackage();
+    UserDataPart& part = *package->GetUserDataPart();
+    CTulStringW out;
     EXPECT_EQ(package->HasUserDataModule(), 0);
     EXPECT_TRUE(package->GetUserPrefix().IsEmpty());
-    ASSERT_NE(package->GetUserDataPart(), nullptr);
-    EXPECT_EQ(package->GetUserDataPart()->IsAvailable(), 0);
-    CTulStringW out;
-    package->GetUserDataPart()->ToUserForm(CTulStringW(u"/a/b"), out);
+    EXPECT_EQ(part.IsAvailable(), 0);
+    part.ToUserForm(CTulStringW(u"/a/b"), out);
     EXPECT_EQ(out, "/a/b");
     EXPECT_EQ(package->ExchangeStorage(text("s"), 0, 1), 0);
     EXPECT_EQ(package->ConvertUserDataFile(makePresentation()), 0);
     package->SetUseUserData(1);
     ASSERT_NE(package->Open(text("a.pptx")), 0);
     EXPECT_EQ(Names(saved(*package, "b.pptx")), Names(ReadPackage(text("a.pptx"))));
-}
 
-TEST_F(UserData, ModuleIsFoundThroughTheSettings) {
-    const auto early = newPackage();
-    EXPECT_EQ(early->HasUserDataModule(), 0);
     install();
-    EXPECT_NE(early->HasUserDataModule(), 0) << "looked for anew";
-    EXPECT_EQ(early->GetUserPrefix(), "Ab");
-    EXPECT_EQ(early->GetUserDataPart()->IsAvailable(), 1);
-    EXPECT_EQ(early->GetUserDataPart()->GetName(), "/greeting.xml");
-    EXPECT_EQ(early->GetUserDataPart()->GetPartName(), "/Ab/Abgreeting.xml");
+    EXPECT_NE(package->HasUserDataModule(), 0) << "looked for anew";
+    EXPECT_EQ(package->GetUserPrefix(), "Ab");
+    EXPECT_EQ(part.IsAvailable(), 1);
+    EXPECT_EQ(part.GetName(), "/greeting.xml");
+    EXPECT_EQ(part.GetPartName(), "/Ab/Abgreeting.xml");
     constexpr const char* rows[][2] = {
         {"/ppt/media/a.bin", "/ppt/media/Ab/Aba.bin"}, {"a.bin", "Ab/Aba.bin"}, {"/", "/Ab/Ab"}};
     for (const auto& [name, form] : rows) {
-        CTulStringW out;
-        early->GetUserDataPart()->ToUserForm(CTulStringW(name), out);
+        part.ToUserForm(CTulStringW(name), out);
         EXPECT_EQ(out, form);
     }
 }
