@@ -8,7 +8,6 @@
 
 #include <odfmodel/core/diagnostics.h>
 #include <odfmodel/package/package.h>
-#include <odfmodel/serial/sax_reader.h>
 #include <odfmodel/serial/unzip.h>
 #include <odfmodel/serial/zip.h>
 
@@ -174,17 +173,5 @@ protected:
 
     ODF::Diagnostics diagnostics_;
 };
-
-/// The text that an index writer gives a serializer.
-template<typename Write>
-std::string Written(Write write) {
-    std::vector<char> buffer(1 << 16);
-    CSDSerializer* const serializer = CreateSerialize();
-    EXPECT_TRUE(serializer->OpenMemory(buffer.data(), static_cast<int>(buffer.size())));
-    write(serializer);
-    const int size = serializer->Close();
-    ReleaseSerialize(serializer);
-    return {buffer.data(), static_cast<std::size_t>(std::max(size, 0))};
-}
 
 } // namespace package_test

@@ -53,28 +53,6 @@ std::string Relation(std::string_view name) {
 
 } // namespace
 
-TEST(ContentTypes, AreWrittenInOneSpelling) {
-    IContentTypes types;
-    types.AddOverride("/b.xml", "type/b");
-    types.AddOverride("/B.xml", "type/B");
-    types.AddDefault("xml", "application/xml");
-    types.AddDefault("png", "image/png");
-    types.AddDefault("png", "second");
-    types.AddOverride("/a&<\".xml", "t&t");
-    EXPECT_EQ(Written([&](CSDSerializer* out) { types.Write(out); }),
-              "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\" ?>"
-              "<Types xmlns=\"http://schemas.openxmlformats.org/package/2006/content-types\">"
-              "<Default Extension = \"png\" ContentType=\"image/png\"/>"
-              "<Default Extension = \"xml\" ContentType=\"application/xml\"/>"
-              "<Override PartName = \"/B.xml\" ContentType=\"type/B\"/>"
-              "<Override PartName = \"/a&amp;&lt;&quot;.xml\" ContentType=\"t&amp;t\"/>"
-              "<Override PartName = \"/b.xml\" ContentType=\"type/b\"/></Types>");
-    types.Clear();
-    EXPECT_EQ(Written([&](CSDSerializer* out) { types.Write(out); }),
-              "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\" ?>"
-              "<Types xmlns=\"http://schemas.openxmlformats.org/package/2006/content-types\"></Types>");
-}
-
 TEST(ContentTypes, AreLookedUp) {
     IContentTypes types;
     types.AddOverride("/ppt/p.xml", kPresentationType);

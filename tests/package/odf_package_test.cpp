@@ -267,10 +267,3 @@ TEST_F(OdfPackage, OpensAnotherFileAnew) {
     EXPECT_EQ(Names(saved(*package, "c.ods")),
               (std::vector<std::string>{"META-INF/manifest.xml", "only.xml"}));
 }
-
-TEST_F(OdfPackage, MemoryIsForOpenPackagingAlone) {
-    std::string bytes = ReadFile(makeText());
-    const auto package = newPackage();
-    EXPECT_EQ(package->OpenMemory(bytes.data(), static_cast<unsigned>(bytes.size()), text("a.odt")), 0);
-    EXPECT_EQ(diagnostics_.status(), Status::UnknownType);
-}

@@ -1,52 +1,48 @@
 #include "package/fixture.h"
 
+#include <list>
+
 using namespace package_test;
 using namespace SDPackage;
 
 namespace {
 
-/// Parts that live as long as the object.
-class Parts {
-public:
-    IPart* make(std::string_view path, std::string_view contentType = {}) {
-        parts_.push_back(std::make_unique<IPart>());
-        parts_.back()->SetPackagePath(path);
-        parts_.back()->SetContentType(contentType);
-        return parts_.back().get();
-    }
-
-private:
-    std::vector<std::unique_ptr<IPart>> parts_;
-};
+/// A new part that lives as long as the list.
+IPart* Make(std::list<IPart>& parts, std::string_view path, std::string_view contentType = {}) {
+    IPart& part = parts.emplace_back();
+    part.SetPackagePath(path);
+    part.SetContentType(contentType);
+    return &part;
+}
 
 } // namespace
 
 TEST(Relationships, NewIdsCountOnAndTakenOnesStay) {
-    Parts parts;
+    std::list<IPart> parts;
     IRelationships set;
-    IPart* const first = parts.make("a");
-    IPart* const named = parts.make("b");
-    IPart* const late = parts.make("c");
+    IPart* const first = Make(parts, "a");
+    IPart* const named = Make(parts, "b");
+    IPart* const late = Make(parts, "c");
     EXPECT_EQ(set.AddPart(first), first);
     set.AddPart(named, "rId2");
     set.AddPart(late);
     EXPECT_EQ(Utf8(set.GetIdByPart(first)), "rId0");
     EXPECT_EQ(Utf8(set.GetIdByPart(late)), "rId3") << "the number that the count gives is taken";
-    EXPECT_EQ(set.AddPart(parts.make("d"), "rId2"), nullptr);
+    EXPECT_EQ(set.AddPart(Make(parts, "d"), "rId2"), nullptr);
     EXPECT_EQ(set.AddPart(nullptr, "rId6"), nullptr);
     EXPECT_EQ(set.GetPartById("rId2"), named);
     EXPECT_EQ(set.Count(nullptr), 3);
 }
 
 TEST(Relationships, FindByTypeInIdOrderAndListSnapshots) {
-    Parts parts;
+    std::list<IPart> parts;
     IRelationships set;
     EXPECT_EQ(set.GetPartList(nullptr), nullptr);
-    IPart* const late = parts.make("late.xml", "text/xml");
-    IPart* const early = parts.make("early.xml", "text/xml");
+    IPart* const late = Make(parts, "late.xml", "text/xml");
+    IPart* const early = Make(parts, "early.xml", "text/xml");
     set.AddPart(late, "rId2");
     set.AddPart(early, "rId10");
-    set.AddPart(parts.make("b.png", "image/png"), "rId3");
+    set.AddPart(Make(parts, "b.png", "image/png"), "rId3");
     EXPECT_EQ(set.GetPartByContentType("text/xml"), early);
     EXPECT_EQ(set.GetPartByContentType("TEXT/XML"), nullptr);
     EXPECT_EQ(set.Count("text/xml"), 2);
@@ -63,8 +59,8 @@ TEST(Relationships, FindByTypeInIdOrderAndListSnapshots) {
     EXPECT_TRUE(list->Contains("rId2"));
     EXPECT_EQ(list->Add(late, "rId2"), nullptr);
     EXPECT_EQ(list->Add(late, "again"), late);
-    EXPECT_EQ(Utf8(list->FindSame(parts.make("early.xml"))), "rId10");
-    EXPECT_EQ(list->FindSame(parts.make("other")), nullptr);
+    EXPECT_EQ(Utf8(list->FindSame(Make(parts, "early.xml"))), "rId10");
+    EXPECT_EQ(list->FindSame(Make(parts, "other")), nullptr);
     set.ReleasePartList(list);
     set.ReleasePartList(nullptr);
 }

@@ -63,8 +63,15 @@ std::string Uniform(std::size_t size) {
     return test::ReadFile(folder / "a.zip");
 }
 
-/// "hello hello hello hello" without zip's own header.
-const std::string kDeflated("\xCB\x48\xCD\xC9\xC9\x57\xC8\x40\x27\x01", 10);
+constexpr const char* kHello = "hello hello hello hello";
+
+/// A deflated member whose plain data is `kHello`.
+test::RawMember Deflated(const char* name) {
+    test::RawMember member = Stored(name, kHello);
+    member.data = "\xCB\x48\xCD\xC9\xC9\x57\xC8\x40\x27\x01";
+    member.method = 8;
+    return member;
+}
 
 } // namespace
 
@@ -185,20 +192,17 @@ TEST(ZipExtract, LyingMembersAreNotedAndKeptAsFarAsTheyGo) {
         void (*lie)(test::RawMember& member);
         const char* file; ///< what comes out
     };
-    constexpr const char* whole = "hello hello hello hello";
-    constexpr Row rows[] = {{"checksum", [](test::RawMember& member) { ++member.crc; }, whole},
-                            {"too small", [](test::RawMember& member) { member.size = 5; }, whole},
-                            {"too large", [](test::RawMember& member) { member.size = 24; }, whole},
-                            {"huge", [](test::RawMember& member) { member.size = 0xFFFFFFF0U; }, whole},
+    constexpr Row rows[] = {{"checksum", [](test::RawMember& member) { ++member.crc; }, kHello},
+                            {"too small", [](test::RawMember& member) { member.size = 5; }, kHello},
+                            {"too large", [](test::RawMember& member) { member.size = 24; }, kHello},
+                            {"huge", [](test::RawMember& member) { member.size = 0xFFFFFFF0U; }, kHello},
                             {"cut off", [](test::RawMember& member) { member.data.resize(6); }, "hello"},
                             {"garbage", [](test::RawMember& member) { member.data = "\xFF\xFF\xFF"; }, ""},
                             {"method", [](test::RawMember& member) { member.method = 97; }, ""},
                             {"encrypted", [](test::RawMember& member) { member.flags |= 1U; }, ""}};
     std::vector<test::RawMember> members;
     for (const Row& row : rows) {
-        members.push_back(Stored(row.name, whole));
-        members.back().data = kDeflated;
-        members.back().method = 8;
+        members.push_back(Deflated(row.name));
         row.lie(members.back());
     }
     members.push_back(Stored("good", "y"));
@@ -262,11 +266,8 @@ namespace {
 
 /// A small archive with a member of each kind, to be damaged.
 std::string Victim() {
-    test::RawMember deflated = Stored("deflated.xml", "hello hello hello hello");
-    deflated.data = kDeflated;
-    deflated.method = 8;
-    return RawArchive(
-        {Stored("mimetype", "text"), deflated, Stored("dir/", ""), Stored("dir/\xC3\xA4", "picture")});
+    return RawArchive({Stored("mimetype", "text"), Deflated("deflated.xml"), Stored("dir/", ""),
+                       Stored("dir/\xC3\xA4", "picture")});
 }
 
 /// Opens and reads everything, whatever it may be. Only the absence of crashes and escapes counts.

@@ -74,21 +74,21 @@ TEST(ZipWrite, MembersComeBackInTheOrderOfTheCalls) {
 
 TEST(ZipWrite, AFixedTimeMakesEqualArchives) {
     const TemporaryFolder folder;
-    setenv("SOURCE_DATE_EPOCH", "1700000001", 1);
-    for (const char* const zone : {"UTC", "Asia/Tokyo"}) {
-        setenv("TZ", zone, 1);
+    const test::ScopedVariable time("SOURCE_DATE_EPOCH", "1700000001");
+    std::vector<std::string> archives;
+    for (const char* const name : {"UTC", "Asia/Tokyo"}) {
+        const test::ScopedVariable zone("TZ", name);
         tzset();
         CSDZip zip;
-        ASSERT_NE(zip.CreareZipFile(folder / (zone[0] == 'U' ? "a.zip" : "b.zip")), 0);
+        ASSERT_NE(zip.CreareZipFile(folder / "a.zip"), 0);
         ASSERT_NE(Add(zip, "a", "one"), 0);
+        ASSERT_NE(zip.CloseFile(), 0);
+        archives.push_back(test::ReadFile(folder / "a.zip"));
     }
-    unsetenv("SOURCE_DATE_EPOCH");
-    unsetenv("TZ");
     tzset();
-    const std::string first = test::ReadFile(folder / "a.zip");
-    EXPECT_EQ(first, test::ReadFile(folder / "b.zip"));
+    EXPECT_EQ(archives[0], archives[1]);
     // 2023-11-14 22:13:20, in the header's bit fields.
-    EXPECT_EQ(first.substr(10, 4), std::string("\xAA\xB1\x6E\x57", 4));
+    EXPECT_EQ(archives[0].substr(10, 4), std::string("\xAA\xB1\x6E\x57", 4));
 }
 
 TEST(ZipWrite, MemoryIsFilledOrRefused) {
