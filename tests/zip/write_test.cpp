@@ -11,9 +11,11 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <csignal>
 #include <functional>
 #include <random>
 #include <utility>
@@ -91,36 +93,37 @@ TEST(ZipWrite, AFixedTimeMakesEqualArchives) {
     EXPECT_EQ(archives[0].substr(10, 4), std::string("\xAA\xB1\x6E\x57", 4));
 }
 
-TEST(ZipWrite, MemoryIsFilledOrRefused) {
-    struct Row {
-        const char* name;
-        bool isMapping;
-        int capacity;
-        bool isEnough;
-    };
-    for (const Row& row : {Row{"buffer", false, 4096, true}, Row{"small buffer", false, 60, false},
-                           Row{"no buffer", false, 0, false}, Row{"mapping", true, 4096, true},
-                           Row{"small mapping", true, 60, false}}) {
-        SCOPED_TRACE(row.name);
-        std::vector<char> buffer(static_cast<std::size_t>(row.capacity) + 16, '#');
-        ODF::MemoryMapping mapping = ODF::MemoryMapping::create(static_cast<std::size_t>(row.capacity));
+TEST(ZipWrite, MemoryIsFilledToItsEndOrRefused) {
+    const TemporaryFolder folder;
+    {
         CSDZip zip;
-        ASSERT_NE(row.isMapping ? zip.LargeMemoryCreareZipFile(mapping.handle(), row.capacity)
-                                : zip.CreareZipFile(buffer.data(), row.capacity),
+        ASSERT_NE(zip.CreareZipFile(folder / "a.zip"), 0);
+        ASSERT_NE(Add(zip, "a", "in memory"), 0);
+    }
+    const int needed = static_cast<int>(std::filesystem::file_size(folder / "a.zip"));
+    for (const auto& [isMapping, capacity] :
+         {std::pair{false, needed}, std::pair{false, needed - 1}, std::pair{false, 0},
+          std::pair{true, needed}, std::pair{true, needed - 1}}) {
+        SCOPED_TRACE(capacity);
+        std::vector<char> buffer(static_cast<std::size_t>(capacity) + 16, '#');
+        ODF::MemoryMapping mapping = ODF::MemoryMapping::create(static_cast<std::size_t>(capacity));
+        CSDZip zip;
+        ASSERT_NE(isMapping ? zip.LargeMemoryCreareZipFile(mapping.handle(), capacity)
+                            : zip.CreareZipFile(buffer.data(), capacity),
                   0);
         EXPECT_NE(Add(zip, "a", "in memory"), 0);
         int size = -1;
-        EXPECT_EQ((row.isMapping ? zip.CloseLargeMemoryFile(size) : zip.CloseMemoryFile(size)) != 0,
-                  row.isEnough);
+        EXPECT_EQ((isMapping ? zip.CloseLargeMemoryFile(size) : zip.CloseMemoryFile(size)) != 0,
+                  capacity == needed);
         EXPECT_EQ(std::count(buffer.end() - 16, buffer.end(), '#'), 16) << "written behind the buffer";
-        if (!row.isEnough) continue;
-        ASSERT_LE(size, row.capacity);
+        EXPECT_EQ(size, capacity == needed ? needed : 0);
+        if (size == 0) continue;
         CSDUnZip unzip;
         const auto length = static_cast<unsigned>(size);
-        ASSERT_NE(row.isMapping ? unzip.LargeMemoryOpenZipFileNonDecompress(mapping.handle(), length)
-                                : unzip.OpenZipFileNonDecompress(buffer.data(), length),
+        ASSERT_NE(isMapping ? unzip.LargeMemoryOpenZipFileNonDecompress(mapping.handle(), length)
+                            : unzip.OpenZipFileNonDecompress(buffer.data(), length),
                   0);
-        EXPECT_EQ(unzip.IsVariableMemoryMap() != 0, row.isMapping);
+        EXPECT_EQ(unzip.IsVariableMemoryMap() != 0, isMapping);
         EXPECT_EQ(Item(unzip, "a"), "in memory");
     }
 }
@@ -177,6 +180,27 @@ TEST(ZipWrite, FailuresLeaveTheOldFile) {
         EXPECT_EQ(zip.CloseFile(), 0);
         EXPECT_EQ(test::ReadFile(folder / "a.zip"), "the old file");
         EXPECT_EQ(test::EntriesOf(folder.path()), std::vector<std::string>{"a.zip"});
+    }
+}
+
+TEST(ZipWrite, AFullDiskLeavesTheOldFile) {
+    const TemporaryFolder folder;
+    test::WriteFile(folder / "a.zip", "the old file");
+    // One is written at the end alone, the other in several steps.
+    for (const std::size_t size : {std::size_t{1000}, std::size_t{4'000'000}}) {
+        CSDZip zip;
+        ASSERT_NE(zip.CreareZipFile(folder / "a.zip"), 0);
+        ASSERT_NE(Add(zip, "a", RandomText(size, 26)), 0);
+        rlimit old{};
+        getrlimit(RLIMIT_FSIZE, &old);
+        const rlimit full{100, old.rlim_max};
+        std::signal(SIGXFSZ, SIG_IGN);
+        setrlimit(RLIMIT_FSIZE, &full);
+        EXPECT_EQ(zip.CloseFile(), 0) << size;
+        setrlimit(RLIMIT_FSIZE, &old);
+        std::signal(SIGXFSZ, SIG_DFL);
+        EXPECT_EQ(test::ReadFile(folder / "a.zip"), "the old file") << size;
+        EXPECT_EQ(test::EntriesOf(folder.path()), std::vector<std::string>{"a.zip"}) << size;
     }
 }
 
