@@ -150,11 +150,12 @@ TEST_F(OpenPackaging, OneTargetIsOnePartAndFoundInAnySpelling) {
 }
 
 TEST_F(OpenPackaging, LinksThatLeadNowhereDoNotKeepItFromSaving) {
-    const auto package =
-        openWith(Relationship("r1", "t", "NULL") + Relationship("r2", "t", "a.xml"), {{"a.xml", "a"}});
+    const auto package = openWith(
+        Relationship("r1", "t", "NULL") + Relationship("&quot;&lt;&amp;", "t", "a.xml"), {{"a.xml", "a"}});
     EXPECT_TRUE(HasNote(diagnostics_, NoteCode::MemberMissing, "NULL"));
-    EXPECT_EQ(Names(saved(*package, "b.pptx")),
-              (std::vector<std::string>{"[Content_Types].xml", "_rels/.rels", "a.xml"}));
+    Members written = saved(*package, "b.pptx");
+    EXPECT_EQ(Names(written), (std::vector<std::string>{"[Content_Types].xml", "_rels/.rels", "a.xml"}));
+    EXPECT_NE(written["_rels/.rels"].find("Id=\"&quot;&lt;&amp;\""), std::string::npos);
     // A member that was there is another matter.
     fs::remove(Utf8(package->GetPart("/a.xml")->GetLocalPath()));
     EXPECT_EQ(package->Save(text("c.pptx")), 0);

@@ -327,21 +327,3 @@ TEST(ZipDamage, ADirectoryThatClaimsManyMembersCostsNothing) {
     ASSERT_EQ(getrusage(RUSAGE_SELF, &usage), 0);
     EXPECT_LT(usage.ru_maxrss, 1'000'000L) << "KiB";
 }
-
-TEST(ZipDamage, WhatIsNoArchiveIsRefused) {
-    const TemporaryFolder folder;
-    test::WriteFile(folder / "text", std::string(100'000, 'x'));
-    test::WriteFile(folder / "empty", "");
-    using ODF::Status;
-    for (const auto& [name, status] :
-         {std::pair{"text", Status::NotAnArchive}, std::pair{"empty", Status::NotAnArchive},
-          std::pair{"missing", Status::NotReadable}, std::pair{".", Status::NotReadable}}) {
-        ODF::Diagnostics diagnostics;
-        CSDUnZip unzip;
-        unzip.SetDiagnostics(&diagnostics);
-        EXPECT_EQ(unzip.OpenAndExtract(folder / name, folder / "out"), 0) << name;
-        EXPECT_EQ(unzip.itemTable, nullptr) << name;
-        EXPECT_EQ(diagnostics.status(), status) << name;
-        EXPECT_FALSE(std::filesystem::exists(folder / "out")) << name;
-    }
-}

