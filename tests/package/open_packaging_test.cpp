@@ -271,6 +271,7 @@ TEST_F(OpenPackaging, WritesContentTypesToAFileAndEmptiesThem) {
     IContentTypes& types = *package->GetContentTypes();
     types.AddOverride("/b.xml", "type/b");
     types.AddOverride("/B.xml", "type/B");
+    types.AddOverride("/b.xml", "second");
     types.AddDefault("xml", "application/xml");
     types.AddDefault("png", "image/png");
     types.AddDefault("png", "second");
