@@ -63,6 +63,20 @@ TEST_F(OdfPackage, OpensIntoPartsInAPrivateFolder) {
     fs::permissions(folder / "styles.xml", fs::perms::owner_read);
 }
 
+TEST_F(OdfPackage, ExtensionsDecideWithoutRegardToCase) {
+    for (const auto& [name, type] :
+         {std::pair{"a.ODT", SDDocType::DocTypeOdfText}, std::pair{"a.odf", SDDocType::DocTypeOdfFormula},
+          std::pair{"a.ott", SDDocType::DocTypeUnknown}, std::pair{"a.zip", SDDocType::DocTypeUnknown},
+          std::pair{"a", SDDocType::DocTypeUnknown}}) {
+        SCOPED_TRACE(name);
+        makeText(name);
+        const auto package = newPackage();
+        EXPECT_EQ(package->Open(text(name)) != 0, type != SDDocType::DocTypeUnknown);
+        EXPECT_EQ(package->GetDocType(), type);
+        EXPECT_EQ(diagnostics_.status() == Status::UnknownType, type == SDDocType::DocTypeUnknown);
+    }
+}
+
 TEST_F(OdfPackage, TakesPartsFromTheManifestAlone) {
     const std::string chart = "application/vnd.oasis.opendocument.chart";
     struct Row {
@@ -173,6 +187,14 @@ TEST_F(OdfPackage, SavesAddedPartsOnceUnderEscapedNames) {
     EXPECT_NE(manifest.find(Entry("a&amp;b", "Pictures/&quot;&lt;&amp;>.png")), std::string::npos);
     const auto again = opened(text("b.odt"));
     EXPECT_NE(again->GetPart("Pictures\\\"<&>.png"), nullptr);
+}
+
+TEST_F(OdfPackage, SavesOverItsOwnFile) {
+    const auto package = opened(makeText());
+    WriteFile(Utf8(package->GetPart("content.xml")->GetLocalPath()), "<changed/>");
+    const Members written = saved(*package, "a.odt");
+    EXPECT_EQ(written.at("content.xml"), "<changed/>");
+    EXPECT_EQ(saved(*package, "c.odt"), written);
 }
 
 TEST_F(OdfPackage, SaveThatFailsLeavesTheTarget) {
