@@ -11,7 +11,7 @@ namespace ODF {
 /// thread.
 ///
 /// Memory of a block is not used again before all of the block is free, so only what lives and dies together
-/// belongs into it: not the buffers of texts, which a caller may keep.
+/// belongs into it. A text that lies here is copied when a caller takes it (see string_buffer.h).
 ///
 /// What comes from an arena lies 8 bytes behind a multiple of 16, where the heap puts nothing: that is how
 /// `owns` tells the two apart without a word for it in each object.

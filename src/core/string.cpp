@@ -46,12 +46,9 @@ CTulStringW::CTulStringW(const char* utf8)
 CTulStringW::CTulStringW(const std::string& utf8) : CTulStringW(std::string_view(utf8)) {}
 CTulStringW::CTulStringW(std::string_view utf8) : units_(Nil()) {
     utf8 = utf8.substr(0, utf8.find('\0'));
-    if (!ODF::IsAscii(utf8)) {
-        Assign(std::u16string_view(ODF::ToUtf16(utf8)));
-    } else if (unsigned short* const units = Allocate(utf8.size()); units && units != Nil()) {
-        ODF::WidenAscii(utf8, reinterpret_cast<char16_t*>(units));
-        SetLength(units, utf8.size());
-        units_ = units;
+    if (unsigned short* const units = Allocate(utf8.size()); units && units != Nil()) {
+        SetLength(units, ODF::DecodeUtf8(utf8, reinterpret_cast<char16_t*>(units)));
+        units_ = Fitted(units);
     }
 }
 

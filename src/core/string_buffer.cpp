@@ -36,6 +36,16 @@ unsigned short* Allocate(std::size_t length) noexcept {
     return place ? Begin(place, length) : nullptr;
 }
 
+unsigned short* Fitted(unsigned short* units) noexcept {
+    StringHeader* const header = HeaderOf(units);
+    const std::size_t capacity = CapacityFor(header->length);
+    if (capacity >= header->capacity) return units;
+    auto* const smaller = static_cast<StringHeader*>(std::realloc(header, BytesFor(header->length)));
+    if (!smaller) return units;
+    smaller->capacity = static_cast<std::uint32_t>(capacity);
+    return reinterpret_cast<unsigned short*>(smaller + 1);
+}
+
 unsigned short* Join(std::u16string_view a, std::u16string_view b) noexcept {
     unsigned short* const units = Allocate(a.size() + b.size());
     if (units && units != Nil()) {

@@ -36,6 +36,8 @@ constexpr std::size_t BytesFor(std::size_t length) noexcept {
 unsigned short* Begin(void* place, std::size_t length) noexcept;
 /// A buffer from the heap; null without memory, the shared empty one for no units.
 unsigned short* Allocate(std::size_t length) noexcept;
+/// The buffer, which is from the heap and has one owner, without room that its length doesn't ask for.
+unsigned short* Fitted(unsigned short* units) noexcept;
 /// A buffer from the heap with the pieces one after the other; null without memory.
 unsigned short* Join(std::u16string_view a, std::u16string_view b) noexcept;
 

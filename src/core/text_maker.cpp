@@ -16,10 +16,6 @@ std::u16string_view TextMaker::decode(std::string_view utf8) {
     return {units_.get(), DecodeUtf8(utf8, units_.get())};
 }
 
-CTulStringW TextMaker::make(std::string_view utf8) {
-    return IsAscii(utf8) ? CTulStringW(utf8) : CTulStringW(decode(utf8));
-}
-
 std::size_t TextMaker::bytesFor(std::size_t length) noexcept {
     return string_buffer::BytesFor(length);
 }

@@ -9,13 +9,10 @@
 
 namespace ODF {
 
-/// Makes the texts of one parse from UTF-8 that holds no 0 byte, each in a buffer that just fits.
+/// Makes the texts of one parse from UTF-8 that holds no 0 byte, each in a buffer of an arena that just fits.
 class TextMaker {
 public:
-    /// A text in the heap.
-    CTulStringW make(std::string_view utf8);
-
-    /// The units of a text, valid until the next one, and their number; for a buffer of an arena.
+    /// The units of a text, valid until the next one.
     std::u16string_view decode(std::string_view utf8);
     /// Bytes that the arena has to have reserved for a text of that many units.
     static std::size_t bytesFor(std::size_t length) noexcept;

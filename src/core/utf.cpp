@@ -42,34 +42,6 @@ constexpr std::uint64_t kHighBits = 0x8080808080808080ULL;
 
 } // namespace
 
-// The last step of both overlaps the one before, so that no odd bytes are left.
-
-bool IsAscii(std::string_view text) noexcept {
-    std::uint64_t bits = 0;
-    if (text.size() < kStep) {
-        for (const char c : text)
-            bits |= static_cast<unsigned char>(c);
-    } else {
-        const char* const last = text.data() + text.size() - kStep;
-        for (const char* at = text.data(); at < last; at += kStep)
-            bits |= Block(at);
-        bits |= Block(last);
-    }
-    return (bits & kHighBits) == 0;
-}
-
-void WidenAscii(std::string_view text, char16_t* out) noexcept {
-    if (text.size() < kStep) {
-        for (const char c : text)
-            *out++ = static_cast<unsigned char>(c);
-        return;
-    }
-    const std::size_t last = text.size() - kStep;
-    for (std::size_t at = 0; at < last; at += kStep)
-        WidenBlock(text.data() + at, out + at);
-    WidenBlock(text.data() + last, out + last);
-}
-
 std::size_t DecodeUtf8(std::string_view utf8, char16_t* out) noexcept {
     const char* at = utf8.data();
     const char* const end = at + utf8.size();

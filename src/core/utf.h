@@ -51,10 +51,6 @@ inline char* PutUtf8(char* out, char32_t c) noexcept {
     return out;
 }
 
-/// True when no byte is above 0x7F.
-bool IsAscii(std::string_view text) noexcept;
-/// Puts ASCII text into `out`, one unit a byte.
-void WidenAscii(std::string_view text, char16_t* out) noexcept;
 /// Decodes UTF-8 into `out`, which has room for one unit a byte, and returns the number of units. Ill-formed
 /// sequences become U+FFFD.
 std::size_t DecodeUtf8(std::string_view utf8, char16_t* out) noexcept;

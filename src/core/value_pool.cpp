@@ -37,12 +37,12 @@ CTulStringW ValuePool::get(std::string_view utf8, Usage& usage) {
     // Now and then a value is looked up nevertheless: the second half of a document may be another matter.
     constexpr std::uint32_t kTrial = 1024;
     const bool isVaried = ++usage.asked > kTrial && usage.found < usage.asked / 8 && usage.asked % 16 != 0;
-    if (utf8.size() > kMaxBytes || isVaried) return texts_.make(utf8);
+    if (utf8.size() > kMaxBytes || isVaried) return CTulStringW(utf8);
     const std::uint64_t hash = HashBytes(utf8, seed_);
     for (std::size_t at = hash & (entries_.size() - 1);; at = (at + 1) & (entries_.size() - 1)) {
         Entry& entry = entries_[at];
         if (entry.byteCount == 0) {
-            CTulStringW value = texts_.make(utf8);
+            CTulStringW value(utf8);
             if (used_ >= kMaxEntries) return value;
             entry = Entry{static_cast<std::uint32_t>(hash), static_cast<std::uint32_t>(utf8.size()),
                           bytes_.size(), value};

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/text_maker.h"
+#include <odfmodel/core/string.h>
 
 #include <cstdint>
 #include <string>
@@ -40,7 +40,6 @@ private:
     std::vector<Entry> entries_; ///< open addressing, a power of two
     std::size_t used_ = 0;
     std::string bytes_; ///< the values as they stand in the file, which is how they are compared
-    TextMaker texts_;
 };
 
 /// A start value for the hashes of one table, which who makes a file can't foresee: names or values that are

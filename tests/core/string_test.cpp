@@ -18,6 +18,10 @@ TEST(String, BuffersHoldAMultipleOfEightUnits) {
     for (const auto& [length, capacity] : kRows) {
         const std::u16string text(length, u'x');
         EXPECT_EQ(CTulStringW(std::u16string_view(text)).GetCapacity(), capacity) << length;
+        std::string utf8;
+        for (std::size_t i = 0; i < length; ++i)
+            utf8 += "\xE2\x82\xAC"; // three bytes a unit
+        EXPECT_EQ(CTulStringW(utf8).GetCapacity(), capacity) << length;
         CTulStringW grown;
         grown.Append(std::u16string_view(text));
         EXPECT_EQ(grown.GetCapacity(), capacity) << length;
