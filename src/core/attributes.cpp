@@ -7,6 +7,7 @@
 #include <odfmodel/core/serializer.h>
 
 #include <algorithm>
+#include <iterator>
 #include <new>
 #include <utility>
 
@@ -97,27 +98,35 @@ NumberText AttributeValue::plain() const noexcept {
 void ObjectAccess::readAttributes(CSDObject& object, const ClassDescriptor& table,
                                   std::span<ReadValue> values, const ReadSupply& supply) {
     if (table.children) object.setFlag(CSDObject::kMapReady, true);
+    const auto keepWords = [&](const ReadValue& value) {
+        supply.kept->push_back({{}, CTulStringW(value.text), static_cast<std::int32_t>(value.row)});
+    };
     std::size_t count = 0;
     for (const ReadValue& value : values) {
         const AttributeRow& row = table.attributes[value.row];
-        if (!StaysAbsent(row, value.text.empty() ? '\0' : value.text.front())) values[count++] = value;
+        if (!StaysAbsent(row, value.text.empty() ? '\0' : value.text.front()))
+            values[count++] = value;
+        else if (supply.kept)
+            keepWords(value);
     }
     values = values.first(count);
-    if (values.empty()) return;
 
     const unsigned words = table.words();
     const auto store = [&](const ReadValue& value, std::uint64_t* slot) {
         const AttributeRow& row = table.attributes[value.row];
-        if (row.kind == ValueKind::String)
-            StoreText(slot,
-                      supply.pool.get(row.has(AttributeRow::kFirstFont) ? FirstFont(value.text) : value.text,
-                                      supply.usage[value.row]));
-        else
+        if (row.kind == ValueKind::String) {
+            const bool isCut = row.has(AttributeRow::kFirstFont);
+            const std::string_view text = isCut ? FirstFont(value.text) : value.text;
+            StoreText(slot, supply.pool.get(text, supply.usage[value.row]));
+            if (isCut && supply.kept && text.size() != value.text.size()) keepWords(value);
+        } else {
             *slot = ParseValue(row, value.text);
+            if (supply.kept && !AttributeValue{row, slot}.isSpelled(value.text)) keepWords(value);
+        }
     };
     // Nearly always the object is new, so its block is made once and filled in order.
     constexpr std::size_t kMaxAtOnce = 256;
-    if (!object.slots_ && count <= kMaxAtOnce) {
+    if (count > 0 && !object.slots_ && count < kMaxAtOnce) {
         SortByRow(values);
         std::uint16_t rows[kMaxAtOnce];
         std::uint16_t distinct = 0;
@@ -129,10 +138,53 @@ void ObjectAccess::readAttributes(CSDObject& object, const ClassDescriptor& tabl
             store(values[i], slot);
             if (i + 1 == count || values[i + 1].row != values[i].row) ++slot;
         }
-        return;
+    } else {
+        for (const ReadValue& value : values)
+            store(value, AttributeSlots::require(object.slots_, words, value.row));
     }
-    for (const ReadValue& value : values)
-        store(value, AttributeSlots::require(object.slots_, words, value.row));
+    if (supply.kept && !supply.kept->empty()) keep(object, *supply.kept);
+}
+
+void ObjectAccess::keep(CSDObject& object, std::vector<KeptAttribute>& attributes) {
+    Extras& extras = requireExtras(object);
+    if (extras.attributes.empty()) extras.attributes.reserve(attributes.size());
+    std::move(attributes.begin(), attributes.end(), std::back_inserter(extras.attributes));
+    attributes.clear();
+}
+
+NumberText AttributeValue::spelled() const noexcept {
+    switch (row.kind) {
+    case ValueKind::Bool:
+    case ValueKind::BoolWord: {
+        const std::string_view text = whole() ? "true" : "false";
+        NumberText result;
+        result.length = text.copy(result.text, text.size());
+        return result;
+    }
+    case ValueKind::Double:
+        return PrintExactly(number());
+    case ValueKind::Float:
+        return PrintExactly(static_cast<float>(number()));
+    default:
+        return plain();
+    }
+}
+
+bool AttributeValue::isSpelled(std::string_view words) const noexcept {
+    switch (row.kind) {
+    case ValueKind::String:
+        return true;
+    case ValueKind::Enumeration:
+        return row.enumeration->find(words) == static_cast<int>(whole());
+    case ValueKind::Bool:
+    case ValueKind::BoolWord:
+        return words == (whole() ? std::string_view("true") : std::string_view("false"));
+    case ValueKind::Double:
+    case ValueKind::Float:
+        return IsPlainNumber(words, row.kind == ValueKind::Float) || words == spelled().view();
+    default:
+        return words == spelled().view();
+    }
 }
 
 bool ObjectAccess::isWritten(const CSDObject& object, const ClassDescriptor& table, unsigned row) noexcept {
@@ -214,21 +266,23 @@ void CSDObject::SetAttribute(const ClassDescriptor& table, unsigned row, const C
     CTulStringW kept =
         attribute.has(AttributeRow::kFirstFont) ? CTulStringW(ODF::FirstFont(value.view())) : value;
     ODF::StoreText(AttributeSlots::require(slots_, table.words(), row), std::move(kept));
+    forgetWords(table, row);
 }
 void CSDObject::SetRawAttribute(const ClassDescriptor& table, unsigned row, std::uint64_t value) {
     *AttributeSlots::require(slots_, table.words(), row) = value;
+    forgetWords(table, row);
 }
 void CSDObject::SetAttribute(const ClassDescriptor& table, unsigned row, bool value) {
-    *AttributeSlots::require(slots_, table.words(), row) = value ? 1 : 0;
+    SetRawAttribute(table, row, value ? 1 : 0);
 }
 void CSDObject::SetAttribute(const ClassDescriptor& table, unsigned row, unsigned value) {
-    *AttributeSlots::require(slots_, table.words(), row) = value;
+    SetRawAttribute(table, row, value);
 }
 void CSDObject::SetAttribute(const ClassDescriptor& table, unsigned row, int value) {
     SetAttribute(table, row, static_cast<unsigned>(value));
 }
 void CSDObject::SetAttribute(const ClassDescriptor& table, unsigned row, double value) {
-    *AttributeSlots::require(slots_, table.words(), row) = ODF::FromDouble(value);
+    SetRawAttribute(table, row, ODF::FromDouble(value));
 }
 void CSDObject::SetAttribute(const ClassDescriptor& table, unsigned row, float value) {
     SetAttribute(table, row, static_cast<double>(value));

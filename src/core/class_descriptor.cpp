@@ -69,6 +69,14 @@ const EnumerationTable* FindEnumeration(unsigned id, std::u16string_view typeNam
     return at != tables.end() && typeName == (*at)->typeName ? *at : nullptr;
 }
 
+const ClassDescriptor* FindClass(std::string_view elementName) noexcept {
+    const auto tables = ClassesByName();
+    const auto at = std::partition_point(tables.begin(), tables.end(), [&](const ClassDescriptor* table) {
+        return std::string_view(table->elementName) < elementName;
+    });
+    return at != tables.end() && elementName == (*at)->elementName ? *at : nullptr;
+}
+
 int ClassDescriptor::findAttribute(NamespaceIndex owner, std::string_view localName) const noexcept {
     return Search(byName, attributeCount, [&](std::uint16_t i) {
         const AttributeRow& row = attributes[i];

@@ -39,6 +39,7 @@ struct AttributeRow {
         kFirstFont = 4,   ///< only what stands before the first comma is kept
         kNonNegative = 8, ///< a text that begins with "-" leaves the attribute absent
         kTruthy = 16,     ///< a bool that every text but "", "0" and "false" makes true
+        kGiven = 32,      ///< the default of a required attribute is one that the format itself gives
     };
 
     const char* name; ///< qualified, with the customary prefix
@@ -112,6 +113,10 @@ struct ClassDescriptor {
 /// tables define them; the core only names them.
 std::span<const EnumerationTable* const> Enumerations() noexcept;
 std::span<const ClassDescriptor* const> Classes() noexcept;
+/// The class of the element of that name, with its customary prefix; null when there is none.
+const ClassDescriptor* FindClass(std::string_view elementName) noexcept;
+/// The classes in the order of their element names; of several for one name only the first.
+std::span<const ClassDescriptor* const> ClassesByName() noexcept;
 
 /// The enumeration of that type name in the group that the high byte of `id` tells; null when there is none.
 /// All element classes are of one group.

@@ -1,5 +1,6 @@
 #include "core/codecs.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -160,6 +161,53 @@ NumberText PrintDouble(double value) noexcept {
     if (text.ends_with('.')) text.remove_suffix(1);
     result.length = text.size();
     return result;
+}
+
+namespace {
+
+template<typename T>
+NumberText PrintShortest(T value) noexcept {
+    if (!std::isfinite(value)) return PrintDouble(static_cast<double>(value));
+    const double size = std::abs(static_cast<double>(value));
+    const bool isLong = size != 0 && (size < 1e-6 || size >= 1e21);
+    NumberText result;
+    char* const end = result.text + sizeof result.text;
+    result.length = static_cast<std::size_t>(
+        (isLong ? std::to_chars(result.text, end, value, std::chars_format::scientific)
+                : std::to_chars(result.text, end, value, std::chars_format::fixed))
+            .ptr -
+        result.text);
+    return result;
+}
+
+} // namespace
+
+NumberText PrintExactly(double value) noexcept {
+    return PrintShortest(value);
+}
+NumberText PrintExactly(float value) noexcept {
+    return PrintShortest(value);
+}
+
+bool IsPlainNumber(std::string_view text, bool isFloat) noexcept {
+    // Decimals of so few digits all differ as binary numbers too, so none has a shorter text than itself.
+    const std::size_t mostDigits = isFloat ? 6 : 15;
+    std::size_t at = 0;
+    if (at < text.size() && text[at] == '-') ++at;
+    const std::size_t first = at;
+    std::size_t point = std::string_view::npos;
+    for (; at < text.size(); ++at) {
+        if (text[at] == '.' && point == std::string_view::npos)
+            point = at;
+        else if (text[at] < '0' || text[at] > '9')
+            return false;
+    }
+    const std::size_t whole = std::min(point, text.size()) - first;
+    const std::size_t digits = text.size() - first - (point == std::string_view::npos ? 0 : 1);
+    if (whole == 0 || digits > mostDigits || (text[first] == '0' && whole > 1)) return false;
+    if (point == std::string_view::npos) return first == 0 || text[first] != '0';
+    // Trailing zeros, a bare point and numbers so small that they get an exponent aren't plain.
+    return text.size() > point + 1 && text.back() != '0' && (text[first] != '0' || digits <= 6);
 }
 
 NumberText PrintUnsigned(std::uint32_t value) noexcept {

@@ -36,6 +36,11 @@ struct NumberText {
 };
 /// Six decimals, then without trailing zeros and a bare point.
 NumberText PrintDouble(double value) noexcept;
+/// The shortest text that reads as the same number; without an exponent unless that would be long.
+NumberText PrintExactly(double value) noexcept;
+NumberText PrintExactly(float value) noexcept;
+/// A quick test for a number whose shortest text is `text` itself; false tells nothing.
+bool IsPlainNumber(std::string_view text, bool isFloat) noexcept;
 NumberText PrintUnsigned(std::uint32_t value) noexcept;
 NumberText PrintSigned(std::int32_t value) noexcept;
 

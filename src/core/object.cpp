@@ -1,5 +1,6 @@
 #include <odfmodel/core/object.h>
 
+#include "core/kept.h"
 #include "core/object_access.h"
 
 #include <odfmodel/core/attribute.h>
@@ -8,15 +9,12 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <string>
 #include <utility>
 
 namespace {
 
-/// What hardly any object has; hangs in the slot behind the attributes.
-struct Extras {
-    std::unique_ptr<std::vector<CTulStringW>> maintainElementList;
-    unsigned errorCode = 0;
-};
+using ODF::Extras;
 
 Extras* AsExtras(std::uint64_t slot) noexcept {
     return reinterpret_cast<Extras*>(static_cast<std::uintptr_t>(slot));
@@ -74,6 +72,18 @@ void CSDObject::operator delete(void* place) noexcept {
 }
 void CSDObject::operator delete(void* place, std::align_val_t alignment) noexcept {
     ::operator delete(place, alignment);
+}
+
+Extras* ODF::ObjectAccess::extras(const CSDObject& object) noexcept {
+    return object.slots_ ? FindExtras(object.slots_, object.Descriptor()) : nullptr;
+}
+
+Extras& ODF::ObjectAccess::requireExtras(CSDObject& object) {
+    return RequireExtras(object.slots_, object.Descriptor());
+}
+
+void CSDObject::forgetWords(const ODF::ClassDescriptor& table, unsigned row) noexcept {
+    if (Extras* const extras = FindExtras(slots_, &table)) extras->forget(row);
 }
 
 void CSDObject::releaseExtras(const ODF::ClassDescriptor* table) noexcept {
@@ -254,6 +264,31 @@ const unsigned short* CSDExtObject::FindObjectName(CSDObject* child) {
     if (const ODF::ClassDescriptor* const table = Descriptor(); table && table->children)
         if (const ODF::ChildRow* const row = table->children->find(child->GetID())) return ToUnits(row->name);
     return child->GetElemName();
+}
+
+void CSDExtObject::JoinRuns(CTulStringW& value) const {
+    std::u16string_view rest = value.view();
+    bool isSame = true;
+    for (const CSDObject* const child : children_)
+        if (child && ODF::ObjectAccess::isTextRun(*child)) {
+            const std::u16string_view run = ODF::ObjectAccess::text(*child).view();
+            isSame = isSame && rest.starts_with(run);
+            if (isSame) rest.remove_prefix(run.size());
+        }
+    if (isSame && rest.empty()) return;
+    std::u16string joined;
+    for (const CSDObject* const child : children_)
+        if (child && ODF::ObjectAccess::isTextRun(*child)) joined += ODF::ObjectAccess::text(*child).view();
+    value = CTulStringW(joined);
+}
+
+void CSDExtObject::DropRuns() noexcept {
+    setFlag(kKeptValue, false);
+    std::erase_if(children_, [](CSDObject* child) {
+        const bool isRun = child && ODF::ObjectAccess::isTextRun(*child);
+        if (isRun) delete child;
+        return isRun;
+    });
 }
 
 CSDNamedObject::~CSDNamedObject() = default;

@@ -4,8 +4,11 @@
 #include "core/attribute_slots.h"
 #include "core/class_descriptor.h"
 #include "core/codecs.h"
+#include "core/kept.h"
 #include "core/value_pool.h"
 
+#include <odfmodel/core/fidelity.h>
+#include <odfmodel/core/foreign.h>
 #include <odfmodel/core/object.h>
 #include <odfmodel/core/reflection.h>
 #include <odfmodel/core/value_objects.h>
@@ -28,6 +31,8 @@ struct ReadSupply {
     ValuePool& pool;
     ValuePool::Usage* usage; ///< of each attribute of the class
     Arena* arena;            ///< has room for the attributes reserved, beside the object; null for the heap
+    /// With full fidelity, the attributes that the class doesn't list; they are taken over. Null without.
+    std::vector<KeptAttribute>* kept = nullptr;
 };
 
 /// What the XML reader and writer, and the reflection, may do with element objects beyond the virtual
@@ -45,6 +50,10 @@ public:
     static bool isExtended(const CSDObject& object) noexcept { return object.hasFlag(CSDObject::kExtended); }
     static bool holdsText(const CSDObject& object) noexcept { return object.hasFlag(CSDObject::kText); }
     static bool keepsRuns(const CSDObject& object) noexcept { return object.hasFlag(CSDObject::kRuns); }
+    /// An object of an element class that is read and written by its virtual operations: a date.
+    static bool isDate(const CSDObject& object) noexcept {
+        return !object.hasFlag(CSDObject::kElement) && object.Descriptor();
+    }
     static bool isTextRun(const CSDObject& object) noexcept {
         return object.id_ == kTextRunId && object.hasFlag(CSDObject::kText) &&
                !object.hasFlag(CSDObject::kElement);
@@ -59,6 +68,30 @@ public:
         return static_cast<const CSDExtObject&>(object).children_;
     }
     static std::uint64_t* slots(const CSDObject& object) noexcept { return object.slots_; }
+    static bool isComment(const CSDObject& object) noexcept { return object.id_ == kCommentId; }
+    static bool isInstruction(const CSDObject& object) noexcept {
+        return object.id_ == kProcessingInstructionId;
+    }
+    static bool isForeign(const CSDObject& object) noexcept { return object.id_ == kForeignElementId; }
+    static bool isMarkup(const CSDObject& object) noexcept {
+        return isForeign(object) || isComment(object) || isInstruction(object);
+    }
+    /// The name of a foreign element.
+    static ForeignName name(const CSDObject& foreign) noexcept;
+    static void setName(CSDObject& foreign, const ForeignName& name) noexcept;
+    static const ClassDescriptor& foreignTable() noexcept;
+
+    static bool isFromFile(const CSDObject& object) noexcept { return object.hasFlag(CSDObject::kFromFile); }
+    static void setFromFile(CSDObject& object) noexcept { object.setFlag(CSDObject::kFromFile, true); }
+    /// Whether the value is what the file has: runs among the children, or the words of a date.
+    static bool keepsValue(const CSDObject& object) noexcept { return object.hasFlag(CSDObject::kKeptValue); }
+    static void setKeepsValue(CSDObject& object) noexcept { object.setFlag(CSDObject::kKeptValue, true); }
+    static void joinRuns(CSDObject& object) {
+        static_cast<CSDStringValueObject&>(object).JoinRuns(text(object));
+    }
+    /// What the object holds beyond its class; null when there is nothing.
+    static Extras* extras(const CSDObject& object) noexcept;
+    static Extras& requireExtras(CSDObject& object);
 
     /// A new object of the class T, from an arena that has room for it reserved, else from the heap.
     template<typename T>
@@ -71,11 +104,22 @@ public:
     /// `ReadAttribute` on resolved values: sets them and makes the child map known.
     static void readAttributes(CSDObject& object, const ClassDescriptor& table, std::span<ReadValue> values,
                                const ReadSupply& supply);
-    /// Appends children whose root part is set already. When memory runs out, none is.
+    /// Appends children whose root part is set already. When memory runs out, none is. A parent whose class
+    /// has no list for them keeps them as markup.
     static void append(CSDObject& parent, std::span<CSDObject* const> children) {
-        auto& list = static_cast<CSDExtObject&>(parent).children_;
+        auto& list = isExtended(parent) ? static_cast<CSDExtObject&>(parent).children_
+                                        : requireExtras(parent).requireMarkup().content;
         list.insert(list.end(), children.begin(), children.end());
     }
+    /// Puts a child in front of all others.
+    static void prepend(CSDObject& parent, CSDObject* child) {
+        auto& list = isExtended(parent) ? static_cast<CSDExtObject&>(parent).children_
+                                        : requireExtras(parent).requireMarkup().content;
+        list.insert(list.begin(), child);
+    }
+
+    /// Adds attributes that the object shall write as the file has them; `attributes` is empty then.
+    static void keep(CSDObject& object, std::vector<KeptAttribute>& attributes);
 
     /// The text of a set attribute, or of a required one's default, as it is written; not escaped.
     static CTulStringW attributeText(const CSDObject& object, const ClassDescriptor& table, unsigned row);
@@ -104,6 +148,10 @@ struct AttributeValue {
     bool isKey() const noexcept { return row.kind == ValueKind::Enumeration; }
     /// The ASCII text of a number or bool.
     NumberText plain() const noexcept;
+    /// The same in the format's own spelling: a bool as a word, a number with all the digits that it has.
+    NumberText spelled() const noexcept;
+    /// Whether `spelled`, or the string or key itself, is exactly `text`.
+    bool isSpelled(std::string_view text) const noexcept;
 };
 
 } // namespace ODF

@@ -143,7 +143,9 @@ bool SetAttributeText(CSDObject& object, std::string_view name, std::string_view
     ValuePool pool;
     ReadValue read{static_cast<std::uint16_t>(row), value};
     std::vector<ValuePool::Usage> usage(table->attributeCount);
-    ObjectAccess::readAttributes(object, *table, {&read, 1}, {pool, usage.data(), nullptr});
+    std::vector<KeptAttribute> kept;
+    if (Extras* const extras = ObjectAccess::extras(object)) extras->forget(static_cast<unsigned>(row));
+    ObjectAccess::readAttributes(object, *table, {&read, 1}, {pool, usage.data(), nullptr, &kept});
     return true;
 }
 

@@ -1,6 +1,8 @@
 #include <odfmodel/core/value_objects.h>
 
 #include "core/codecs.h"
+#include "core/kept.h"
+#include "core/object_access.h"
 #include "platform/clock.h"
 
 #include <odfmodel/core/attribute.h>
@@ -39,6 +41,7 @@ int CSDSerializer::Close() {
     return -1;
 }
 void CSDSerializer::SetDiagnostics(ODF::Diagnostics*) {}
+void CSDSerializer::SetFidelity(ODF::Fidelity) {}
 
 CSDDateTimeObject::~CSDDateTimeObject() = default;
 CSDDateTimeObject& CSDDateTimeObject::operator=(const SYSTEMTIME& value) {
@@ -150,6 +153,15 @@ bool CSDDateTimeValueObject::WriteElement(const unsigned short* name, CSDSeriali
     if (!serializer) return false;
     if (IsBeyond(value_)) return true;
     return serializer->WriteObject(name, this, attributes, GetText(), 1);
+}
+
+std::vector<CSDObject*>* CSDDateTimeValueObject::GetObjectList() const {
+    ODF::Extras* const extras = ODF::ObjectAccess::extras(*this);
+    return extras && extras->markup && !extras->markup->content.empty() ? &extras->markup->content : nullptr;
+}
+
+bool CSDDateTimeValueObject::HasChildList() const {
+    return GetObjectList() != nullptr;
 }
 
 CTulStringW CSDDateTimeValueObject::GetText() const {

@@ -10,6 +10,7 @@ TYPE_NAMES = {"s": "text", "b": "bool, written \"1\" or \"0\"", "B": "bool, writ
               "u": "unsigned number", "i": "signed number", "d": "number", "f": "number"}
 FLAG_NOTES = {"kNonEmpty": "written only when it isn't empty", "kFirstFont": "only the first font of a list is kept",
               "kNonNegative": "a negative number reads as absent",
+              "kGiven": "",
               "kTruthy": "everything but an empty text, \"0\" and \"false\" is true"}
 MADE_FROM = "// Made from {} by elementgen: changes belong there."
 

@@ -258,6 +258,7 @@ class Model:
         if key == "accessor" and value:
             attribute.accessor = value
         elif key == "default" and value and not attribute.optional:
+            attribute.flags += ("kGiven",)
             if attribute.enumeration:
                 keys = self.enumerations[attribute.enumeration][1]
                 if value not in keys:

@@ -186,12 +186,18 @@ def registry_source(model, maps, namespaces):
         by_id = pool.array("std::uint16_t", f"kIdsOf{stem}", sorted(range(len(key)), key=lambda i: (ids[key[i][1]], i)))
         tail.append(f"const ChildMap tables::{name}{{{table}, {by_name}, {by_id}, {len(key)}}};")
     by_id = sorted(model.elements, key=lambda element: element.id)
+    by_name = {}
+    for element in by_id:
+        by_name.setdefault(element.qname, element.class_name)
     lines += [f"constexpr std::array<const EnumerationTable*, {len(model.enumerations)}> kEnumerations{{",
               *rows(f"&tables::{name}" for name in sorted(model.enumerations)), "};",
               f"constexpr std::array<const ClassDescriptor*, {len(by_id)}> kClasses{{",
               *rows(f"&tables::{element.class_name}" for element in by_id), "};",
+              f"constexpr std::array<const ClassDescriptor*, {len(by_name)}> kClassesByName{{",
+              *rows(f"&tables::{by_name[qname]}" for qname in sorted(by_name)), "};",
               "", "} // namespace", "", *tail, "",
               "std::span<const EnumerationTable* const> Enumerations() noexcept {", "    return kEnumerations;", "}",
-              "std::span<const ClassDescriptor* const> Classes() noexcept {", "    return kClasses;", "}", "",
+              "std::span<const ClassDescriptor* const> Classes() noexcept {", "    return kClasses;", "}",
+              "std::span<const ClassDescriptor* const> ClassesByName() noexcept {", "    return kClassesByName;", "}", "",
               "} // namespace ODF", ""]
     return "\n".join(lines)

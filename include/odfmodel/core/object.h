@@ -17,6 +17,7 @@ class ISDPart;
 namespace ODF {
 class Arena;
 struct ClassDescriptor;
+struct Extras;
 class ObjectAccess;
 
 /// Id of a text run: an unnamed `CSDStringValueObject` between the element children of a paragraph, heading
@@ -149,6 +150,9 @@ protected:
     static constexpr std::uint32_t kExtended = 8; ///< a `CSDExtObject`
     static constexpr std::uint32_t kText = 16;    ///< a `CSDStringValueObject`
     static constexpr std::uint32_t kRuns = 32;    ///< a `CSDMixedContentObject`
+    static constexpr std::uint32_t kFromFile = 64; ///< read with full fidelity: nothing is written by default
+    /// The value is what the file has: the runs among the children, or the words of a date.
+    static constexpr std::uint32_t kKeptValue = 128;
     bool hasFlag(std::uint32_t flag) const noexcept { return (flags_ & flag) != 0; }
     void setFlag(std::uint32_t flag, bool on) noexcept { flags_ = on ? flags_ | flag : flags_ & ~flag; }
 
@@ -156,6 +160,8 @@ private:
     friend class ODF::ObjectAccess;
 
     void releaseExtras(const ODF::ClassDescriptor* table) noexcept;
+    /// The attribute has a value of the caller's: the words of the file go.
+    void forgetWords(const ODF::ClassDescriptor& table, unsigned row) noexcept;
 
     unsigned id_;
     std::uint32_t flags_ = 0;
@@ -192,6 +198,10 @@ protected:
     CSDObject* Adopt(CSDObject* child);
     /// Adds the attributes of an element class to `attributes`, in its writing order.
     void WriteAttributes(CSDAttribute* attributes) const;
+    /// Makes `value` what the text runs among the children say together.
+    void JoinRuns(CTulStringW& value) const;
+    /// Deletes the text runs among the children: the value takes their place.
+    void DropRuns() noexcept;
 
 private:
     friend class ODF::ObjectAccess;

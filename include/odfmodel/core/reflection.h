@@ -1,5 +1,6 @@
 #pragma once
 
+#include <odfmodel/core/fidelity.h>
 #include <odfmodel/core/object.h>
 #include <odfmodel/core/string.h>
 #include <odfmodel/export.h>
@@ -82,9 +83,10 @@ ODFMODEL_API std::vector<AttributeText> AttributesOf(const CSDObject& object);
 ODFMODEL_API bool SetAttributeText(CSDObject& object, std::string_view name, std::string_view value);
 
 /// The object with all below it as XML; `name` is the element name, or empty for the object's own. For
-/// looking at and for tests: a part is written by its document.
-ODFMODEL_API std::string ToXml(CSDObject& object, std::string_view name = {});
+/// looking at and for tests: a part is written by its document. Empty when it can't be written.
+ODFMODEL_API std::string ToXml(CSDObject& object, std::string_view name = {},
+                               Fidelity fidelity = Fidelity::Listed);
 /// Reads an XML document from memory into the tree below `root`; false when it ends at a fault.
-ODFMODEL_API bool FromXml(std::string_view xml, CSDObject& root);
+ODFMODEL_API bool FromXml(std::string_view xml, CSDObject& root, Fidelity fidelity = Fidelity::Listed);
 
 } // namespace ODF

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <odfmodel/core/fidelity.h>
 #include <odfmodel/core/string.h>
 #include <odfmodel/export.h>
 
@@ -39,6 +40,9 @@ public:
 
     /// Where faults are noted; not owned, null for nowhere.
     virtual void SetDiagnostics(ODF::Diagnostics* diagnostics);
+
+    /// What of a tree is written; `Fidelity::Listed` at first.
+    virtual void SetFidelity(ODF::Fidelity fidelity);
 
     void WriteRaw(std::u16string_view text) { WriteRaw(ToUnits(text.data()), static_cast<int>(text.size())); }
     void WriteRaw(std::string_view utf8) { WriteRaw(CTulStringW(utf8).view()); }

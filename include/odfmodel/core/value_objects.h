@@ -2,12 +2,17 @@
 
 #include <odfmodel/core/object.h>
 
+#include <type_traits>
+
 /// An element object without children that holds one value.
 template<typename T, typename A>
 class CSDValueObject : public CSDObject {
 public:
     const T& Getval() const noexcept { return value_; }
-    void Setval(A value) { value_ = value; }
+    void Setval(A value) {
+        value_ = value;
+        setFlag(kKeptValue, false);
+    }
 
 protected:
     explicit CSDValueObject(unsigned id) noexcept : CSDObject(id) {}
@@ -19,13 +24,20 @@ protected:
 template<typename T, typename A>
 class CSDExtValueObject : public CSDExtObject {
 public:
-    const T& Getval() const noexcept { return value_; }
-    void Setval(A value) { value_ = value; }
+    const T& Getval() const {
+        if constexpr (std::is_same_v<T, CTulStringW>)
+            if (hasFlag(kKeptValue)) JoinRuns(value_);
+        return value_;
+    }
+    void Setval(A value) {
+        value_ = value;
+        if (hasFlag(kKeptValue)) DropRuns();
+    }
 
 protected:
     explicit CSDExtValueObject(unsigned id) noexcept : CSDExtObject(id) {}
 
-    T value_{};
+    mutable T value_{}; // follows the runs where the file has them between children
 };
 
 extern template class ODFMODEL_API CSDValueObject<CTulStringW, const CTulStringW&>;
@@ -82,6 +94,9 @@ public:
     /// Writes all seven fields; writes nothing, and returns true, when a field is out of range.
     bool WriteElement(const unsigned short* name, CSDSerializer* serializer,
                       CSDAttribute* attributes) override;
+    /// Null, but where a file has comments or elements in a date, which a tree of full fidelity keeps.
+    std::vector<CSDObject*>* GetObjectList() const override;
+    bool HasChildList() const override;
 
     /// The value as it is written; empty when a field is out of range.
     CTulStringW GetText() const;
@@ -92,5 +107,7 @@ protected:
     explicit CSDDateTimeValueObject(unsigned id) noexcept : CSDValueObject(id) {}
 
 private:
+    friend class ODF::ObjectAccess;
+
     CTulStringW rawText_;
 };

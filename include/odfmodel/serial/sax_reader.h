@@ -54,6 +54,10 @@ public:
     /// null for nowhere.
     virtual void SetDiagnostics(ODF::Diagnostics* diagnostics, std::string_view member) = 0;
 
+    /// What of a document the following trees keep; `Fidelity::Listed` at first. With
+    /// `Fidelity::Everything` a document whose root isn't the one expected is refused.
+    virtual void SetFidelity(ODF::Fidelity fidelity) = 0;
+
     bool ParseFile(std::u16string_view path, CSDObject* root) {
         return ParseFile(CTulStringW(path).c_str(), root);
     }

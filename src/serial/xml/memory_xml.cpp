@@ -7,16 +7,18 @@
 
 namespace ODF {
 
-std::string ToXml(CSDObject& object, std::string_view name) {
+std::string ToXml(CSDObject& object, std::string_view name, Fidelity fidelity) {
     std::string result;
     xml::XmlWriter writer;
     writer.openText(result);
+    writer.SetFidelity(fidelity);
     return writer.writeTree(object, name) && writer.Close() >= 0 ? result : std::string();
 }
 
-bool FromXml(std::string_view xml, CSDObject& root) {
+bool FromXml(std::string_view xml, CSDObject& root, Fidelity fidelity) {
     const std::unique_ptr<CSDSaxReader, decltype(&ReleaseSaxReader)> reader(CreateSaxReader(),
                                                                             &ReleaseSaxReader);
+    reader->SetFidelity(fidelity);
     return reader->ParseMemory(xml.data(), xml.size(), &root);
 }
 

@@ -4,6 +4,19 @@
 
 namespace ODF::xml {
 
+const ForeignName& ResolvedName::kept(std::string_view qname, bool isElement) const {
+    const std::size_t colon = qname.find(':');
+    if (colon == std::string_view::npos && !isElement) {
+        // A default namespace isn't one of attributes.
+        if (bare_.isEmpty()) bare_ = ForeignName({}, {}, local);
+        return bare_;
+    }
+    if (kept_.isEmpty())
+        kept_ = ForeignName(uri, colon == std::string_view::npos ? std::string_view() : qname.substr(0, colon),
+                            local);
+    return kept_;
+}
+
 NameTable::NameTable() : places_(256) {
     bind("xml", Namespace(FindNamespaceByPrefix("xml")).uri);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/kept.h"
 #include "core/namespaces.h"
 #include "core/value_pool.h"
 
@@ -23,6 +24,14 @@ struct ResolvedName {
     CTulStringW canonical16;
     NamespaceIndex nameSpace = kNoNamespace;
     std::uint32_t id = 0; ///< small number of its own within one parse
+
+    /// The name for an object that keeps it, with the prefix of `qname`; made when it is first asked for.
+    const ForeignName& kept(std::string_view qname, bool isElement) const;
+    mutable ValuePool::Usage usage; ///< of the values of kept attributes
+
+private:
+    mutable ForeignName kept_;
+    mutable ForeignName bare_; ///< without a namespace
 };
 
 /// Hash of names, with a seed of each table's own.

@@ -79,6 +79,7 @@ public:
     }
     bool HasMatchedRoot() const override { return hasMatchedRoot_; }
     void SetLimits(const Limits& limits) override { limits_ = limits; }
+    void SetFidelity(Fidelity fidelity) override { fidelity_ = fidelity; }
     void SetDiagnostics(Diagnostics* diagnostics, std::string_view member) override {
         diagnostics_ = diagnostics;
         member_ = member;
@@ -89,8 +90,8 @@ private:
 
     template<typename Feed>
     bool withTree(CSDObject& root, Feed feed) {
-        TreeBuilder builder(root, limits_);
-        ExpatParser parser(builder, limits_, false);
+        TreeBuilder builder(root, limits_, fidelity_);
+        ExpatParser parser(builder, limits_, fidelity_ == Fidelity::Everything);
         builder.setParser(parser);
         hasMatchedRoot_ = false;
         const bool done = feed(parser);
@@ -157,6 +158,7 @@ private:
     IdleHandler idle_;
     CSDDefaultHandler* handler_ = nullptr;
     Limits limits_;
+    Fidelity fidelity_ = Fidelity::Listed;
     Diagnostics* diagnostics_ = nullptr;
     std::string member_;
     std::unique_ptr<HandlerParse> chunks_;

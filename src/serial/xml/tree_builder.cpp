@@ -4,6 +4,8 @@
 
 #include <odfmodel/core/part.h>
 
+#include <algorithm>
+
 namespace ODF::xml {
 namespace {
 
@@ -57,7 +59,11 @@ void TreeBuilder::startElement(const char* name, const char** attributes) {
         hasMatchedRoot_ = expected && *expected ? element.canonical16 == expected
                                                 : !table || element.canonical == table->elementName;
         if (table) level.names = &namesOf(*table);
-    } else if (!createChild(level, element, attributes)) {
+        if (keepsAll_ && !hasMatchedRoot_) {
+            parser_->stop("unexpected root element " + rootName_);
+            return;
+        }
+    } else if (!createChild(level, element, name, attributes)) {
         ++unknownElements_[&element];
         if (hasScope) names_.leaveScope();
         skipDepth_ = 1;
@@ -65,6 +71,7 @@ void TreeBuilder::startElement(const char* name, const char** attributes) {
     }
     level.firstPending = pending_.size();
     readAttributes(level, element, attributes);
+    if (keepsAll_ && hasScope) keepDeclarations(*level.object);
     open_.push_back(level);
 }
 
@@ -80,29 +87,47 @@ CSDObject* TreeBuilder::makeChild(CSDObject* (*make)(unsigned, Arena*), unsigned
     return object;
 }
 
-bool TreeBuilder::createChild(Level& child, const ResolvedName& name, const char** attributes) {
+bool TreeBuilder::createChild(Level& child, const ResolvedName& name, std::string_view qname,
+                              const char** attributes) {
     const Level& parent = open_.back();
+    const auto make = [&](const ClassDescriptor& table, unsigned id, ClassNames* names) {
+        std::size_t words = table.words();
+        for (const char** at = attributes; *at; at += 2)
+            ++words;
+        child.object = makeChild(table.make, id, words * sizeof(std::uint64_t), child.arena);
+        if (ObjectAccess::table(*child.object)) child.names = names;
+    };
+    // What the parent doesn't list is an object of the class of its name, if there is one, or a foreign one.
+    const auto makeUnlisted = [&](ClassNames* names) {
+        if (!names) {
+            const ClassDescriptor* const own = name.nameSpace == kUnknownNamespace ? nullptr : FindClass(name.canonical);
+            names = &namesOf(own ? *own : ObjectAccess::foreignTable());
+        }
+        make(*names->table, names->table->id, names);
+        if (ObjectAccess::isForeign(*child.object))
+            ObjectAccess::setName(*child.object, name.kept(qname, true));
+        return names;
+    };
+    if (keepsAll_ && !parent.names && ObjectAccess::isDate(*parent.object)) {
+        makeUnlisted(nullptr);
+        return true;
+    }
     if (!parent.names) {
         settle();
         child.object = parent.object->CreateObject(name.canonical16.c_str(), 1);
-    } else if (const ChildMap* const map = parent.names->table->children) {
+    } else if (const ChildMap* const map = parent.names->table->children; map || keepsAll_) {
         ClassNames::Child looked;
         ClassNames::Child* const place = Place(parent.names->childRows, name.id, looked);
         ClassNames::Child& known = place ? *place : looked;
         if (known.row == kNotLooked) {
-            const ChildRow* const found =
-                name.nameSpace == kUnknownNamespace ? nullptr : map->find(std::string_view(name.canonical));
+            const ChildRow* const found = !map || name.nameSpace == kUnknownNamespace
+                                              ? nullptr
+                                              : map->find(std::string_view(name.canonical));
             known.row = found ? static_cast<std::int32_t>(found - map->rows) : kUnknown;
             if (found) known.names = &namesOf(*found->table);
         }
         if (known.row >= 0) {
-            const ClassDescriptor& table = *known.names->table;
-            std::size_t words = table.words();
-            for (const char** at = attributes; *at; at += 2)
-                ++words;
-            child.object =
-                makeChild(table.make, map->rows[known.row].id, words * sizeof(std::uint64_t), child.arena);
-            if (ObjectAccess::table(*child.object)) child.names = known.names;
+            make(*known.names->table, map->rows[known.row].id, known.names);
             return true;
         }
         // A part may bring objects of its own for what no class lists.
@@ -112,6 +137,10 @@ bool TreeBuilder::createChild(Level& child, const ResolvedName& name, const char
             int dummy = 0;
             child.object = part->CreateApplicationObj(name.canonical16, dummy);
             if (child.object) parent.object->SetObject(child.object, 1);
+        }
+        if (!child.object && keepsAll_) {
+            known.names = makeUnlisted(known.names);
+            return true;
         }
     } else {
         return false;
@@ -137,6 +166,21 @@ void TreeBuilder::settle() {
 void TreeBuilder::readAttributes(const Level& level, const ResolvedName& element, const char** attributes) {
     CSDObject& object = *level.object;
     ClassNames* const names = level.names;
+    if (keepsAll_) {
+        ++startTag_;
+        ObjectAccess::setFromFile(object);
+    }
+    if (keepsAll_ && !names && ObjectAccess::isDate(object)) {
+        if (const char* const reason = BeyondLimits(attributes, limits_)) {
+            parser_->stop(reason);
+            return;
+        }
+        for (const char** at = attributes; *at; at += 2)
+            if (!NameTable::isDeclaration(*at))
+                keepAttribute(names_.attribute(*at, element.nameSpace), *at, at[1]);
+        if (!kept_.empty()) ObjectAccess::keep(object, kept_);
+        return;
+    }
     if (!names) {
         if (const char* const reason = BeyondLimits(attributes, limits_)) {
             parser_->stop(reason);
@@ -170,6 +214,18 @@ void TreeBuilder::readAttributes(const Level& level, const ResolvedName& element
                 return;
             }
             values_.push_back({static_cast<std::uint16_t>(row), value});
+            // MathML's attributes have no prefix; where a file has one all the same, it stays.
+            if (keepsAll_ && name.nameSpace == kMathNamespace &&
+                std::string_view(*at).find(':') != std::string_view::npos)
+                kept_.push_back({name.kept(*at, false), CTulStringW(value), row});
+            continue;
+        }
+        if (keepsAll_) {
+            if (value.size() > limits_.textBytes) {
+                parser_->stop("an attribute value is too long");
+                return;
+            }
+            keepAttribute(name, *at, value);
             continue;
         }
         // Unknown attributes of a class are few, so a short list serves as the counter.
@@ -183,7 +239,27 @@ void TreeBuilder::readAttributes(const Level& level, const ResolvedName& element
         else
             ++names->unknownAttributes.back().second;
     }
-    ObjectAccess::readAttributes(object, *names->table, values_, {pool_, names->usage.data(), level.arena});
+    ObjectAccess::readAttributes(object, *names->table, values_, {pool_, names->usage.data(), level.arena, keepsAll_ ? &kept_ : nullptr});
+}
+
+void TreeBuilder::keepAttribute(const ResolvedName& name, const char* qname, std::string_view value) {
+    const ForeignName& kept = name.kept(qname, false);
+    // Two prefixes of one namespace can give an attribute twice; the last one counts, as with those of a
+    // class.
+    std::uint32_t* const seen = Place(seen_, name.id, std::uint32_t{0});
+    if (seen && *seen == startTag_)
+        std::erase_if(kept_, [&](const KeptAttribute& other) {
+            return other.row == KeptAttribute::kNotListed && other.name.means(kept);
+        });
+    if (seen) *seen = startTag_;
+    kept_.push_back({kept, pool_.get(value, name.usage)});
+}
+
+void TreeBuilder::keepDeclarations(CSDObject& object) {
+    if (!ObjectAccess::descriptor(object)) return;
+    std::vector<NamespaceDeclaration>& declarations = ObjectAccess::requireExtras(object).requireMarkup().declarations;
+    for (const auto& [prefix, uri] : names_.scopeDeclarations())
+        declarations.push_back({CTulStringW(prefix), CTulStringW(uri)});
 }
 
 void TreeBuilder::endElement(const char*) {
@@ -192,13 +268,21 @@ void TreeBuilder::endElement(const char*) {
         --skipDepth_;
         return;
     }
-    const Level& level = open_.back();
+    Level& level = open_.back();
     if (level.hasScope) names_.leaveScope();
+    close(level);
+    open_.pop_back();
+}
+
+/// Hands an object its children, and the value that they hold.
+void TreeBuilder::close(Level& level) {
     if (level.firstPending < pending_.size()) {
         ObjectAccess::append(*level.object, std::span(pending_).subspan(level.firstPending));
         pending_.resize(level.firstPending);
     }
-    open_.pop_back();
+    if (keepsAll_ && level.names && ObjectAccess::holdsText(*level.object) &&
+        ObjectAccess::keepsValue(*level.object))
+        ObjectAccess::joinRuns(*level.object);
 }
 
 void TreeBuilder::characterData(std::string_view text) {
@@ -213,6 +297,42 @@ void TreeBuilder::characterData(std::string_view text) {
 void TreeBuilder::finish() {
     if (!open_.empty()) flushText();
     settle();
+    for (Level& level : open_)
+        close(level);
+}
+
+void TreeBuilder::comment(const char* text) {
+    if (keepsAll_) addMarkup(kCommentId, text);
+}
+
+void TreeBuilder::processingInstruction(const char* target, const char* data) {
+    if (keepsAll_) addMarkup(kProcessingInstructionId, std::string(target) + " " + data);
+}
+
+void TreeBuilder::skippedEntity(const char* name) {
+    if (keepsAll_) parser_->stop("the entity " + std::string(name) + " is defined outside the file");
+}
+
+void TreeBuilder::addMarkup(unsigned id, std::string_view text) {
+    flushText();
+    if (skipDepth_ > 0) return;
+    if (text.size() > limits_.textBytes) {
+        parser_->stop("a text is too long");
+        return;
+    }
+    if (open_.empty()) {
+        KeptMarkup& markup = ObjectAccess::requireExtras(root_).requireMarkup();
+        auto& list = rootName_.empty() ? markup.before : markup.after;
+        list.push_back(nullptr);
+        list.back() = CSDStringValueObject::Create(id);
+        ObjectAccess::text(*list.back()) = CTulStringW(text);
+        return;
+    }
+    const Level& level = open_.back();
+    if (!level.names && !ObjectAccess::isDate(*level.object)) return;
+    Arena* arena = nullptr;
+    CSDObject* const markup = makeChild(&ObjectAccess::make<CSDStringValueObject>, id, 0, arena);
+    ObjectAccess::text(*markup) = CTulStringW(text);
 }
 
 void TreeBuilder::flushText() {
@@ -221,6 +341,8 @@ void TreeBuilder::flushText() {
     const ClassDescriptor* const table = open_.back().names ? open_.back().names->table : nullptr;
     if (table && ObjectAccess::keepsRuns(object)) {
         addTextRun(texts_.decode(text_));
+    } else if (keepsAll_ && ObjectAccess::descriptor(object)) {
+        keepText(open_.back());
     } else if (!table || ObjectAccess::holdsText(object)) {
         if (!table) settle();
         units_ = texts_.decode(text_);
@@ -229,6 +351,51 @@ void TreeBuilder::flushText() {
         ++droppedText_[table->elementName];
     }
     text_.clear();
+}
+
+bool TreeBuilder::hasChildren(const Level& level) const noexcept {
+    return level.firstPending < pending_.size() || level.object->HasChildList();
+}
+
+/// Text of an element whose class keeps it as one value, or has no place for it at all.
+void TreeBuilder::keepText(Level& level) {
+    CSDObject& object = *level.object;
+    const bool isOfDate = ObjectAccess::isDate(object);
+    if (!isOfDate && !ObjectAccess::holdsText(object)) {
+        if (!level.hasRuns && IsBlank(text_)) return;
+        level.hasRuns = true;
+        addTextRun(texts_.decode(text_));
+        return;
+    }
+    if (!hasChildren(level)) {
+        units_ = texts_.decode(text_);
+        object.ReadNodeValue(ToUnits(units_.c_str()), static_cast<unsigned>(units_.size()));
+        if (isOfDate) ObjectAccess::setKeepsValue(object);
+        return;
+    }
+    // Text after a child: from here on the value is what the runs say, the first of which it was until now.
+    if (!level.hasRuns) {
+        level.hasRuns = true;
+        const CTulStringW first = isOfDate ? static_cast<CSDDateTimeValueObject&>(object).GetRawText()
+                                           : ObjectAccess::text(object);
+        if (!first.IsEmpty()) {
+            addTextRun(first.view());
+            CSDObject* const run = pending_.back();
+            if (level.firstPending + 1 == pending_.size() || object.HasChildList()) {
+                ObjectAccess::prepend(object, run);
+                pending_.pop_back();
+            } else {
+                std::rotate(pending_.begin() + static_cast<std::ptrdiff_t>(level.firstPending),
+                            pending_.end() - 1, pending_.end());
+            }
+        }
+        ObjectAccess::setKeepsValue(object);
+    }
+    if (isOfDate) {
+        units_ = texts_.decode(text_);
+        object.ReadNodeValue(ToUnits(units_.c_str()), static_cast<unsigned>(units_.size()));
+    }
+    addTextRun(texts_.decode(text_));
 }
 
 void TreeBuilder::addTextRun(std::u16string_view text) {

@@ -18,7 +18,8 @@ namespace ODF::xml {
 /// their tables; a caller's own classes are driven by their virtual operations.
 class TreeBuilder final : public ParserEvents {
 public:
-    TreeBuilder(CSDObject& root, const Limits& limits) : root_(root), limits_(limits) {}
+    TreeBuilder(CSDObject& root, const Limits& limits, Fidelity fidelity)
+        : root_(root), limits_(limits), keepsAll_(fidelity == Fidelity::Everything) {}
     TreeBuilder(const TreeBuilder&) = delete;
     TreeBuilder& operator=(const TreeBuilder&) = delete;
     ~TreeBuilder();
@@ -34,6 +35,9 @@ public:
     void startElement(const char* name, const char** attributes) override;
     void endElement(const char* name) override;
     void characterData(std::string_view text) override;
+    void comment(const char* text) override;
+    void processingInstruction(const char* target, const char* data) override;
+    void skippedEntity(const char* name) override;
     /// Hands over what a parse was gathering when it ended at a fault.
     void finish();
 
@@ -59,13 +63,20 @@ private:
         bool hasScope;
         Arena* arena;             ///< has room reserved for the object's attributes; null for the heap
         std::size_t firstPending; ///< where its own children begin in `pending_`
+        bool hasRuns = false;     ///< holds text between children although its class has no place for it
     };
 
     void flushText();
-    bool createChild(Level& child, const ResolvedName& name, const char** attributes);
+    bool createChild(Level& child, const ResolvedName& name, std::string_view qname, const char** attributes);
     void readAttributes(const Level& level, const ResolvedName& element, const char** attributes);
     ClassNames& namesOf(const ClassDescriptor& table);
+    void keepText(Level& level);
+    void keepDeclarations(CSDObject& object);
+    void keepAttribute(const ResolvedName& name, const char* qname, std::string_view value);
+    void addMarkup(unsigned id, std::string_view text);
     void addTextRun(std::u16string_view text);
+    bool hasChildren(const Level& level) const noexcept;
+    void close(Level& level);
     /// Makes an object that becomes the next child of the open one, and tells the arena that has `byteCount`
     /// more reserved for what belongs to it; null for the heap.
     CSDObject* makeChild(CSDObject* (*make)(unsigned, Arena*), unsigned id, std::size_t byteCount,
@@ -75,6 +86,7 @@ private:
 
     CSDObject& root_;
     Limits limits_;
+    const bool keepsAll_;
     ExpatParser* parser_ = nullptr;
     NameTable names_;
     ValuePool pool_;
@@ -91,6 +103,9 @@ private:
     TextMaker texts_;
     std::u16string units_;
     std::vector<ReadValue> values_;
+    std::vector<KeptAttribute> kept_; ///< attributes of the present start tag that its class doesn't list
+    std::vector<std::uint32_t> seen_; ///< by the numbers of names: the start tag that had the attribute last
+    std::uint32_t startTag_ = 0;
     ReadAttributeList list_;
     std::unordered_map<const ResolvedName*, std::size_t> unknownElements_;
     std::unordered_map<const char*, std::size_t> droppedText_;

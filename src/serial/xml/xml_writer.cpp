@@ -1,5 +1,8 @@
 #include "serial/xml/xml_writer.h"
 
+#include "core/names.h"
+#include "core/utf.h"
+
 #include <odfmodel/core/diagnostics.h>
 #include <odfmodel/serial/sax_reader.h>
 
@@ -34,16 +37,21 @@ NamespaceIndex NamespaceOfValue(std::u16string_view value) noexcept {
     return FindNamespaceByPrefix({prefix, colon});
 }
 
-/// A name that may stand in a tag as it is. Names beyond ASCII are let through, blanks and markup are not.
-bool IsName(std::string_view name) noexcept {
-    if (name.empty()) return false;
-    const auto isNameCharacter = [](char c) {
-        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-               c == '-' || c == '.' || c == ':' || (static_cast<unsigned char>(c) & 0x80) != 0;
-    };
-    const char first = name.front();
-    return std::all_of(name.begin(), name.end(), isNameCharacter) && first != '-' && first != '.' &&
-           first != ':' && !(first >= '0' && first <= '9');
+/// Text that can't end the comment or instruction that it is in, and that XML allows.
+std::u16string SafeMarkup(std::u16string_view text, std::u16string_view forbidden) {
+    std::u16string result;
+    const char16_t* at = text.data();
+    const char16_t* const end = at + text.size();
+    while (at != end) {
+        const char16_t* const start = at;
+        const char32_t c = NextCodePoint(at, end);
+        if (IsXmlCharacter(c) && c != kReplacement)
+            result.append(start, at);
+        else
+            result += static_cast<char16_t>(kReplacement);
+        if (result.ends_with(forbidden)) result.insert(result.size() - 1, u" ");
+    }
+    return result;
 }
 
 } // namespace
@@ -102,20 +110,51 @@ bool XmlWriter::writeTree(CSDObject& root, std::string_view rootName) {
     std::string name = rootName.empty() ? ToUtf8(root.GetElemName()) : std::string(rootName);
     if (const ClassDescriptor* const own = ObjectAccess::descriptor(root); name.empty() && own)
         name = own->elementName;
-    declared_ = usedNamespaces(root, name);
     if (ObjectAccess::isTextRun(root)) return false;
+    const Extras* const extras = keepsAll_ ? ObjectAccess::extras(root) : nullptr;
+    const KeptMarkup* const markup = extras ? extras->markup.get() : nullptr;
+    // A file's own declarations serve all that it has; what else is met declares its namespace where it is.
+    if (!markup || markup->declarations.empty()) declared_ = usedNamespaces(root, name);
+    if (markup) writeOutside(markup->before, false);
     if (!table) {
         WriteAttributeList attributes;
         const CTulStringW units(name);
         return root.WriteElement(name.empty() ? nullptr : units.c_str(), this, &attributes) && rootWritten_;
     }
-    if (!IsName(name)) return false;
-    startElement(root, *table, name);
-    if (!open_.empty()) {
-        open_.back().name = name; // the text above goes away
-    }
+    if (!IsXmlName(name) && !ObjectAccess::isForeign(root)) return false;
+    startElement(root, *table, name, NamespaceOf(name));
+    // The string above goes away.
+    if (!open_.empty() && open_.back().name.empty()) open_.back().name = name;
     writeChildren(0);
-    return true;
+    if (markup) writeOutside(markup->after, true);
+    return !failed_;
+}
+
+void XmlWriter::writeOutside(const std::vector<CSDObject*>& markup, bool isAfter) {
+    for (const CSDObject* const object : markup) {
+        if (isAfter) out_.put('\n');
+        if (object) writeMarkup(*object);
+        if (!isAfter) out_.put('\n');
+    }
+}
+
+void XmlWriter::writeMarkup(const CSDObject& object) {
+    const std::u16string_view text = ObjectAccess::text(object).view();
+    if (ObjectAccess::isComment(object)) {
+        const std::u16string safe = SafeMarkup(text, u"--");
+        out_.put("<!--");
+        out_.putRaw(safe);
+        out_.put(safe.ends_with(u'-') ? " -->" : "-->");
+        return;
+    }
+    const std::string_view::size_type target = text.find(u' ');
+    if (!IsXmlName(ToUtf8(text.substr(0, target)))) {
+        failed_ = true;
+        return;
+    }
+    out_.put("<?");
+    out_.putRaw(SafeMarkup(text, u"?>"));
+    out_.put("?>");
 }
 
 void XmlWriter::writeChildren(std::size_t floor) {
@@ -131,11 +170,21 @@ void XmlWriter::writeChildren(std::size_t floor) {
 }
 
 void XmlWriter::writeChild(Level& parent, CSDObject& child) {
-    const ClassDescriptor* const table = ObjectAccess::table(child);
     if (ObjectAccess::isTextRun(child)) {
+        // A value that was set, or that is written as one string, stands for the runs that it came from.
+        if (keepsAll_ ? parent.skipsRuns : ObjectAccess::keepsValue(*parent.object)) return;
         out_.putText(ObjectAccess::text(child).view());
         return;
     }
+    if (ObjectAccess::isMarkup(child)) {
+        if (!keepsAll_) return;
+        if (!ObjectAccess::isForeign(child)) {
+            writeMarkup(child);
+            return;
+        }
+    }
+    const ClassDescriptor* const table =
+        keepsAll_ ? ObjectAccess::descriptor(child) : ObjectAccess::table(child);
     if (parent.table && table) {
         const ChildRow* row = parent.lastRow;
         if (!row || row->id != child.GetID()) {
@@ -143,18 +192,17 @@ void XmlWriter::writeChild(Level& parent, CSDObject& child) {
             parent.lastRow = row;
         }
         // An object of a class that its parent doesn't list is written under its own name rather than lost.
-        startElement(child, *table, row ? row->utf8Name : table->elementName);
+        startElement(child, *table, row ? row->utf8Name : table->elementName,
+                     row ? row->nameSpace : table->nameSpace);
         return;
     }
     const unsigned short* name = parent.object->FindObjectName(&child);
     if (table) {
         const std::string own = name ? ToUtf8(name) : std::string(table->elementName);
-        if (!IsName(own)) return;
+        if (!IsXmlName(own) && !ObjectAccess::isForeign(child)) return;
         const std::size_t depth = open_.size();
-        startElement(child, *table, own);
-        if (open_.size() > depth) {
-            open_.back().name = own;
-        }
+        startElement(child, *table, own, NamespaceOf(own));
+        if (open_.size() > depth && open_.back().name.empty()) open_.back().name = own;
         return;
     }
     if (const ClassDescriptor* const own = ObjectAccess::descriptor(child); !name && own)
@@ -163,41 +211,200 @@ void XmlWriter::writeChild(Level& parent, CSDObject& child) {
     child.WriteElement(name, this, &attributes);
 }
 
-void XmlWriter::startElement(CSDObject& object, const ClassDescriptor& table, std::string_view tag) {
+void XmlWriter::startElement(CSDObject& object, const ClassDescriptor& table, std::string_view tag,
+                             NamespaceIndex nameSpace) {
+    if (keepsAll_) {
+        startWhole(object, table, tag, nameSpace);
+        return;
+    }
     out_.put('<');
     out_.put(tag);
     if (!rootWritten_)
         declareNamespaces();
-    else if (const NamespaceIndex own = NamespaceOf(tag); own != kNoNamespace && !(declared_ & Bit(own))) {
-        // Only a class that stands where no map lists it gets here.
-        out_.put(" xmlns:");
-        out_.put(Namespace(own).prefix);
-        out_.put("=\"");
-        out_.put(Namespace(own).uri);
-        out_.put('"');
+    else if (nameSpace != kNoNamespace && !(declared_ & Bit(nameSpace))) {
+        // Only a class that is where no map lists it gets here.
+        putDeclaration(Namespace(nameSpace).prefix, Namespace(nameSpace).uri);
     }
     writeAttributes(object, table);
     const std::u16string_view text =
         ObjectAccess::holdsText(object) ? ObjectAccess::text(object).view() : std::u16string_view();
-    pushOrClose(object, &table, tag, text);
+    pushOrClose(object, &table, tag, text, scopes_.mark());
+}
+
+/// A start tag with everything that the object holds.
+void XmlWriter::startWhole(CSDObject& object, const ClassDescriptor& table, std::string_view tag,
+                           NamespaceIndex nameSpace) {
+    const NamespaceScopes::Mark outer = scopes_.mark();
+    const std::uint64_t* const slot =
+        AttributeSlots::find(ObjectAccess::slots(object), table.words(), table.attributeCount);
+    const Extras* const extras =
+        slot ? reinterpret_cast<const Extras*>(static_cast<std::uintptr_t>(*slot)) : nullptr;
+    if (extras && extras->markup)
+        for (const NamespaceDeclaration& kept : extras->markup->declarations)
+            if (const std::string prefix = kept.prefix.utf8();
+                prefix != "xml" && prefix != "xmlns" && (prefix.empty() || !kept.uri.IsEmpty()))
+                scopes_.declare(prefix, kept.uri.utf8());
+    if (!rootWritten_) {
+        rootWritten_ = true;
+        for (std::uint64_t bits = declared_; bits != 0; bits &= bits - 1) {
+            const NamespaceRow& row = Namespace(static_cast<NamespaceIndex>(std::countr_zero(bits)));
+            if (!scopes_.uriOf(row.prefix)) scopes_.declare(row.prefix, row.uri);
+        }
+    }
+    std::string own;
+    if (ObjectAccess::isForeign(object))
+        own = foreignName(ObjectAccess::name(object), false);
+    else if (!scopes_.isCustomary(nameSpace))
+        own = nameInForce(nameSpace, tag, false);
+    if (!own.empty()) tag = own;
+    out_.put('<');
+    out_.put(tag);
+    writeWholeAttributes(object, table, extras);
+    // Declarations count for the whole tag, wherever in it they are, so those that the attributes needed come
+    // last.
+    for (std::size_t i = outer.bindings; i < scopes_.declarations().size(); ++i)
+        putDeclaration(scopes_.declarations()[i].prefix, scopes_.declarations()[i].uri);
+    CTulStringW date;
+    std::u16string_view text;
+    if (ObjectAccess::holdsText(object)) {
+        if (!ObjectAccess::keepsValue(object)) text = ObjectAccess::text(object).view();
+    } else if (ObjectAccess::isDate(object)) {
+        const bool isKept = ObjectAccess::keepsValue(object);
+        const auto& value = static_cast<const CSDDateTimeValueObject&>(object);
+        if (!isKept || !object.HasChildList()) date = isKept ? value.GetRawText() : value.GetText();
+        text = date.view();
+    }
+    const std::size_t depth = open_.size();
+    pushOrClose(object, &table, tag, text, outer);
+    if (open_.size() > depth) {
+        if (!own.empty()) open_.back().name = std::move(own);
+        open_.back().skipsRuns = ObjectAccess::isDate(object) && !ObjectAccess::keepsValue(object);
+    }
+}
+
+/// A name of a namespace that isn't in force under its customary prefix, with the prefix that is.
+std::string XmlWriter::nameInForce(NamespaceIndex nameSpace, std::string_view qname, bool isAttribute) {
+    const std::string_view local = qname.substr(qname.find(':') + 1);
+    const NamespaceRow& row = Namespace(nameSpace);
+    if (nameSpace == kNoNamespace) {
+        scopes_.declare({}, {}); // out of the default namespace
+        return std::string(local);
+    }
+    std::optional<std::string_view> prefix = scopes_.prefixOf(row.uri, row.prefix, isAttribute);
+    if (!prefix) prefix = scopes_.declareFree(row.uri, row.prefix);
+    return prefix->empty() ? std::string(local) : std::string(*prefix) + ':' + std::string(local);
+}
+
+const std::string& XmlWriter::foreignName(const ForeignName& name, bool isAttribute) {
+    // Names that are alike share their string, which the tree holds on to.
+    ForeignText& known = foreignNames_[name.key().c_str()][isAttribute ? 1 : 0];
+    if (known.scope == scopes_.scope()) return known.text;
+    const std::string uri = ToUtf8(name.uri());
+    const std::string wish = ToUtf8(name.prefix());
+    known.text = ToUtf8(name.local());
+    if (!uri.empty()) {
+        std::optional<std::string_view> prefix = scopes_.prefixOf(uri, wish, isAttribute);
+        if (!prefix) prefix = scopes_.declareFree(uri, wish);
+        if (!prefix->empty()) known.text.insert(0, std::string(*prefix) + ':');
+    } else if (!wish.empty()) {
+        if (!scopes_.uriOf(wish)) known.text.insert(0, wish + ':'); // nothing declares it in the file either
+    } else if (!isAttribute && !scopes_.isCustomary(kNoNamespace)) {
+        scopes_.declare({}, {});
+    }
+    known.scope = scopes_.scope();
+    return known.text;
+}
+
+void XmlWriter::putDeclaration(std::string_view prefix, std::string_view uri) {
+    out_.put(prefix.empty() ? " xmlns" : " xmlns:");
+    out_.put(prefix);
+    out_.put("=\"");
+    out_.putAttribute(ToUtf16(uri));
+    out_.put('"');
+}
+
+void XmlWriter::putAttribute(std::string_view name, std::u16string_view value) {
+    out_.put(' ');
+    out_.put(name);
+    out_.put("=\"");
+    out_.putAttribute(value);
+    out_.put('"');
+}
+
+void XmlWriter::writeWholeAttributes(const CSDObject& object, const ClassDescriptor& table,
+                                     const Extras* extras) {
+    std::string own;
+    const auto nameOf = [&](const AttributeRow& row) -> std::string_view {
+        if (row.nameSpace == kNoNamespace || (row.nameSpace == kMathNamespace && table.nameSpace == kMathNamespace))
+            return row.local(); // MathML's own attributes have no prefix
+        if (scopes_.isCustomary(row.nameSpace)) return row.qualifiedName();
+        own = nameInForce(row.nameSpace, row.qualifiedName(), true);
+        return own;
+    };
+    const auto writeKept = [&](const KeptAttribute& kept) {
+        if (!kept.name.isEmpty())
+            putAttribute(foreignName(kept.name, true), kept.value.view());
+        else
+            putAttribute(nameOf(table.attributes[kept.row]), kept.value.view());
+    };
+    const auto write = [&](const AttributeRow& row, const std::uint64_t* slot) {
+        const AttributeValue value{row, slot};
+        const std::string_view name = nameOf(row);
+        if (value.isText()) {
+            const std::u16string_view text = value.text();
+            if (const NamespaceIndex used = NamespaceOfValue(text);
+                used != kNoNamespace && used != kUnknownNamespace && !scopes_.uriOf(Namespace(used).prefix))
+                scopes_.declare(Namespace(used).prefix, Namespace(used).uri);
+            putAttribute(name, text);
+        } else if (value.isKey()) {
+            putAttribute(name, value.key());
+        } else {
+            out_.put(' ');
+            out_.put(name);
+            out_.put("=\"");
+            out_.put(value.spelled().view());
+            out_.put('"');
+        }
+    };
+    const unsigned words = table.words();
+    std::uint64_t* const slots = ObjectAccess::slots(object);
+    AttributeSlots::forEach(slots, words, [&](unsigned row, const std::uint64_t* slot) {
+        if (row >= table.attributeCount) return;
+        const KeptAttribute* const kept = extras ? extras->find(row) : nullptr;
+        if (kept)
+            writeKept(*kept);
+        else
+            write(table.attributes[row], slot);
+    });
+    if (!table.allOptional && !ObjectAccess::isFromFile(object))
+        for (unsigned row = 0; row < table.attributeCount; ++row)
+            if (table.attributes[row].has(AttributeRow::kGiven) && !AttributeSlots::find(slots, words, row))
+                write(table.attributes[row], nullptr);
+    if (!extras) return;
+    for (const KeptAttribute& kept : extras->attributes)
+        if (kept.row == KeptAttribute::kNotListed ||
+            !AttributeSlots::find(slots, words, static_cast<unsigned>(kept.row)))
+            writeKept(kept);
 }
 
 void XmlWriter::pushOrClose(CSDObject& object, const ClassDescriptor* table, std::string_view tag,
-                            std::u16string_view text) {
+                            std::u16string_view text, const NamespaceScopes::Mark& outer) {
     const bool hasChildren = object.HasChildList();
     if (text.empty() && !hasChildren) {
         out_.put("/>");
+        scopes_.leave(outer);
         return;
     }
     out_.put('>');
     out_.putText(text);
     if (hasChildren) {
-        open_.push_back({&object, table, 0, nullptr, {}, tag});
+        open_.push_back({&object, table, 0, nullptr, {}, tag, outer});
         return;
     }
     out_.put("</");
     out_.put(tag);
     out_.put('>');
+    scopes_.leave(outer);
 }
 
 void XmlWriter::endElement() {
@@ -205,6 +412,7 @@ void XmlWriter::endElement() {
     out_.put("</");
     out_.put(level.name.empty() ? level.tag : std::string_view(level.name));
     out_.put('>');
+    scopes_.leave(level.outer);
     open_.pop_back();
 }
 
@@ -285,11 +493,8 @@ void XmlWriter::declareNamespaces() {
     for (std::uint64_t bits = declared_; bits != 0; bits &= bits - 1) {
         const NamespaceRow& row = Namespace(static_cast<NamespaceIndex>(std::countr_zero(bits)));
         if (row.prefix == "xml") continue;
-        out_.put(" xmlns:");
-        out_.put(row.prefix);
-        out_.put("=\"");
-        out_.put(row.uri);
-        out_.put('"');
+        putDeclaration(row.prefix, row.uri);
+        if (keepsAll_) scopes_.declare(row.prefix, row.uri);
     }
 }
 
@@ -303,11 +508,7 @@ void XmlWriter::writeForeignAttributes(const WriteAttributeList& attributes, std
             std::any_of(local.begin(), local.end(), [&](const auto& d) { return d.second == prefix; }))
             return;
         local.emplace_back(uri, prefix);
-        out_.put(" xmlns:");
-        out_.put(prefix);
-        out_.put("=\"");
-        out_.putAttribute(ToUtf16(uri));
-        out_.put('"');
+        putDeclaration(prefix, uri);
     };
     const auto need = [&](NamespaceIndex index) {
         if (index != kNoNamespace && index != kUnknownNamespace && !(declared_ & Bit(index)))
@@ -317,7 +518,7 @@ void XmlWriter::writeForeignAttributes(const WriteAttributeList& attributes, std
     std::vector<std::string> names;
     for (const WriteAttributeList::Item& item : attributes.items()) {
         std::string name = item.name.utf8();
-        if (!IsName(name)) {
+        if (!IsXmlName(name)) {
             names.emplace_back();
             continue;
         }
@@ -362,7 +563,7 @@ bool XmlWriter::WriteObject(const unsigned short* name, CSDObject* object, CSDAt
         return true;
     }
     const std::string tag = ToUtf8(name);
-    if (!IsName(tag)) return false;
+    if (!IsXmlName(tag)) return false;
     const ClassDescriptor* const table = ObjectAccess::table(*object);
     const bool isRoot = !rootWritten_;
     out_.put('<');
@@ -376,7 +577,7 @@ bool XmlWriter::WriteObject(const unsigned short* name, CSDObject* object, CSDAt
     else if (table)
         writeAttributes(*object, *table); // a caller without a list of ours
     const std::size_t floor = open_.size();
-    pushOrClose(*object, table, tag, ToView(text));
+    pushOrClose(*object, table, tag, ToView(text), scopes_.mark());
     if (open_.size() > floor) {
         open_.back().name = tag;
     }
