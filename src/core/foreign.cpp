@@ -14,8 +14,8 @@ CSDObject* MakeForeign(unsigned id, Arena* arena) {
 
 /// Lists nothing, so everything that a foreign element holds is foreign too, or is known by its own name.
 constexpr ClassDescriptor kForeignTable{
-    "CForeignElement", "", u"", kForeignElementId, nullptr, nullptr, nullptr, nullptr, &MakeForeign, 0, 0,
-    kNoNamespace,      true, false};
+    "CForeignElement", "", u"", kForeignElementId, nullptr, nullptr, nullptr, nullptr,
+    &MakeForeign,      0,  0,   kNoNamespace,      true,    false};
 
 struct SplitName {
     std::string_view prefix;
@@ -33,7 +33,8 @@ bool IsAllowed(std::string_view uri, const SplitName& name) noexcept {
     const bool isXml = uri == "http://www.w3.org/XML/1998/namespace";
     return IsXmlName(name.local) && name.local.find(':') == std::string_view::npos &&
            (name.prefix.empty() || (IsXmlName(name.prefix) && !uri.empty())) && name.prefix != "xmlns" &&
-           uri != "http://www.w3.org/2000/xmlns/" && (name.prefix == "xml") == (isXml && !name.prefix.empty());
+           uri != "http://www.w3.org/2000/xmlns/" &&
+           (name.prefix == "xml") == (isXml && !name.prefix.empty());
 }
 
 std::vector<KeptAttribute>::iterator Find(Extras& extras, std::string_view uri, std::string_view local) {

@@ -56,8 +56,8 @@ struct ForeignAttribute {
 /// The attributes of the object that its class doesn't list, in file order.
 ODFMODEL_API std::vector<ForeignAttribute> ForeignAttributesOf(const CSDObject& object);
 /// The value of one of them; nothing when the object doesn't have it.
-ODFMODEL_API std::optional<std::string> GetForeignAttribute(const CSDObject& object, std::string_view namespaceUri,
-                                                            std::string_view localName);
+ODFMODEL_API std::optional<std::string>
+GetForeignAttribute(const CSDObject& object, std::string_view namespaceUri, std::string_view localName);
 /// Sets one; `name` may have a prefix, which is used where it is free. False, and nothing changes, for a name
 /// that XML doesn't allow, for a namespace declaration, and for an attribute that the class lists: that one
 /// has its own accessor. Throws std::bad_alloc without memory.

@@ -144,12 +144,12 @@ protected:
     static bool SameAttributes(const ODF::ClassDescriptor& table, const CSDObject& a,
                                const CSDObject& b) noexcept;
 
-    static constexpr std::uint32_t kFallback = 1; ///< the caller's mark
-    static constexpr std::uint32_t kMapReady = 2; ///< `InitMap` has run
-    static constexpr std::uint32_t kElement = 4;  ///< made by an element class: the table tells all of it
-    static constexpr std::uint32_t kExtended = 8; ///< a `CSDExtObject`
-    static constexpr std::uint32_t kText = 16;    ///< a `CSDStringValueObject`
-    static constexpr std::uint32_t kRuns = 32;    ///< a `CSDMixedContentObject`
+    static constexpr std::uint32_t kFallback = 1;  ///< the caller's mark
+    static constexpr std::uint32_t kMapReady = 2;  ///< `InitMap` has run
+    static constexpr std::uint32_t kElement = 4;   ///< made by an element class: the table tells all of it
+    static constexpr std::uint32_t kExtended = 8;  ///< a `CSDExtObject`
+    static constexpr std::uint32_t kText = 16;     ///< a `CSDStringValueObject`
+    static constexpr std::uint32_t kRuns = 32;     ///< a `CSDMixedContentObject`
     static constexpr std::uint32_t kFromFile = 64; ///< read with full fidelity: nothing is written by default
     /// The value is what the file has: the runs among the children, or the words of a date.
     static constexpr std::uint32_t kKeptValue = 128;

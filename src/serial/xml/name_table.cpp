@@ -12,8 +12,8 @@ const ForeignName& ResolvedName::kept(std::string_view qname, bool isElement) co
         return bare_;
     }
     if (kept_.isEmpty())
-        kept_ = ForeignName(uri, colon == std::string_view::npos ? std::string_view() : qname.substr(0, colon),
-                            local);
+        kept_ = ForeignName(
+            uri, colon == std::string_view::npos ? std::string_view() : qname.substr(0, colon), local);
     return kept_;
 }
 

@@ -8,8 +8,7 @@ NamespaceScopes::NamespaceScopes() {
 
 void NamespaceScopes::declare(std::string_view prefix, std::string_view uri) {
     const auto at = byPrefix_.find(prefix);
-    std::vector<std::size_t>& places =
-        at != byPrefix_.end() ? at->second : byPrefix_[std::string(prefix)];
+    std::vector<std::size_t>& places = at != byPrefix_.end() ? at->second : byPrefix_[std::string(prefix)];
     places.push_back(bindings_.size());
     bindings_.push_back({std::string(prefix), std::string(uri)});
     customary_ = 0; // looked up again when it is asked for

@@ -32,7 +32,8 @@ public:
     void declare(std::string_view prefix, std::string_view uri);
     /// The prefix in force for a namespace, preferably `wish`; nothing when there is none. An attribute needs
     /// one that isn't empty.
-    std::optional<std::string_view> prefixOf(std::string_view uri, std::string_view wish, bool isAttribute) const;
+    std::optional<std::string_view> prefixOf(std::string_view uri, std::string_view wish,
+                                             bool isAttribute) const;
     /// Declares a namespace under a prefix that nothing else has, `wish` if that is free.
     std::string_view declareFree(std::string_view uri, std::string_view wish);
     /// The URI of a prefix; null when nothing declares it.

@@ -100,7 +100,8 @@ bool TreeBuilder::createChild(Level& child, const ResolvedName& name, std::strin
     // What the parent doesn't list is an object of the class of its name, if there is one, or a foreign one.
     const auto makeUnlisted = [&](ClassNames* names) {
         if (!names) {
-            const ClassDescriptor* const own = name.nameSpace == kUnknownNamespace ? nullptr : FindClass(name.canonical);
+            const ClassDescriptor* const own =
+                name.nameSpace == kUnknownNamespace ? nullptr : FindClass(name.canonical);
             names = &namesOf(own ? *own : ObjectAccess::foreignTable());
         }
         make(*names->table, names->table->id, names);
@@ -175,6 +176,7 @@ void TreeBuilder::readAttributes(const Level& level, const ResolvedName& element
             parser_->stop(reason);
             return;
         }
+        ObjectAccess::setKeepsValue(object); // also that there is no text at all
         for (const char** at = attributes; *at; at += 2)
             if (!NameTable::isDeclaration(*at))
                 keepAttribute(names_.attribute(*at, element.nameSpace), *at, at[1]);
@@ -213,11 +215,18 @@ void TreeBuilder::readAttributes(const Level& level, const ResolvedName& element
                 parser_->stop("an attribute value is too long");
                 return;
             }
+            if (keepsAll_ && name.nameSpace == kMathNamespace) {
+                // MathML's attributes have no prefix. Where a file has one all the same, it stays, also next
+                // to one of the same name without.
+                if (std::any_of(values_.begin(), values_.end(),
+                                [row](const ReadValue& other) { return other.row == row; })) {
+                    keepAttribute(name, *at, value);
+                    continue;
+                }
+                if (std::string_view(*at).find(':') != std::string_view::npos)
+                    kept_.push_back({name.kept(*at, false), CTulStringW(value), row});
+            }
             values_.push_back({static_cast<std::uint16_t>(row), value});
-            // MathML's attributes have no prefix; where a file has one all the same, it stays.
-            if (keepsAll_ && name.nameSpace == kMathNamespace &&
-                std::string_view(*at).find(':') != std::string_view::npos)
-                kept_.push_back({name.kept(*at, false), CTulStringW(value), row});
             continue;
         }
         if (keepsAll_) {
@@ -239,7 +248,8 @@ void TreeBuilder::readAttributes(const Level& level, const ResolvedName& element
         else
             ++names->unknownAttributes.back().second;
     }
-    ObjectAccess::readAttributes(object, *names->table, values_, {pool_, names->usage.data(), level.arena, keepsAll_ ? &kept_ : nullptr});
+    ObjectAccess::readAttributes(object, *names->table, values_,
+                                 {pool_, names->usage.data(), level.arena, keepsAll_ ? &kept_ : nullptr});
 }
 
 void TreeBuilder::keepAttribute(const ResolvedName& name, const char* qname, std::string_view value) {
@@ -257,7 +267,8 @@ void TreeBuilder::keepAttribute(const ResolvedName& name, const char* qname, std
 
 void TreeBuilder::keepDeclarations(CSDObject& object) {
     if (!ObjectAccess::descriptor(object)) return;
-    std::vector<NamespaceDeclaration>& declarations = ObjectAccess::requireExtras(object).requireMarkup().declarations;
+    std::vector<NamespaceDeclaration>& declarations =
+        ObjectAccess::requireExtras(object).requireMarkup().declarations;
     for (const auto& [prefix, uri] : names_.scopeDeclarations())
         declarations.push_back({CTulStringW(prefix), CTulStringW(uri)});
 }
@@ -370,14 +381,13 @@ void TreeBuilder::keepText(Level& level) {
     if (!hasChildren(level)) {
         units_ = texts_.decode(text_);
         object.ReadNodeValue(ToUnits(units_.c_str()), static_cast<unsigned>(units_.size()));
-        if (isOfDate) ObjectAccess::setKeepsValue(object);
         return;
     }
     // Text after a child: from here on the value is what the runs say, the first of which it was until now.
     if (!level.hasRuns) {
         level.hasRuns = true;
-        const CTulStringW first = isOfDate ? static_cast<CSDDateTimeValueObject&>(object).GetRawText()
-                                           : ObjectAccess::text(object);
+        const CTulStringW first =
+            isOfDate ? static_cast<CSDDateTimeValueObject&>(object).GetRawText() : ObjectAccess::text(object);
         if (!first.IsEmpty()) {
             addTextRun(first.view());
             CSDObject* const run = pending_.back();

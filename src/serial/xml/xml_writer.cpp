@@ -335,7 +335,8 @@ void XmlWriter::writeWholeAttributes(const CSDObject& object, const ClassDescrip
                                      const Extras* extras) {
     std::string own;
     const auto nameOf = [&](const AttributeRow& row) -> std::string_view {
-        if (row.nameSpace == kNoNamespace || (row.nameSpace == kMathNamespace && table.nameSpace == kMathNamespace))
+        if (row.nameSpace == kNoNamespace ||
+            (row.nameSpace == kMathNamespace && table.nameSpace == kMathNamespace))
             return row.local(); // MathML's own attributes have no prefix
         if (scopes_.isCustomary(row.nameSpace)) return row.qualifiedName();
         own = nameInForce(row.nameSpace, row.qualifiedName(), true);
