@@ -35,15 +35,19 @@ private:
     zip_error_t value_{};
 };
 
-/// What the upper half of a member's outer attributes says where a Unix system wrote it.
-bool IsSpecial(zip_t* archive, zip_uint64_t index) {
+/// The upper half of a member's outer attributes.
+std::uint32_t UnixMode(zip_t* archive, zip_uint64_t index) {
+    zip_uint8_t system = 0;
+    zip_uint32_t attributes = 0;
+    if (zip_file_get_external_attributes(archive, index, 0, &system, &attributes) != 0) return 0;
+    return attributes >> 16U;
+}
+
+bool IsSpecial(std::uint32_t unixMode) noexcept {
     constexpr std::uint32_t typeMask = 0170000;
     constexpr std::uint32_t regular = 0100000;
     constexpr std::uint32_t folder = 0040000;
-    zip_uint8_t system = 0;
-    zip_uint32_t attributes = 0;
-    if (zip_file_get_external_attributes(archive, index, 0, &system, &attributes) != 0) return false;
-    const std::uint32_t type = attributes >> 16U & typeMask;
+    const std::uint32_t type = unixMode & typeMask;
     return type != 0 && type != regular && type != folder;
 }
 
@@ -95,7 +99,8 @@ std::unique_ptr<CSDZipHandle> CSDZipHandle::open(MakeSource makeSource, std::uin
     std::unique_ptr<CSDZipHandle> handle(new CSDZipHandle); // NOLINT: private constructor
     archive::Error error;
     if (!handle->openSource(makeSource(error.get()), error.get(), limits, notes)) return nullptr;
-    handle->readDirectory(byteCount, notes);
+    handle->byteCount_ = byteCount;
+    handle->readDirectory(notes);
     return handle;
 }
 
@@ -118,7 +123,7 @@ bool CSDZipHandle::openSource(zip_source_t* source, zip_error_t* error, const Li
     return true;
 }
 
-void CSDZipHandle::readDirectory(std::uint64_t byteCount, const NoteSink& notes) {
+void CSDZipHandle::readDirectory(const NoteSink& notes) {
     const auto count = static_cast<zip_uint64_t>(zip_get_num_entries(archive_.get(), 0));
     members_.reserve(static_cast<std::size_t>(count));
     for (zip_uint64_t index = 0; index < count; ++index) {
@@ -134,10 +139,11 @@ void CSDZipHandle::readDirectory(std::uint64_t byteCount, const NoteSink& notes)
         member.packedSize = status.comp_size;
         member.crc = status.crc;
         member.method = status.comp_method;
-        member.mostBytes = archive::LargestInflated(std::min(member.packedSize, byteCount));
+        member.mostBytes = archive::LargestInflated(std::min(member.packedSize, byteCount_));
         member.isZipEncrypted = status.encryption_method != ZIP_EM_NONE;
         member.isFolder = member.name.ends_with('/') || member.name.ends_with('\\');
-        member.isSpecial = archive::IsSpecial(archive_.get(), index);
+        member.unixMode = archive::UnixMode(archive_.get(), index);
+        member.isSpecial = archive::IsSpecial(member.unixMode);
         member.time = status.mtime;
     }
     byName_.reserve(members_.size());

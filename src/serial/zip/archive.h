@@ -26,7 +26,8 @@ struct Member {
     std::uint32_t crc = 0;
     std::uint64_t mostBytes = 0; ///< that can come out of the archive under this name, claims or not
     std::uint16_t method = 0;
-    std::int64_t time = 0; ///< of its last change, in seconds since 1970
+    std::uint32_t unixMode = 0; ///< where a Unix system wrote it, with the bits of the file's kind
+    std::int64_t time = 0;      ///< of its last change, in seconds since 1970
     bool isFolder = false;
     bool isSpecial = false; ///< a link or device in the eyes of the program that made the archive
     bool isZipEncrypted = false;
@@ -69,6 +70,8 @@ public:
     CSDZipHandle& operator=(const CSDZipHandle&) = delete;
     ~CSDZipHandle() = default;
 
+    /// Size of the archive.
+    std::uint64_t byteCount() const noexcept { return byteCount_; }
     zip_t* archive() const noexcept { return archive_.get(); }
     const std::vector<ODF::archive::Member>& members() const noexcept { return members_; }
     /// Null for an index that there isn't.
@@ -91,8 +94,9 @@ private:
                                               const ODF::Limits& limits, const ODF::archive::NoteSink& notes);
     bool openSource(zip_source_t* source, zip_error_t* error, const ODF::Limits& limits,
                     const ODF::archive::NoteSink& notes);
-    void readDirectory(std::uint64_t byteCount, const ODF::archive::NoteSink& notes);
+    void readDirectory(const ODF::archive::NoteSink& notes);
 
+    std::uint64_t byteCount_ = 0;
     std::vector<unsigned char> ownBytes_; // must outlive the archive on them
     std::unique_ptr<zip_t, decltype(&zip_discard)> archive_{nullptr, zip_discard};
     std::vector<ODF::archive::Member> members_;

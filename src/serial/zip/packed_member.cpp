@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <charconv>
 #include <memory>
+#include <new>
+#include <utility>
 
 namespace ODF::archive {
 
@@ -26,7 +28,8 @@ DosTime FromSystemTime(const SYSTEMTIME& when) noexcept {
 /// Shows one packed member to libzip.
 class PackedSource final : public CustomSource {
 public:
-    PackedSource(const Spool& spool, const PackedMember& member) noexcept : spool_(spool), member_(member) {}
+    PackedSource(const PackedMember& member, PackedBytes bytes) noexcept
+        : member_(member), bytes_(std::move(bytes)) {}
 
 private:
     void describe(zip_stat_t& status) const override {
@@ -44,10 +47,7 @@ private:
             return 0;
         case ZIP_SOURCE_READ: {
             const std::uint64_t count = std::min<std::uint64_t>(length, member_.packedSize - done_);
-            if (!spool_.read(member_.offset + done_, {static_cast<unsigned char*>(data), count}))
-                return fail(ZIP_ER_READ);
-            done_ += count;
-            return static_cast<zip_int64_t>(count);
+            return read({static_cast<unsigned char*>(data), static_cast<std::size_t>(count)});
         }
         case ZIP_SOURCE_SUPPORTS:
             return ZIP_SOURCE_SUPPORTS_READABLE;
@@ -56,8 +56,18 @@ private:
         }
     }
 
-    const Spool& spool_;
+    zip_int64_t read(std::span<unsigned char> target) noexcept {
+        try {
+            if (!target.empty() && !bytes_(done_, target)) return fail(ZIP_ER_READ);
+        } catch (const std::bad_alloc&) { // what calls this is libzip
+            return fail(ZIP_ER_MEMORY);
+        }
+        done_ += target.size();
+        return static_cast<zip_int64_t>(target.size());
+    }
+
     const PackedMember& member_;
+    PackedBytes bytes_;
     std::uint64_t done_ = 0;
 };
 
@@ -65,6 +75,10 @@ private:
 
 DosTime ToDosTime(std::int64_t seconds) {
     return FromSystemTime(platform::LocalTime(seconds));
+}
+
+DosTime ToUtcDosTime(std::int64_t seconds) {
+    return FromSystemTime(platform::UtcTime(seconds));
 }
 
 DosTime PresentDosTime() {
@@ -76,8 +90,9 @@ DosTime PresentDosTime() {
     return FromSystemTime(isFixed ? platform::UtcTime(seconds) : platform::LocalNow());
 }
 
-bool AddPacked(zip_t* archive, const Spool& spool, const PackedMember& member) {
-    zip_source_t* const made = CustomSource::handOver(std::make_unique<PackedSource>(spool, member), nullptr);
+bool AddPacked(zip_t* archive, const PackedMember& member, PackedBytes bytes) {
+    zip_source_t* const made =
+        CustomSource::handOver(std::make_unique<PackedSource>(member, std::move(bytes)), nullptr);
     if (!made) return false;
     const zip_int64_t index = zip_file_add(archive, member.name.c_str(), made, ZIP_FL_ENC_UTF_8);
     if (index < 0) {
@@ -87,6 +102,8 @@ bool AddPacked(zip_t* archive, const Spool& spool, const PackedMember& member) {
     const auto place = static_cast<zip_uint64_t>(index);
     return (member.method != ZIP_CM_STORE ||
             zip_set_file_compression(archive, place, ZIP_CM_STORE, 0) == 0) &&
+           (!member.unixMode || zip_file_set_external_attributes(archive, place, 0, ZIP_OPSYS_UNIX,
+                                                                 *member.unixMode << 16U) == 0) &&
            zip_file_set_dostime(archive, place, member.time.time, member.time.date, 0) == 0;
 }
 

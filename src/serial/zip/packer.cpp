@@ -4,17 +4,35 @@
 #include "serial/zip/inflate.h"
 #include "serial/zip/member_stream.h"
 
+#include <algorithm>
+#include <memory>
 #include <vector>
 
 namespace ODF::archive {
 
 namespace {
 
-/// Up to here a file is deflated in one go, which is twice as fast as in pieces.
-constexpr std::uint64_t kLargestWhole = std::uint64_t{128} << 20;
 constexpr std::size_t kPieceSize = std::size_t{1} << 18;
 
 } // namespace
+
+PackedBytes CopyOfPacked(const CSDZipHandle& source, std::int64_t index, const NoteSink& notes) {
+    struct Copy {
+        std::unique_ptr<StoredBytes> bytes;
+        std::uint32_t crc = 0;
+    };
+    return [&source, index, notes, copy = std::make_shared<Copy>()](std::uint64_t offset,
+                                                                    std::span<unsigned char> target) {
+        const Member& original = *source.member(index);
+        if (offset == 0) *copy = {std::make_unique<StoredBytes>(source, index), 0};
+        if (!copy->bytes->isOpen() || copy->bytes->read(target) != target.size()) return false;
+        if (original.method != ZIP_CM_STORE) return true;
+        copy->crc = Crc32(copy->crc, target);
+        if (offset + target.size() == original.packedSize && copy->crc != original.crc)
+            NoteResult(ReadResult::Damaged, original, notes);
+        return true;
+    };
+}
 
 bool Packer::packBytes(PackedMember& member, std::span<const unsigned char> bytes, bool isStored) {
     member.size = bytes.size();
@@ -30,7 +48,7 @@ bool Packer::packFile(PackedMember& member, const platform::Path& path, bool isS
     const platform::InputFile file(path);
     if (!file.isOpen()) return false;
     std::vector<unsigned char> buffer;
-    if (file.size() <= kLargestWhole && !isStored) {
+    if (file.size() <= kLargestWholeDeflate && !isStored) {
         buffer.resize(static_cast<std::size_t>(file.size()));
         const std::ptrdiff_t count = file.readAt(0, buffer.data(), buffer.size());
         return count >= 0 && packBytes(member, {buffer.data(), static_cast<std::size_t>(count)}, false);
@@ -59,21 +77,15 @@ bool Packer::packMember(PackedMember& member, const CSDZipHandle& source, int in
 
 bool Packer::packCopy(PackedMember& member, const CSDZipHandle& source, int index, const NoteSink& notes) {
     const Member& original = *source.member(index);
-    StoredBytes bytes(source, index);
-    if (!bytes.isOpen()) return false;
+    const PackedBytes bytes = CopyOfPacked(source, index, notes);
     std::vector<unsigned char> buffer(kPieceSize);
-    std::uint64_t total = 0;
-    std::uint32_t crc = 0;
-    for (std::size_t count = bytes.read(buffer); count > 0; count = bytes.read(buffer)) {
-        const std::span<const unsigned char> piece(buffer.data(), count);
-        if (original.method == ZIP_CM_STORE) crc = Crc32(crc, piece);
-        total += count;
-        if (!spool_.write(piece)) return false;
+    for (std::uint64_t done = 0; done < original.packedSize;) {
+        const auto count =
+            static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), original.packedSize - done));
+        const std::span<unsigned char> piece = std::span(buffer).first(count);
+        if (!bytes(done, piece) || !spool_.write(piece)) return false;
+        done += count;
     }
-    if (total != original.packedSize) return false;
-    // libzip counts the checksum of stored bytes anew, so a wrong one would be lost without this note.
-    if (original.method == ZIP_CM_STORE && crc != original.crc)
-        NoteResult(ReadResult::Damaged, original, notes);
     member.size = original.size;
     member.crc = original.crc;
     member.method = original.method;

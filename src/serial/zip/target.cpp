@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 
 namespace ODF::archive {
 
@@ -58,6 +59,30 @@ public:
 
 private:
     std::span<unsigned char> buffer_;
+};
+
+class GrowingTarget final : public Target {
+public:
+    explicit GrowingTarget(std::vector<unsigned char>& bytes) noexcept : bytes_(bytes) {}
+    bool writeAt(std::uint64_t offset, std::span<const unsigned char> bytes) override {
+        try {
+            if (bytes.size() > bytes_.max_size() || offset > bytes_.max_size() - bytes.size()) return false;
+            const auto start = static_cast<std::size_t>(offset);
+            if (bytes_.size() < start + bytes.size()) bytes_.resize(start + bytes.size());
+            std::copy(bytes.begin(), bytes.end(), bytes_.begin() + static_cast<std::ptrdiff_t>(start));
+            return true;
+        } catch (const std::bad_alloc&) { // what calls this is libzip
+            errno = ENOMEM;
+            return false;
+        }
+    }
+    bool finish(std::uint64_t size) override {
+        bytes_.resize(static_cast<std::size_t>(size));
+        return true;
+    }
+
+private:
+    std::vector<unsigned char>& bytes_;
 };
 
 class MappingTarget final : public MemoryTarget {
@@ -164,6 +189,10 @@ std::unique_ptr<Target> MakeFileTarget(const platform::Path& path) {
 
 std::unique_ptr<Target> MakeMemoryTarget(std::span<unsigned char> buffer) {
     return std::make_unique<MemoryTarget>(buffer);
+}
+
+std::unique_ptr<Target> MakeGrowingTarget(std::vector<unsigned char>& bytes) {
+    return std::make_unique<GrowingTarget>(bytes);
 }
 
 std::unique_ptr<Target> MakeMappingTarget(void* mapping, std::size_t capacity) {

@@ -35,6 +35,9 @@ std::unique_ptr<Target> MakeMemoryTarget(std::span<unsigned char> buffer);
 /// A mapping, by its handle; null when it can't be viewed.
 std::unique_ptr<Target> MakeMappingTarget(void* mapping, std::size_t capacity);
 
+/// Memory that grows as far as there is any; what could be written before it ran out is left there.
+std::unique_ptr<Target> MakeGrowingTarget(std::vector<unsigned char>& bytes);
+
 /// Lets libzip write to a target, which the caller keeps until the archive is closed.
 zip_source_t* MakeTargetSource(Target& target, std::uint64_t& size, zip_error_t* error);
 

@@ -1,14 +1,12 @@
 #include <odfmodel/serial/zip.h>
 
+#include "serial/zip/archive_writer.h"
 #include "serial/zip/packed_member.h"
 #include "serial/zip/packer.h"
 #include "serial/zip/spool.h"
 #include "serial/zip/target.h"
 
-#include <zip.h>
-
 #include <algorithm>
-#include <array>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -87,28 +85,17 @@ struct CSDZip::State {
     }
 
     bool writeMembers() {
-        // libzip doesn't write an archive without members.
-        if (members.empty()) {
-            constexpr std::array<unsigned char, 22> emptyArchive{'P', 'K', 5, 6};
-            size = emptyArchive.size();
-            return target->writeAt(0, emptyArchive);
+        archive::ArchiveWriter writer(*target);
+        for (const archive::PackedMember& member : members) {
+            const auto bytes = [this, start = member.offset](std::uint64_t offset,
+                                                             std::span<unsigned char> place) {
+                return spool.read(start + offset, place);
+            };
+            if (!writer.add(member, bytes)) return false;
         }
-        zip_error_t error;
-        zip_error_init(&error);
-        zip_source_t* const into = archive::MakeTargetSource(*target, size, &error);
-        zip_t* const archive = into ? zip_open_from_source(into, ZIP_CREATE | ZIP_TRUNCATE, &error) : nullptr;
-        zip_error_fini(&error);
-        if (!archive) {
-            if (into) zip_source_free(into);
-            return false;
-        }
-        const bool isAdded =
-            std::all_of(members.begin(), members.end(), [&](const archive::PackedMember& member) {
-                return archive::AddPacked(archive, spool, member);
-            });
-        if (isAdded && zip_close(archive) == 0) return true;
-        zip_discard(archive);
-        return false;
+        const bool isWritten = writer.finish();
+        size = writer.size();
+        return isWritten;
     }
 
     int finish() {

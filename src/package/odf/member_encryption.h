@@ -1,0 +1,37 @@
+#pragma once
+
+#include "serial/crypto/package_encryption.h"
+#include "serial/zip/deflate.h"
+
+#include <odfmodel/core/diagnostics.h>
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace ODF::package {
+
+/// Deflates members of any size into memory of their own.
+class MemberDeflater {
+public:
+    /// Empty when deflating saves nothing.
+    std::vector<unsigned char> deflateIfSmaller(std::span<const unsigned char> plain);
+    /// Always a deflate stream, as encryption needs it.
+    std::vector<unsigned char> deflate(std::span<const unsigned char> plain);
+
+private:
+    archive::WholeDeflater whole_;
+};
+
+/// A member on its way into an encrypted archive.
+struct EncryptionJob {
+    std::vector<unsigned char> bytes; ///< deflated, then encrypted
+    std::uint64_t plainSize = 0;
+    std::string xml; ///< its encryption data for the manifest
+};
+
+/// Encrypts on all processors: finding the keys takes longer than everything else in a save.
+Status EncryptMembers(const crypto::PackageEncryption& encryption, std::span<EncryptionJob> jobs);
+
+} // namespace ODF::package
