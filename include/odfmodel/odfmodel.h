@@ -6,6 +6,8 @@
 
 #include <odfmodel/core/attribute.h>
 #include <odfmodel/core/diagnostics.h>
+#include <odfmodel/core/fidelity.h>
+#include <odfmodel/core/foreign.h>
 #include <odfmodel/core/limits.h>
 #include <odfmodel/core/object.h>
 #include <odfmodel/core/part.h>
@@ -15,6 +17,7 @@
 #include <odfmodel/core/value_objects.h>
 #include <odfmodel/document/document.h>
 #include <odfmodel/document/odf_document.h>
+#include <odfmodel/document/open_document.h>
 #include <odfmodel/document/part.h>
 #include <odfmodel/document/part_factories.h>
 #include <odfmodel/elements/elements.h>

@@ -51,6 +51,8 @@ const char* ToText(Status status) noexcept {
         return "could not write";
     case Status::OutOfMemory:
         return "out of memory";
+    case Status::Damaged:
+        return "the content is damaged";
     }
     return "unknown";
 }

@@ -136,6 +136,28 @@ std::vector<AttributeText> AttributesOf(const CSDObject& object) {
     return result;
 }
 
+bool GetAttributeText(const CSDObject& object, std::string_view name, CTulStringW& out) {
+    const ClassDescriptor* const table = ObjectAccess::table(object);
+    const int row = table ? RowOf(*table, name) : -1;
+    if (row < 0) return false;
+    if (const Extras* const extras = ObjectAccess::extras(object))
+        if (const KeptAttribute* const kept = extras->find(static_cast<unsigned>(row))) {
+            out = kept->value;
+            return true;
+        }
+    const std::uint64_t* const slot =
+        AttributeSlots::find(ObjectAccess::slots(object), table->words(), static_cast<unsigned>(row));
+    if (!slot) return false;
+    const AttributeValue value{table->attributes[row], slot};
+    if (value.isText())
+        out = AttributeSlots::text(slot);
+    else if (value.isKey())
+        out = CTulStringW(value.key());
+    else
+        out = CTulStringW(value.spelled().view());
+    return true;
+}
+
 bool SetAttributeText(CSDObject& object, std::string_view name, std::string_view value) {
     const ClassDescriptor* const table = ObjectAccess::table(object);
     const int row = table ? RowOf(*table, name) : -1;

@@ -27,7 +27,8 @@ enum class Status {
     NoTemporaryFolder,     ///< the system has no writable temporary directory
     NothingToSave,         ///< there is no package to save, as in a second save of one document
     CouldNotWrite,         ///< the target or a file on the way to it can't be written
-    OutOfMemory
+    OutOfMemory,
+    Damaged ///< a part of the content can't be read; what came before the fault is there
 };
 
 /// A short English text for a status, such as "not an archive".

@@ -78,6 +78,9 @@ ODFMODEL_API bool IsTextRun(const CSDObject& object) noexcept;
 ODFMODEL_API std::string TextOf(const CSDObject& object);
 /// The attributes that are written for the object, in the order of writing.
 ODFMODEL_API std::vector<AttributeText> AttributesOf(const CSDObject& object);
+/// The value of a set attribute as it is written with full fidelity, not escaped: the words of the file until
+/// somebody sets it. False, `out` unchanged, when it isn't set or the class has none of that qualified name.
+ODFMODEL_API bool GetAttributeText(const CSDObject& object, std::string_view name, CTulStringW& out);
 /// Sets an attribute from a text as reading a file does; false when the class has none of that qualified
 /// name.
 ODFMODEL_API bool SetAttributeText(CSDObject& object, std::string_view name, std::string_view value);

@@ -5,6 +5,7 @@
 #include <odfmodel/export.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -83,6 +84,11 @@ public:
         std::string_view password;            ///< for this archive only; empty for that of the package. Given
                                               ///< for a package in clear it asks for `Members`
         std::optional<std::int64_t> fixedTime; ///< of new and changed members, in seconds since 1970 in UTC
+        /// Asked once for each member: newer bytes for this archive alone. Nothing for a member that is as it
+        /// was; any other status than `Ok` ends the writing.
+        std::function<std::optional<Status>(std::string_view name, Bytes& bytes)> replace;
+        /// Whether `replace` changes anything, for what depends on nothing having changed.
+        bool isChanged = true;
     };
     /// Writes the whole archive, as often as wanted. On any other status than `Ok` `archive` is empty.
     [[nodiscard]] Status write(const WriteOptions& options, Bytes& archive, Diagnostics& diagnostics) const;

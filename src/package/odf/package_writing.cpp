@@ -39,9 +39,10 @@ struct Planned {
 class PackageWriter {
 public:
     /// Without `encryption` everything is written in clear.
-    PackageWriter(const OdfPackage::State& state, archive::DosTime now,
-                  const crypto::PackageEncryption* encryption, const archive::NoteSink& notes)
-        : state_(state), now_(now), encryption_(encryption), notes_(notes) {}
+    PackageWriter(const OdfPackage::State& state, const OdfPackage::WriteOptions& options,
+                  archive::DosTime now, const crypto::PackageEncryption* encryption,
+                  const archive::NoteSink& notes)
+        : state_(state), options_(options), now_(now), encryption_(encryption), notes_(notes) {}
 
     Status write(Bytes& target) {
         isManifestNew_ = encryption_ || state_.manifest.isChanged() || state_.manifest.isEncrypted() ||
@@ -119,13 +120,21 @@ private:
         case Entry::Kind::Member:
             break;
         }
-        const bool isAltered = state_.isChanged || isManifestNew_;
+        const bool isReplaced = options_.replace && options_.isChanged;
+        const bool isAltered = state_.isChanged || isManifestNew_ || isReplaced;
         if (isAltered && !entry.isChanged && IsSignature(entry.name)) {
             notes_.add(NoteCode::General, Severity::Warning, entry.name,
                        "the signatures don't fit the changed package and are left out");
             return Status::Ok;
         }
         Planned& planned = plan(entry.name);
+        if (options_.replace) {
+            Bytes bytes;
+            if (const std::optional<Status> status = options_.replace(entry.name, bytes)) {
+                if (*status != Status::Ok) return *status;
+                return planBytes(planned, entry, std::move(bytes));
+            }
+        }
         if (!entry.isChanged) planned.member.time = timeOf(entry);
         if (encryption_ && !IsBeyondManifest(entry.name)) return prepareToEncrypt(planned, entry);
         if (entry.isChanged) {
@@ -144,6 +153,18 @@ private:
             if (planned.own.empty()) store(planned, std::move(plain));
         }
         return status;
+    }
+
+    /// A member with other bytes than the package has.
+    Status planBytes(Planned& planned, const Entry& entry, Bytes bytes) {
+        if (encryption_ && !IsBeyondManifest(entry.name)) {
+            jobs_.push_back({deflater_.deflate(bytes), bytes.size(), {}});
+            encrypted_.push_back(&planned);
+            return Status::Ok;
+        }
+        pack(planned, bytes, IsCompressed(mediaTypeOf(entry)));
+        if (planned.own.empty()) store(planned, std::move(bytes));
+        return Status::Ok;
     }
 
     archive::DosTime timeOf(const Entry& entry) const {
@@ -276,6 +297,7 @@ private:
     }
 
     const OdfPackage::State& state_;
+    const OdfPackage::WriteOptions& options_;
     archive::DosTime now_;
     const crypto::PackageEncryption* encryption_;
     const archive::NoteSink& notes_;
@@ -291,10 +313,11 @@ private:
 };
 
 /// A package whose one member is the whole package.
-Status WriteWhole(const OdfPackage::State& state, crypto::ByteView password, archive::DosTime now,
-                  Bytes& target, const archive::NoteSink& notes) {
+Status WriteWhole(const OdfPackage::State& state, const OdfPackage::WriteOptions& options,
+                  crypto::ByteView password, archive::DosTime now, Bytes& target,
+                  const archive::NoteSink& notes) {
     Bytes inner;
-    Status status = PackageWriter(state, now, nullptr, notes).write(inner);
+    Status status = PackageWriter(state, options, now, nullptr, notes).write(inner);
     if (status != Status::Ok) return status;
     OdfPackage::State outer;
     outer.limits = state.limits;
@@ -310,7 +333,7 @@ Status WriteWhole(const OdfPackage::State& state, crypto::ByteView password, arc
     entry.bytes = std::move(inner);
     entry.isChanged = true;
     const crypto::PackageEncryption encryption(password, crypto::Scheme::Whole);
-    return PackageWriter(outer, now, &encryption, notes).write(target);
+    return PackageWriter(outer, {}, now, &encryption, notes).write(target);
 }
 
 } // namespace
@@ -322,7 +345,8 @@ Status WritePackage(const OdfPackage::State& state, const OdfPackage::WriteOptio
         encryption = Encryption::Members;
     const archive::DosTime now =
         options.fixedTime ? archive::ToUtcDosTime(*options.fixedTime) : archive::PresentDosTime();
-    if (encryption == Encryption::None) return PackageWriter(state, now, nullptr, notes).write(archive);
+    if (encryption == Encryption::None)
+        return PackageWriter(state, options, now, nullptr, notes).write(archive);
 
     const crypto::ByteView given(reinterpret_cast<const unsigned char*>(options.password.data()),
                                  options.password.size());
@@ -331,9 +355,9 @@ Status WritePackage(const OdfPackage::State& state, const OdfPackage::WriteOptio
         notes.add(NoteCode::General, Severity::Error, {}, "there is no password to encrypt with");
         return Status::PasswordNeeded;
     }
-    if (encryption == Encryption::Whole) return WriteWhole(state, password, now, archive, notes);
+    if (encryption == Encryption::Whole) return WriteWhole(state, options, password, now, archive, notes);
     const crypto::PackageEncryption members(password, crypto::Scheme::Members);
-    return PackageWriter(state, now, &members, notes).write(archive);
+    return PackageWriter(state, options, now, &members, notes).write(archive);
 }
 
 } // namespace ODF::package

@@ -1,0 +1,527 @@
+#include <odfmodel/document/open_document.h>
+
+#include "document/document_kinds.h"
+#include "document/templates.h"
+#include "document/tree.h"
+#include "package/odf/odf_package.h"
+#include "package/odf/whole_file.h"
+
+#include <odfmodel/core/reflection.h>
+#include <odfmodel/elements/elements.h>
+
+#include <algorithm>
+#include <istream>
+#include <map>
+#include <new>
+#include <ostream>
+#include <stdexcept>
+
+namespace ODF {
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+constexpr std::string_view kContent = "content.xml";
+constexpr std::string_view kStyles = "styles.xml";
+constexpr std::string_view kMeta = "meta.xml";
+constexpr std::string_view kSettings = "settings.xml";
+/// The one tree of a flat document, which has no name.
+constexpr std::string_view kFlat;
+
+platform::Path ToPath(const std::filesystem::path& path) {
+    const std::u8string utf8 = path.u8string();
+    return platform::Path(std::string(utf8.begin(), utf8.end()));
+}
+
+/// Runs `work(diagnostics)`, which returns a status. A failed allocation is one too.
+template<typename Work>
+Result Run(Work work) {
+    Diagnostics diagnostics;
+    Status status = Status::OutOfMemory;
+    try {
+        status = work(diagnostics);
+    } catch (const std::bad_alloc&) {
+        status = Status::OutOfMemory;
+    } catch (const std::length_error&) {
+        status = Status::OutOfMemory;
+    }
+    return Result(status, diagnostics.notes());
+}
+
+/// Whether the bytes begin like XML: with markup, perhaps after a byte order mark and blanks.
+bool LooksLikeXml(std::span<const unsigned char> bytes) noexcept {
+    constexpr unsigned char kMark[] = {0xEF, 0xBB, 0xBF};
+    if (bytes.size() >= 3 && std::equal(std::begin(kMark), std::end(kMark), bytes.begin()))
+        bytes = bytes.subspan(3);
+    else if (bytes.size() >= 2 &&
+             ((bytes[0] == 0xFE && bytes[1] == 0xFF) || (bytes[0] == 0xFF && bytes[1] == 0xFE)))
+        return true; // UTF-16
+    const auto at = std::find_if(bytes.begin(), bytes.end(), [](unsigned char c) {
+        return c != ' ' && c != '\t' && c != '\r' && c != '\n';
+    });
+    return at != bytes.end() && *at == '<';
+}
+
+template<typename T>
+T* As(CSDObject* object) noexcept {
+    return object && object->GetID() == T::kId ? static_cast<T*>(object) : nullptr;
+}
+
+template<typename T>
+T* ChildOf(CSDObject* object) noexcept {
+    return object ? static_cast<T*>(object->GetObjectByID(T::kId)) : nullptr;
+}
+
+} // namespace
+
+std::string Result::Text() const {
+    std::string text = ToText(status_);
+    if (status_ == Status::Ok) return text;
+    const auto cause = std::find_if(notes_.begin(), notes_.end(),
+                                    [](const Note& note) { return note.severity == Severity::Error; });
+    if (cause == notes_.end()) return text;
+    text += ": ";
+    if (!cause->member.empty()) text += cause->member + ": ";
+    text += cause->text;
+    if (cause->line > 0)
+        text += " (line " + std::to_string(cause->line) + ", column " + std::to_string(cause->column) + ")";
+    return text;
+}
+
+struct Document::State {
+    OdfPackage package;
+    bool isFlat = false;
+    Limits limits;
+    KindOfDocument kind;
+    std::map<std::string, Tree, std::less<>> trees;
+
+    /// The tree of a member, read if it isn't there yet; null when there is none.
+    Tree* tree(std::string_view member, Diagnostics& diagnostics);
+    /// As `tree`, for the getters, which tell nothing.
+    CSDObject* root(std::string_view member);
+    Status openPackage(Bytes bytes, const OpenOptions& options, Diagnostics& diagnostics);
+    Status openFlat(std::span<const unsigned char> bytes, Diagnostics& diagnostics);
+    Status readMainTrees(Diagnostics& diagnostics);
+    bool isWhole() const noexcept;
+    COfficeBody* body();
+    /// What a body tells of the kind.
+    DocumentKind kindOfBody();
+    Status write(const SaveOptions& options, Bytes& bytes, Diagnostics& diagnostics);
+    bool hasSignature() const;
+    bool isUnchanged(std::string_view member, const Bytes& written, Diagnostics& diagnostics);
+};
+
+Tree* Document::State::tree(std::string_view member, Diagnostics& diagnostics) {
+    if (const auto at = trees.find(member); at != trees.end()) return &at->second;
+    if (isFlat || !package.contains(member)) return nullptr;
+    Bytes bytes;
+    const Status status = package.read(member, bytes, diagnostics);
+    Tree tree = ReadTree(bytes, member, limits, diagnostics);
+    if (status != Status::Ok) tree.status = status == Status::NotReadable ? Status::Damaged : status;
+    if (!tree.root && tree.status == Status::Ok) return nullptr;
+    return &trees.emplace(member, std::move(tree)).first->second;
+}
+
+CSDObject* Document::State::root(std::string_view member) {
+    Diagnostics ignored;
+    const Tree* const found = tree(member, ignored);
+    return found ? found->root.get() : nullptr;
+}
+
+bool Document::State::isWhole() const noexcept {
+    return std::all_of(trees.begin(), trees.end(),
+                       [](const auto& tree) { return tree.second.status == Status::Ok; });
+}
+
+COfficeBody* Document::State::body() {
+    return ChildOf<COfficeBody>(root(isFlat ? kFlat : kContent));
+}
+
+DocumentKind Document::State::kindOfBody() {
+    if (!isFlat && As<CMathMath>(root(kContent))) return DocumentKind::Formula;
+    const COfficeBody* const found = body();
+    const std::vector<CSDObject*>* const children = found ? found->GetObjectList() : nullptr;
+    if (!children) return DocumentKind::Unknown;
+    for (const CSDObject* const child : *children)
+        if (const auto info = child ? ClassOf(*child) : std::nullopt)
+            if (const DocumentKind told = KindOfBody(info->elementName()); told != DocumentKind::Unknown)
+                return told;
+    return DocumentKind::Unknown;
+}
+
+Status Document::State::openPackage(Bytes bytes, const OpenOptions& options, Diagnostics& diagnostics) {
+    if (const Status status = package.open(std::move(bytes), options.password, limits, diagnostics);
+        status != Status::Ok)
+        return status;
+    kind = ToKind(package.mediaType());
+    if (!package.contains(kContent)) {
+        const bool isOurs = kind.kind != DocumentKind::Unknown;
+        diagnostics.add(NoteCode::MemberMissing, Severity::Error, kContent,
+                        isOurs ? "the package has no content" : "this is no OpenDocument package");
+        return isOurs ? Status::NoContent : Status::UnknownType;
+    }
+    return readMainTrees(diagnostics);
+}
+
+Status Document::State::readMainTrees(Diagnostics& diagnostics) {
+    Status status = Status::Ok;
+    for (const std::string_view member : {kContent, kStyles, kMeta, kSettings}) {
+        const Tree* const read = tree(member, diagnostics);
+        if (read && read->status != Status::Ok && status == Status::Ok) status = read->status;
+    }
+    if (kind.kind == DocumentKind::Unknown) kind.kind = kindOfBody();
+    if (kind.kind == DocumentKind::Unknown && status == Status::Ok && !root(kContent)) {
+        diagnostics.add(NoteCode::General, Severity::Error, kContent, "the content is of another format");
+        return Status::UnknownType;
+    }
+    return status;
+}
+
+Status Document::State::openFlat(std::span<const unsigned char> bytes, Diagnostics& diagnostics) {
+    isFlat = true;
+    if (bytes.size() > limits.partBytes) {
+        diagnostics.add(NoteCode::SizeLimit, Severity::Error, {}, "the file is too large");
+        return Status::LimitExceeded;
+    }
+    Tree read = ReadTree(bytes, {}, limits, diagnostics);
+    auto* const flat = As<COfficeDocument>(read.root.get());
+    if (!flat) {
+        diagnostics.add(NoteCode::General, Severity::Error, {},
+                        "the file is neither a package nor a flat XML document");
+        return read.status == Status::Ok ? Status::UnknownType : read.status;
+    }
+    const Status status = read.status;
+    trees.emplace(kFlat, std::move(read));
+    CTulStringW mediaType;
+    if (GetAttributeText(*flat, "office:mimetype", mediaType)) kind = ToKind(mediaType.utf8());
+    if (kind.kind == DocumentKind::Unknown) kind.kind = kindOfBody();
+    return status;
+}
+
+bool Document::State::hasSignature() const {
+    const std::vector<std::string> names = package.names();
+    return std::any_of(names.begin(), names.end(), [](const std::string& name) {
+        return name.starts_with("META-INF/") && name.find("signatures") != std::string::npos;
+    });
+}
+
+/// Whether a tree still says what its member in the package does: read and written again, that gives the
+/// same.
+bool Document::State::isUnchanged(std::string_view member, const Bytes& written, Diagnostics& diagnostics) {
+    Bytes original;
+    if (package.read(member, original, diagnostics) != Status::Ok) return false;
+    const Tree read = ReadTree(original, member, limits, diagnostics);
+    Bytes again;
+    return read.status == Status::Ok && read.root && WriteTree(*read.root, again) && again == written;
+}
+
+Status Document::State::write(const SaveOptions& options, Bytes& bytes, Diagnostics& diagnostics) {
+    if (!options.allowsIncomplete && !isWhole()) {
+        for (const auto& [member, read] : trees)
+            if (read.status != Status::Ok)
+                diagnostics.add(NoteCode::General, Severity::Error, member,
+                                "could not be read whole; saving it would lose the rest");
+        return Status::Damaged;
+    }
+    const auto cannotWrite = [&](std::string_view member) {
+        diagnostics.add(NoteCode::WriteFailed, Severity::Error, member, "the tree holds what XML can't");
+        return Status::CouldNotWrite;
+    };
+    if (isFlat) return WriteTree(*trees.at(std::string(kFlat)).root, bytes) ? Status::Ok : cannotWrite({});
+
+    OdfPackage::WriteOptions write;
+    write.fixedTime = options.fixedTime;
+    // Only a signature makes it worth knowing whether anything has changed at all.
+    std::map<std::string, Bytes, std::less<>> changed;
+    const bool isSigned = hasSignature();
+    if (isSigned) {
+        for (auto& [member, read] : trees) {
+            if (!read.root) continue;
+            Bytes written;
+            if (!WriteTree(*read.root, written)) return cannotWrite(member);
+            if (!isUnchanged(member, written, diagnostics)) changed.emplace(member, std::move(written));
+        }
+        write.isChanged = !changed.empty();
+    }
+    write.replace = [&](std::string_view member, Bytes& replaced) -> std::optional<Status> {
+        if (isSigned) {
+            const auto at = changed.find(member);
+            if (at == changed.end()) return std::nullopt;
+            replaced = std::move(at->second);
+            return Status::Ok;
+        }
+        const auto at = trees.find(member);
+        if (at == trees.end() || !at->second.root) return std::nullopt;
+        return WriteTree(*at->second.root, replaced) ? Status::Ok : cannotWrite(member);
+    };
+    return package.write(write, bytes, diagnostics);
+}
+
+Document::Document() noexcept = default;
+Document::Document(std::unique_ptr<State> state) noexcept : state_(std::move(state)) {}
+Document::Document(Document&& other) noexcept = default;
+Document& Document::operator=(Document&& other) noexcept = default;
+Document::~Document() = default;
+
+Result Document::Open(const std::filesystem::path& path, const OpenOptions& options) {
+    Bytes bytes;
+    const Result read = Run([&](Diagnostics& diagnostics) {
+        const Status status = package::ReadFileWhole(ToPath(path), options.limits.totalBytes, bytes);
+        if (status != Status::Ok)
+            diagnostics.add(NoteCode::General, Severity::Error, {}, "can't read " + ToPath(path).utf8());
+        return status;
+    });
+    return read ? OpenBytes(std::move(bytes), options) : read;
+}
+
+Result Document::Open(std::span<const unsigned char> bytes, const OpenOptions& options) {
+    Bytes copy;
+    const Result copied = Run([&](Diagnostics&) {
+        copy.assign(bytes.begin(), bytes.end());
+        return Status::Ok;
+    });
+    return copied ? OpenBytes(std::move(copy), options) : copied;
+}
+
+Result Document::Open(std::istream& stream, const OpenOptions& options) {
+    Bytes bytes;
+    const Result read = Run([&](Diagnostics& diagnostics) {
+        constexpr std::size_t kPiece = std::size_t{1} << 16;
+        while (stream) {
+            const std::size_t used = bytes.size();
+            if (used > options.limits.totalBytes) return Status::LimitExceeded;
+            bytes.resize(used + kPiece);
+            stream.read(reinterpret_cast<char*>(bytes.data() + used), static_cast<std::streamsize>(kPiece));
+            bytes.resize(used + static_cast<std::size_t>(stream.gcount()));
+        }
+        if (!stream.bad()) return Status::Ok;
+        diagnostics.add(NoteCode::General, Severity::Error, {}, "the stream can't be read to its end");
+        return Status::NotReadable;
+    });
+    return read ? OpenBytes(std::move(bytes), options) : read;
+}
+
+Result Document::OpenBytes(std::vector<unsigned char> bytes, const OpenOptions& options) {
+    return Run([&](Diagnostics& diagnostics) {
+        auto opened = std::make_unique<State>();
+        opened->limits = options.limits;
+        const Status status = LooksLikeXml(bytes)
+                                  ? opened->openFlat(bytes, diagnostics)
+                                  : opened->openPackage(std::move(bytes), options, diagnostics);
+        if (status == Status::Ok || !opened->trees.empty()) state_ = std::move(opened);
+        return status;
+    });
+}
+
+Document Document::New(DocumentKind kind) {
+    const std::string_view mediaType = MediaTypeFor(kind);
+    const std::span<const TemplateMember> members = Templates(mediaType);
+    if (members.empty()) return {};
+    auto made = std::make_unique<State>();
+    made->kind = {kind, false};
+    made->package.setMediaType(mediaType);
+    made->package.setVersion("1.3");
+    for (const TemplateMember& member : members)
+        made->package.put(member.name, Bytes(member.xml.begin(), member.xml.end()), member.mediaType);
+    Diagnostics none;
+    made->readMainTrees(none);
+    return Document(std::move(made));
+}
+
+Result Document::Save(std::vector<unsigned char>& bytes, const SaveOptions& options) {
+    bytes.clear();
+    Result result = Run([&](Diagnostics& diagnostics) {
+        return state_ ? state_->write(options, bytes, diagnostics) : Status::NothingToSave;
+    });
+    if (!result) bytes = {};
+    return result;
+}
+
+Result Document::Save(const std::filesystem::path& path, const SaveOptions& options) {
+    return Run([&](Diagnostics& diagnostics) {
+        if (!state_) return Status::NothingToSave;
+        Bytes bytes;
+        Status status = state_->write(options, bytes, diagnostics);
+        if (status != Status::Ok) return status;
+        status = package::WriteFileWhole(ToPath(path), bytes);
+        if (status != Status::Ok)
+            diagnostics.add(NoteCode::WriteFailed, Severity::Error, {}, "can't write " + ToPath(path).utf8());
+        return status;
+    });
+}
+
+Result Document::Save(std::ostream& stream, const SaveOptions& options) {
+    return Run([&](Diagnostics& diagnostics) {
+        if (!state_) return Status::NothingToSave;
+        Bytes bytes;
+        const Status status = state_->write(options, bytes, diagnostics);
+        if (status != Status::Ok) return status;
+        stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        if (stream.flush()) return Status::Ok;
+        diagnostics.add(NoteCode::WriteFailed, Severity::Error, {}, "the stream didn't take all bytes");
+        return Status::CouldNotWrite;
+    });
+}
+
+bool Document::IsWhole() const noexcept {
+    return state_ && state_->isWhole();
+}
+DocumentKind Document::Kind() const noexcept {
+    return state_ ? state_->kind.kind : DocumentKind::Unknown;
+}
+bool Document::IsTemplate() const noexcept {
+    return state_ && state_->kind.isTemplate;
+}
+bool Document::IsFlat() const noexcept {
+    return state_ && state_->isFlat;
+}
+
+std::string Document::MediaType() const {
+    if (!state_) return {};
+    CTulStringW mediaType;
+    if (!state_->isFlat) return state_->package.mediaType();
+    const CSDObject* const root = state_->root(kFlat);
+    return root && GetAttributeText(*root, "office:mimetype", mediaType) ? mediaType.utf8() : std::string();
+}
+
+std::string Document::Version() const {
+    if (!state_) return {};
+    CTulStringW version;
+    const CSDObject* const root = state_->root(state_->isFlat ? kFlat : kContent);
+    if (root && GetAttributeText(*root, "office:version", version) && !version.IsEmpty())
+        return version.utf8();
+    return state_->isFlat ? std::string() : state_->package.version();
+}
+
+COfficeDocumentContent* Document::Content() {
+    return state_ ? As<COfficeDocumentContent>(state_->root(kContent)) : nullptr;
+}
+COfficeDocumentStyles* Document::Styles() {
+    return state_ ? As<COfficeDocumentStyles>(state_->root(kStyles)) : nullptr;
+}
+COfficeDocumentMeta* Document::Meta() {
+    return state_ ? As<COfficeDocumentMeta>(state_->root(kMeta)) : nullptr;
+}
+COfficeDocumentSettings* Document::Settings() {
+    return state_ ? As<COfficeDocumentSettings>(state_->root(kSettings)) : nullptr;
+}
+CMathMath* Document::Formula() {
+    return state_ ? As<CMathMath>(state_->root(kContent)) : nullptr;
+}
+COfficeDocument* Document::Flat() {
+    return state_ && state_->isFlat ? As<COfficeDocument>(state_->root(kFlat)) : nullptr;
+}
+COfficeBody* Document::Body() {
+    return state_ ? state_->body() : nullptr;
+}
+COfficeText* Document::Text() {
+    return ChildOf<COfficeText>(Body());
+}
+COfficeSpreadsheet* Document::Spreadsheet() {
+    return ChildOf<COfficeSpreadsheet>(Body());
+}
+COfficePresentation* Document::Presentation() {
+    return ChildOf<COfficePresentation>(Body());
+}
+COfficeDrawing* Document::Drawing() {
+    return ChildOf<COfficeDrawing>(Body());
+}
+
+CSDObject* Document::Root(std::string_view member, Result* result) {
+    CSDObject* root = nullptr;
+    Result told = Run([&](Diagnostics& diagnostics) {
+        if (!state_) return Status::NotReadable;
+        const Tree* const found = state_->tree(member, diagnostics);
+        if (found) root = found->root.get();
+        return found ? found->status : Status::NotReadable;
+    });
+    if (result) *result = std::move(told);
+    return root;
+}
+
+std::vector<std::string> Document::Trees() const {
+    std::vector<std::string> names;
+    if (state_)
+        for (const auto& [name, tree] : state_->trees)
+            if (tree.root && !state_->isFlat) names.push_back(name);
+    return names;
+}
+
+std::vector<std::string> Document::Members() const {
+    return state_ ? state_->package.names() : std::vector<std::string>();
+}
+
+bool Document::HasMember(std::string_view name) const {
+    return state_ && state_->package.contains(name);
+}
+
+std::vector<std::string> Document::Objects() const {
+    std::vector<std::string> folders;
+    for (const std::string& name : Members()) {
+        const std::size_t slash = name.rfind('/');
+        if (slash != std::string::npos && name.substr(slash + 1) == kContent)
+            folders.push_back(name.substr(0, slash));
+    }
+    return folders;
+}
+
+Result Document::ReadMember(std::string_view name, std::vector<unsigned char>& bytes) {
+    bytes.clear();
+    return Run([&](Diagnostics& diagnostics) {
+        if (!state_) return Status::NotReadable;
+        const auto at = state_->trees.find(name);
+        if (at == state_->trees.end() || !at->second.root || state_->isFlat)
+            return state_->package.read(name, bytes, diagnostics);
+        return WriteTree(*at->second.root, bytes) ? Status::Ok : Status::CouldNotWrite;
+    });
+}
+
+Result Document::WriteMember(std::string_view name, std::span<const unsigned char> bytes,
+                             std::string_view mediaType) {
+    return Run([&](Diagnostics& diagnostics) {
+        if (!state_ || state_->isFlat ||
+            !state_->package.put(name, Bytes(bytes.begin(), bytes.end()), mediaType)) {
+            diagnostics.add(NoteCode::General, Severity::Error, name, "no member may have this name");
+            return Status::CouldNotWrite;
+        }
+        if (const auto at = state_->trees.find(name); at != state_->trees.end()) state_->trees.erase(at);
+        return Status::Ok;
+    });
+}
+
+bool Document::RemoveMember(std::string_view name) {
+    if (!state_ || !state_->package.remove(name)) return false;
+    if (const auto at = state_->trees.find(name); at != state_->trees.end()) state_->trees.erase(at);
+    return true;
+}
+
+std::string Document::MediaTypeOf(std::string_view name) const {
+    return state_ ? state_->package.mediaTypeOf(name) : std::string();
+}
+
+std::string Document::AddPicture(std::span<const unsigned char> bytes, std::string_view fileName) {
+    if (!state_ || state_->isFlat) return {};
+    return state_->package.addFree("Pictures", fileName, Bytes(bytes.begin(), bytes.end()));
+}
+
+bool Document::IsEncrypted() const noexcept {
+    return state_ && state_->package.isEncrypted();
+}
+
+bool Document::SetPassword(std::string_view password, std::optional<EncryptionScheme> scheme) {
+    if (!state_ || state_->isFlat || password.empty()) return false;
+    OdfPackage::Encryption encryption = state_->package.encryption();
+    if (scheme)
+        encryption = *scheme == EncryptionScheme::Aes256Gcm ? OdfPackage::Encryption::Whole
+                                                            : OdfPackage::Encryption::Members;
+    else if (encryption == OdfPackage::Encryption::None)
+        encryption = OdfPackage::Encryption::Members;
+    state_->package.setEncryption(encryption, password);
+    return true;
+}
+
+void Document::RemovePassword() {
+    if (state_) state_->package.setEncryption(OdfPackage::Encryption::None, {});
+}
+
+} // namespace ODF

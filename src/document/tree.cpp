@@ -1,0 +1,60 @@
+#include "document/tree.h"
+
+#include "serial/xml/root_element.h"
+
+#include <odfmodel/core/reflection.h>
+#include <odfmodel/serial/sax_reader.h>
+
+namespace ODF {
+namespace {
+
+struct ReleaseReader {
+    void operator()(CSDSaxReader* reader) const noexcept { ReleaseSaxReader(reader); }
+};
+
+/// What the notes from `first` on say of why a parse has ended.
+Status StatusOf(const Diagnostics& diagnostics) noexcept {
+    Status status = Status::Damaged;
+    for (const Note& note : diagnostics.notes())
+        if (note.code == NoteCode::DepthLimit || note.code == NoteCode::SizeLimit)
+            status = Status::LimitExceeded;
+    return status;
+}
+
+} // namespace
+
+Tree ReadTree(std::span<const unsigned char> xml, std::string_view member, const Limits& limits,
+              Diagnostics& diagnostics) {
+    Tree tree;
+    if (xml.empty()) return tree; // some programs write members of no bytes
+    const std::string name = xml::RootElementOf(xml, limits);
+    if (name.empty()) {
+        diagnostics.add(NoteCode::XmlNotWellFormed, Severity::Error, member, "this is no XML");
+        tree.status = Status::Damaged;
+        return tree;
+    }
+    const std::optional<ClassInfo> info = ClassOfElement(name);
+    if (!info) {
+        diagnostics.add(NoteCode::General, Severity::Information, member,
+                        "the root element " + name + " is not known; the member is kept as bytes");
+        return tree;
+    }
+    tree.root.reset(info->create());
+    const std::unique_ptr<CSDSaxReader, ReleaseReader> reader(CreateSaxReader());
+    Diagnostics own;
+    reader->SetLimits(limits);
+    reader->SetFidelity(Fidelity::Everything);
+    reader->SetDiagnostics(&own, member);
+    if (!reader->ParseMemory(xml.data(), xml.size(), tree.root.get())) tree.status = StatusOf(own);
+    for (const Note& note : own.notes())
+        diagnostics.add(note);
+    return tree;
+}
+
+bool WriteTree(CSDObject& root, std::vector<unsigned char>& bytes) {
+    const std::string xml = ToXml(root, {}, Fidelity::Everything);
+    bytes.insert(bytes.end(), xml.begin(), xml.end());
+    return !xml.empty();
+}
+
+} // namespace ODF

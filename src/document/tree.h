@@ -1,0 +1,27 @@
+#pragma once
+
+#include <odfmodel/core/diagnostics.h>
+#include <odfmodel/core/limits.h>
+#include <odfmodel/core/object.h>
+
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ODF {
+
+/// The tree of one XML member, with full fidelity.
+struct Tree {
+    std::unique_ptr<CSDObject> root; ///< null when the member is no XML of a known root
+    Status status = Status::Ok;      ///< any other: the tree has only what came before a fault
+};
+
+/// Reads a member's tree. Notes tell of faults, with line and column.
+Tree ReadTree(std::span<const unsigned char> xml, std::string_view member, const Limits& limits,
+              Diagnostics& diagnostics);
+/// The tree as XML, appended to `bytes`; false when it holds what can't be written.
+bool WriteTree(CSDObject& root, std::vector<unsigned char>& bytes);
+
+} // namespace ODF
