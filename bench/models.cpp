@@ -28,7 +28,7 @@ constexpr unsigned kPugiFlags = pugi::parse_default | pugi::parse_ws_pcdata;
 
 } // namespace
 
-OdfModel::OdfModel() = default;
+OdfModel::OdfModel(ODF::Fidelity fidelity) : fidelity_(fidelity) {}
 OdfModel::~OdfModel() {
     clear();
 }
@@ -36,12 +36,14 @@ OdfModel::~OdfModel() {
 bool OdfModel::build(const std::string& xml, ODF::Diagnostics* diagnostics) {
     root_ = ODF::COfficeDocumentContent::Create();
     const std::unique_ptr<CSDSaxReader, ReaderRelease> reader(CreateSaxReader());
+    reader->SetFidelity(fidelity_);
     reader->SetDiagnostics(diagnostics, "content.xml");
     return reader->ParseMemory(xml.data(), xml.size(), root_);
 }
 
 bool OdfModel::write(const std::string& path) {
     const std::unique_ptr<CSDSerializer, SerializerRelease> serializer(CreateSerialize());
+    serializer->SetFidelity(fidelity_);
     return serializer->SerializeToFile(path, root_);
 }
 

@@ -12,6 +12,8 @@ namespace pugi {
 class xml_document;
 } // namespace pugi
 
+#include <odfmodel/core/fidelity.h>
+
 namespace ODF {
 class Diagnostics;
 } // namespace ODF
@@ -26,7 +28,7 @@ namespace bench {
 class OdfModel {
 public:
     static constexpr std::string_view kName = "odfmodel";
-    OdfModel();
+    explicit OdfModel(ODF::Fidelity fidelity = ODF::Fidelity::Listed);
     ~OdfModel();
     void prepare(const std::string&) {}
     bool build(const std::string& xml, ODF::Diagnostics* diagnostics = nullptr);
@@ -34,7 +36,15 @@ public:
     void clear();
 
 private:
+    const ODF::Fidelity fidelity_;
     CSDObject* root_ = nullptr;
+};
+
+/// The same with everything that a file has.
+class WholeOdfModel : public OdfModel {
+public:
+    static constexpr std::string_view kName = "odfmodel_everything";
+    WholeOdfModel() : OdfModel(ODF::Fidelity::Everything) {}
 };
 
 /// libxml2's DOM, with short texts held in their nodes (XML_PARSE_COMPACT), which is its smallest and

@@ -81,6 +81,7 @@ void RegisterTrees(Samples& samples) {
     for (const std::string_view view : Samples::kNames) {
         const std::string name(view);
         RegisterModel<OdfModel>(samples, name);
+        RegisterModel<WholeOdfModel>(samples, name);
         RegisterModel<Libxml2Model>(samples, name);
         RegisterModel<PugiModel>(samples, name);
         RegisterModel<PugiInPlaceModel>(samples, name);
