@@ -32,8 +32,8 @@ private:
         std::size_t nodes = 1;
         for (; *attributes; attributes += 2, ++nodes)
             if (nodes <= nodesLeft_) element.attributes.emplace_back(attributes[0], attributes[1]);
-        if (nodes > nodesLeft_ || open_.size() == kDeepest) {
-            isTooLarge_ = true;
+        isTooLarge_ = nodes > nodesLeft_;
+        if (isTooLarge_ || open_.size() == kDeepest) {
             parser_.stop("more than a manifest may hold");
             return;
         }

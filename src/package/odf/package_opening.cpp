@@ -98,10 +98,16 @@ public:
         const std::size_t mostNodes = 64 * state_.entries.size() + 20'000;
         const Manifest::ReadResult result = state_.manifest.read(bytes, state_.limits, mostNodes);
         if (status == Status::Ok && result == Manifest::ReadResult::Ok) return;
+        const bool isTooLarge = result == Manifest::ReadResult::TooLarge;
         notes_.add(NoteCode::ManifestFault, Severity::Warning, kManifestName,
-                   result == Manifest::ReadResult::TooLarge
-                       ? "the manifest has far more rows than the archive has members"
-                       : "the manifest is damaged; what follows the fault is lost");
+                   isTooLarge ? "the manifest has far more rows than the archive has members; it isn't used"
+                              : "the manifest is damaged; what follows the fault is lost");
+        if (isTooLarge) {
+            const std::string* const mediaType = state_.manifest.find("/", "media-type");
+            Manifest fresh;
+            if (mediaType) fresh.set("/", "media-type", *mediaType);
+            state_.manifest = std::move(fresh);
+        }
         completeManifest();
     }
 

@@ -215,6 +215,7 @@ private:
         planned.member.packedSize = original.packedSize;
         planned.member.crc = original.crc;
         if (original.isSpecial) planned.member.unixMode = original.unixMode;
+        planned.member.time = timeOf(entry);
         copiedBytes_ += original.packedSize;
     }
 

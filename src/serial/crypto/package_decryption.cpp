@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <new>
 #include <thread>
 #include <vector>
 
@@ -50,9 +51,14 @@ void PackageDecryption::deriveKeys(std::span<const EncryptedRow* const> rows) {
         if (isUsable(*row) && !keys_.contains(row) && mayAfford(row->data))
             jobs.push_back({row, startKey(*row->data.startKeyDigest), {}});
     std::atomic<std::size_t> next = 0;
-    const auto work = [&] {
-        for (std::size_t index = next++; index < jobs.size(); index = next++)
-            jobs[index].key = DeriveKey(jobs[index].row->data, jobs[index].startKey);
+    std::atomic<bool> isOutOfMemory = false;
+    const auto work = [&]() noexcept {
+        try {
+            for (std::size_t index = next++; index < jobs.size(); index = next++)
+                jobs[index].key = DeriveKey(jobs[index].row->data, jobs[index].startKey);
+        } catch (const std::bad_alloc&) { // nothing may leave a thread
+            isOutOfMemory = true;
+        }
     };
     {
         // The calling thread works too; where no thread can be had it does everything.
@@ -69,6 +75,7 @@ void PackageDecryption::deriveKeys(std::span<const EncryptedRow* const> rows) {
         }
         work();
     }
+    if (isOutOfMemory) throw std::bad_alloc();
     for (Job& job : jobs)
         if (job.key) keys_[job.row] = std::move(*job.key);
 }

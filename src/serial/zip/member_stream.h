@@ -69,7 +69,7 @@ private:
 /// members.
 class MemberReader {
 public:
-    explicit MemberReader(const CSDZipHandle& handle) noexcept : handle_(handle) {}
+    explicit MemberReader(const CSDZipHandle& handle) : handle_(handle) {}
 
     using Receiver = std::function<bool(std::span<const unsigned char>)>;
     /// Hands all plain bytes of the member to `receive`, in one or more pieces, until it gives false.

@@ -18,7 +18,7 @@ PackedBytes CopyOfPacked(const CSDZipHandle& source, std::int64_t index, const N
 /// a torso.
 class Packer {
 public:
-    explicit Packer(Spool& spool) noexcept : spool_(spool) {}
+    explicit Packer(Spool& spool) : spool_(spool) {}
 
     bool packBytes(PackedMember& member, std::span<const unsigned char> bytes, bool isStored);
     bool packFile(PackedMember& member, const platform::Path& path, bool isStored);
