@@ -116,11 +116,12 @@ bool IsTextRun(const CSDObject& object) noexcept {
 }
 
 std::string TextOf(const CSDObject& object) {
-    if (ObjectAccess::holdsText(object)) return ObjectAccess::text(object).utf8();
-    const ClassDescriptor* const table = ObjectAccess::descriptor(object);
-    if (table && !ObjectAccess::table(object)) // the one other kind: dates
-        return static_cast<const CSDDateTimeValueObject&>(object).GetText().utf8();
-    return {};
+    if (ObjectAccess::isComment(object) || ObjectAccess::isInstruction(object)) return {};
+    const bool isKept = ObjectAccess::keepsValue(object);
+    if (ObjectAccess::holdsText(object)) return isKept ? std::string() : ObjectAccess::text(object).utf8();
+    if (!ObjectAccess::isDate(object) || (isKept && object.HasChildList())) return {};
+    const auto& date = static_cast<const CSDDateTimeValueObject&>(object);
+    return (isKept ? date.GetRawText() : date.GetText()).utf8();
 }
 
 std::vector<AttributeText> AttributesOf(const CSDObject& object) {

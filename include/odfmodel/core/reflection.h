@@ -74,7 +74,9 @@ ODFMODEL_API std::string_view NamespaceOfPrefix(std::string_view prefix) noexcep
 
 /// True for a run of text between the element children of a paragraph, heading or span.
 ODFMODEL_API bool IsTextRun(const CSDObject& object) noexcept;
-/// The character content that the object itself holds, in UTF-8; empty for elements without any.
+/// The character content that the object itself holds, in UTF-8. Empty for elements without any, for those
+/// that have it in text runs among their children, and for comments and processing instructions: a walk that
+/// adds up the texts of all objects gets each character of the document once.
 ODFMODEL_API std::string TextOf(const CSDObject& object);
 /// The attributes that are written for the object, in the order of writing.
 ODFMODEL_API std::vector<AttributeText> AttributesOf(const CSDObject& object);
