@@ -5,6 +5,8 @@
 #include "serial/crypto/crypto.h"
 #include "serial/zip/archive.h"
 
+#include <new>
+#include <stdexcept>
 #include <unordered_map>
 
 namespace ODF::package {
