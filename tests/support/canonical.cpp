@@ -81,6 +81,7 @@ public:
 
     const std::string& fault() const { return fault_; }
     xmlNode* children() const { return document_->children; }
+    const xmlNode* root() const { return xmlDocGetRootElement(document_.get()); }
 
 private:
     std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> document_{nullptr, xmlFreeDoc};
@@ -386,6 +387,13 @@ std::vector<std::string> CanonicalDifferences(std::string_view before, std::stri
 std::string CanonicalDifference(std::string_view before, std::string_view after) {
     const std::vector<std::string> differences = CanonicalDifferences(before, after, 1);
     return differences.empty() ? std::string() : differences.front();
+}
+
+std::pair<std::string, std::string> RootElement(std::string_view xml) {
+    const Parsed document(xml);
+    if (!document.fault().empty()) return {};
+    const Name name = NameOf(*document.root());
+    return {std::string(name.uri), std::string(name.local)};
 }
 
 } // namespace test

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace test {
@@ -24,5 +25,8 @@ std::vector<std::string> CanonicalDifferences(std::string_view before, std::stri
                                               std::size_t most = 10);
 /// The first of them; empty for equal documents.
 std::string CanonicalDifference(std::string_view before, std::string_view after);
+
+/// The namespace and the local name of the root element; empty for what isn't well-formed.
+std::pair<std::string, std::string> RootElement(std::string_view xml);
 
 } // namespace test
