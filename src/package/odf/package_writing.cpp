@@ -109,8 +109,8 @@ private:
         case Entry::Kind::MimeType:
             return Status::Ok;
         case Entry::Kind::Manifest:
-            manifest_ = &plan(entry.name);
-            if (!isManifestNew_) copy(*manifest_, entry);
+            manifest_ = &plan(entry.name); // filled when all others are known
+            oldManifest_ = &entry;
             return Status::Ok;
         case Entry::Kind::Folder:
             // Some programs give their folders bytes; nobody reads them.
@@ -157,6 +157,7 @@ private:
 
     /// A member with other bytes than the package has.
     Status planBytes(Planned& planned, const Entry& entry, Bytes bytes) {
+        if (state_.manifest.find(entry.name, "size")) sizes_.emplace_back(entry.name, bytes.size());
         if (encryption_ && !IsBeyondManifest(entry.name)) {
             jobs_.push_back({deflater_.deflate(bytes), bytes.size(), {}});
             encrypted_.push_back(&planned);
@@ -246,8 +247,19 @@ private:
     }
 
     void finishManifest() {
-        if (!isManifestNew_) return;
-        const std::string text = state_.manifest.text(encryptions_);
+        if (!isManifestNew_ && sizes_.empty()) {
+            copy(*manifest_, *oldManifest_);
+            return;
+        }
+        std::string text;
+        if (sizes_.empty()) {
+            text = state_.manifest.text(encryptions_);
+        } else {
+            Manifest manifest = state_.manifest;
+            for (const auto& [name, size] : sizes_)
+                manifest.set(name, "size", std::to_string(size));
+            text = manifest.text(encryptions_);
+        }
         Bytes bytes(text.begin(), text.end());
         pack(*manifest_, bytes, false);
         if (manifest_->own.empty()) store(*manifest_, std::move(bytes));
@@ -308,7 +320,9 @@ private:
     MemberDeflater deflater_;
     std::deque<Planned> plan_; ///< stays in place as it grows
     Planned* manifest_ = nullptr;
-    std::vector<Planned*> encrypted_; ///< by the job that encrypts them
+    const Entry* oldManifest_ = nullptr;
+    std::vector<std::pair<std::string, std::size_t>> sizes_; ///< of replaced members whose rows tell a size
+    std::vector<Planned*> encrypted_;                        ///< by the job that encrypts them
     std::vector<EncryptionJob> jobs_;
     RowEncryptions encryptions_;
 };
