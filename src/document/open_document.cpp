@@ -320,7 +320,7 @@ Document Document::New(DocumentKind kind) {
     auto made = std::make_unique<State>();
     made->kind = {kind, false};
     made->package.setMediaType(mediaType);
-    made->package.setVersion("1.3");
+    made->package.setVersion("1.2");
     for (const TemplateMember& member : members)
         made->package.put(member.name, Bytes(member.xml.begin(), member.xml.end()), member.mediaType);
     Diagnostics none;

@@ -11,9 +11,8 @@ struct TemplateMember {
     std::string_view xml;
 };
 
-/// The members of a new document of that type; empty for a type that has none.
-inline std::span<const TemplateMember> Templates(std::string_view) noexcept {
-    return {};
-}
+/// The members of a new document of that type, which keeps to version 1.2 of the format; empty for a type
+/// that has none.
+std::span<const TemplateMember> Templates(std::string_view packageMediaType) noexcept;
 
 } // namespace ODF
