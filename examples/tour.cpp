@@ -7,8 +7,8 @@
 
 namespace {
 
-int Fail(const char* what, const ODF::CDocument& document) {
-    std::fprintf(stderr, "tour: %s: %s\n", what, ODF::ToText(document.GetDiagnostics().status()));
+int Fail(const char* what, const ODF::Result& result) {
+    std::fprintf(stderr, "tour: %s: %s\n", what, result.Text().c_str());
     return 1;
 }
 
@@ -38,9 +38,9 @@ void PrintOutline(const ODF::COfficeText& body) {
     }
 }
 
-void PrintMetadata(ODF::CODFDoc& document) {
+void PrintMetadata(ODF::Document& document) {
     std::printf("Metadata:\n");
-    const auto* const meta = First<ODF::COfficeMeta>(document.GetMetaClass());
+    const auto* const meta = First<ODF::COfficeMeta>(document.Meta());
     if (const auto* const title = First<ODF::CDcTitle>(meta))
         std::printf("  title:   %s\n", title->Getval().utf8().c_str());
     if (const auto* const creator = First<ODF::CDcCreator>(meta))
@@ -49,8 +49,12 @@ void PrintMetadata(ODF::CODFDoc& document) {
         std::printf("  date:    %s\n", date->GetText().utf8().c_str());
 }
 
-ODF::COfficeText* TextBody(ODF::CODFDoc& document) {
-    return First<ODF::COfficeText>(First<ODF::COfficeBody>(document.GetContentClass()));
+void SetTitle(ODF::COfficeDocumentMeta& root, const char* text) {
+    auto* meta = First<ODF::COfficeMeta>(&root);
+    if (!meta) meta = root.SetOfficeMeta();
+    auto* title = First<ODF::CDcTitle>(meta);
+    if (!title) title = meta->SetDcTitle();
+    title->Setval(text);
 }
 
 } // namespace
@@ -60,9 +64,9 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: tour IN.odt OUT.odt\n");
         return 2;
     }
-    ODF::CODFDoc document;
-    if (!document.Open(argv[1])) return Fail(argv[1], document);
-    ODF::COfficeText* const body = TextBody(document);
+    ODF::Document document;
+    if (const ODF::Result opened = document.Open(argv[1]); !opened) return Fail(argv[1], opened);
+    ODF::COfficeText* const body = document.Text();
     if (!body) {
         std::fprintf(stderr, "tour: %s is not a text document\n", argv[1]);
         return 1;
@@ -70,24 +74,19 @@ int main(int argc, char** argv) {
     PrintOutline(*body);
     PrintMetadata(document);
 
-    ODF::CTextP* const paragraph = body->SetTextP();
-    paragraph->SetText("This paragraph was appended by the tour.");
-    if (ODF::COfficeDocumentMeta* const metaRoot = document.GetMetaClass()) {
-        auto* meta = First<ODF::COfficeMeta>(metaRoot);
-        if (!meta) meta = metaRoot->SetOfficeMeta();
-        auto* title = First<ODF::CDcTitle>(meta);
-        if (!title) title = meta->SetDcTitle();
-        title->Setval("A title set by the tour");
-    }
-    document.Save(argv[2]);
-    if (document.GetDiagnostics().status() != ODF::Status::Ok) return Fail(argv[2], document);
+    body->SetTextP()->SetText("This paragraph was appended by the tour.");
+    if (ODF::COfficeDocumentMeta* const meta = document.Meta()) SetTitle(*meta, "A title set by the tour");
+    if (const ODF::Result saved = document.Save(argv[2]); !saved) return Fail(argv[2], saved);
 
-    ODF::CODFDoc again;
-    if (!again.Open(argv[2])) return Fail(argv[2], again);
+    ODF::Document again;
+    if (const ODF::Result opened = again.Open(argv[2]); !opened) return Fail(argv[2], opened);
     std::printf("Saved and opened again:\n");
     PrintMetadata(again);
-    const ODF::COfficeText* const newBody = TextBody(again);
-    if (!newBody || !newBody->HasChildList()) return Fail("the body is gone", again);
+    const ODF::COfficeText* const newBody = again.Text();
+    if (!newBody || !newBody->HasChildList()) {
+        std::fprintf(stderr, "tour: the body is gone\n");
+        return 1;
+    }
     std::printf("Last paragraph: %s\n", PlainText(*newBody->GetObjectList()->back()).c_str());
     return 0;
 }

@@ -96,7 +96,7 @@ struct Document::State {
     std::map<std::string, Tree, std::less<>> trees;
 
     /// The tree of a member, read if it isn't there yet; null when there is none.
-    Tree* tree(std::string_view member, Diagnostics& diagnostics);
+    Tree* tree(std::string_view member, Diagnostics& diagnostics, Status* status = nullptr);
     /// As `tree`, for the getters, which tell nothing.
     CSDObject* root(std::string_view member);
     Status openPackage(Bytes bytes, const OpenOptions& options, Diagnostics& diagnostics);
@@ -111,15 +111,20 @@ struct Document::State {
     bool isUnchanged(std::string_view member, const Bytes& written, Diagnostics& diagnostics);
 };
 
-Tree* Document::State::tree(std::string_view member, Diagnostics& diagnostics) {
-    if (const auto at = trees.find(member); at != trees.end()) return &at->second;
+Tree* Document::State::tree(std::string_view member, Diagnostics& diagnostics, Status* status) {
+    if (const auto at = trees.find(member); at != trees.end()) {
+        if (status) *status = at->second.status;
+        return &at->second;
+    }
+    if (status) *status = Status::NotReadable;
     if (isFlat || !package.contains(member)) return nullptr;
     Bytes bytes;
-    const Status status = package.read(member, bytes, diagnostics);
+    const Status read = package.read(member, bytes, diagnostics);
     Tree tree = ReadTree(bytes, member, limits, diagnostics);
-    if (status != Status::Ok) tree.status = status == Status::NotReadable ? Status::Damaged : status;
-    if (!tree.root && tree.status == Status::Ok) return nullptr;
-    return &trees.emplace(member, std::move(tree)).first->second;
+    if (read != Status::Ok) tree.status = read == Status::NotReadable ? Status::Damaged : read;
+    if (status) *status = tree.status;
+    // Without a root the member stays what it is: bytes.
+    return tree.root ? &trees.emplace(member, std::move(tree)).first->second : nullptr;
 }
 
 CSDObject* Document::State::root(std::string_view member) {
@@ -166,8 +171,10 @@ Status Document::State::openPackage(Bytes bytes, const OpenOptions& options, Dia
 Status Document::State::readMainTrees(Diagnostics& diagnostics) {
     Status status = Status::Ok;
     for (const std::string_view member : {kContent, kStyles, kMeta, kSettings}) {
-        const Tree* const read = tree(member, diagnostics);
-        if (read && read->status != Status::Ok && status == Status::Ok) status = read->status;
+        if (!package.contains(member)) continue;
+        Status read = Status::Ok;
+        tree(member, diagnostics, &read);
+        if (status == Status::Ok) status = read;
     }
     if (kind.kind == DocumentKind::Unknown) kind.kind = kindOfBody();
     if (kind.kind == DocumentKind::Unknown && status == Status::Ok && !root(kContent)) {
@@ -308,7 +315,9 @@ Result Document::OpenBytes(std::vector<unsigned char> bytes, const OpenOptions& 
         const Status status = LooksLikeXml(bytes)
                                   ? opened->openFlat(bytes, diagnostics)
                                   : opened->openPackage(std::move(bytes), options, diagnostics);
-        if (status == Status::Ok || !opened->trees.empty()) state_ = std::move(opened);
+        const bool isOpen = status == Status::Ok || status == Status::Damaged ||
+                            status == Status::LimitExceeded || status == Status::OutOfMemory;
+        if (isOpen && !opened->trees.empty()) state_ = std::move(opened);
         return status;
     });
 }
@@ -431,9 +440,10 @@ CSDObject* Document::Root(std::string_view member, Result* result) {
     CSDObject* root = nullptr;
     Result told = Run([&](Diagnostics& diagnostics) {
         if (!state_) return Status::NotReadable;
-        const Tree* const found = state_->tree(member, diagnostics);
-        if (found) root = found->root.get();
-        return found ? found->status : Status::NotReadable;
+        Status status = Status::NotReadable;
+        if (const Tree* const found = state_->tree(member, diagnostics, &status)) root = found->root.get();
+        if (!root && status == Status::Ok) status = Status::UnknownType; // XML of a root that no class has
+        return status;
     });
     if (result) *result = std::move(told);
     return root;

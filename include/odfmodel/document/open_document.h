@@ -83,15 +83,15 @@ enum class EncryptionScheme {
 
 /// What `Document::Open` may be told.
 struct OpenOptions {
-    std::string password; ///< UTF-8; empty for none
-    Limits limits;
+    std::string password{}; ///< UTF-8; empty for none
+    Limits limits{};
 };
 
 /// What `Document::Save` may be told.
 struct SaveOptions {
     /// The time of new and changed members, in seconds since 1970 in UTC, for archives that come out the same
     /// each time; without it the present time.
-    std::optional<std::int64_t> fixedTime;
+    std::optional<std::int64_t> fixedTime{};
     /// Writes what there is of a document that could not be read whole, too. What could not be read is lost
     /// then.
     bool allowsIncomplete = false;
