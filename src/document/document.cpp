@@ -169,6 +169,7 @@ int CDocument::_PartReadSax() {
     const std::unique_ptr<CSDSaxReader, ReaderRelease> reader(CreateSaxReader());
     reader->SetFeature("http://apache.org/xml/features/nonvalidating/load-external-dtd", false);
     reader->SetLimits(limits_);
+    reader->SetFidelity(fidelity_);
     for (const auto& [ipart, part] : partMap_) {
         if (part->GetPartType() != PartTypeXml) continue;
         reader->SetDiagnostics(&diagnostics_, MemberName(part->GetPackagePath()));
@@ -258,6 +259,7 @@ int CDocument::_WritePartContent(const unsigned short* path, ISDPart* part) {
     const std::unique_ptr<CSDSerializer, SerializerRelease> serializer(CreateSerialize());
     if (!serializer) return 1;
     serializer->SetDiagnostics(&diagnostics_);
+    serializer->SetFidelity(fidelity_);
     return serializer->SerializeToFile(path, part->GetRootClass()) ? 1 : 0;
 }
 

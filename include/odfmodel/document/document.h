@@ -1,6 +1,7 @@
 #pragma once
 
 #include <odfmodel/core/diagnostics.h>
+#include <odfmodel/core/fidelity.h>
 #include <odfmodel/core/limits.h>
 #include <odfmodel/core/serializer.h>
 #include <odfmodel/document/part.h>
@@ -52,6 +53,9 @@ public:
     void SetPassword(const SDPackage::PlainText auto& password) { KeepPassword(CTulStringW(password)); }
     /// The bounds of the next `Open`.
     void SetLimits(const Limits& limits) { limits_ = limits; }
+    /// What of the XML the next `Open` keeps and the next `Save` writes; `Fidelity::Listed` at first. What is
+    /// told of packages isn't touched: see `ODF::Document` for one that keeps everything.
+    void SetFidelity(Fidelity fidelity) { fidelity_ = fidelity; }
 
     /// The part of "content.xml", or null.
     CODFPart* GetMainPart() const noexcept { return mainPart_; }
@@ -104,6 +108,7 @@ private:
     const unsigned short* password_ = nullptr;
     std::u16string passwordCopy_;
     Limits limits_;
+    Fidelity fidelity_ = Fidelity::Listed;
     Diagnostics diagnostics_;
 };
 
