@@ -57,6 +57,12 @@ struct ExpatParser::Callbacks {
     static void endDoctype(void* data) {
         guarded(data, [](ParserEvents& events) { events.endDoctype(); });
     }
+    /// One that is defined in another file, which is never read.
+    static int externalEntity(XML_Parser self, const char* names, const char*, const char*, const char*) {
+        guarded(XML_GetUserData(self),
+                [&](ParserEvents& events) { events.skippedEntity(names ? names : ""); });
+        return XML_STATUS_OK;
+    }
     static void skippedEntity(void* data, const char* name, int) {
         guarded(data, [&](ParserEvents& events) { events.skippedEntity(name); });
     }
@@ -82,6 +88,7 @@ ExpatParser::ExpatParser(ParserEvents& events, const Limits& limits, bool wantsD
     XML_SetCdataSectionHandler(parser_, &Callbacks::startCdata, &Callbacks::endCdata);
     XML_SetDoctypeDeclHandler(parser_, &Callbacks::startDoctype, &Callbacks::endDoctype);
     XML_SetSkippedEntityHandler(parser_, &Callbacks::skippedEntity);
+    XML_SetExternalEntityRefHandler(parser_, &Callbacks::externalEntity);
 }
 
 ExpatParser::~ExpatParser() {
