@@ -132,7 +132,7 @@ ExitCode PrintPart(ODF::Document& document, const TreeOptions& options) {
     const DocumentFile file(document);
     const MemberBytes member = file.read(options.part);
     if (!file.find(options.part)) return ComplainMissing(options, file);
-    if (const auto root = ReadForeignTree(member.text())) {
+    if (const std::unique_ptr<CSDObject> root = ReadForeignTree(member.text())) {
         PrintTree(*root, options.depth);
         return ExitCode::Ok;
     }

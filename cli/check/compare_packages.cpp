@@ -52,8 +52,12 @@ public:
     }
 
     void compareManifests() {
-        const ManifestRows before = ReadManifestRows(before_.read(kManifestName).text());
-        const ManifestRows after = ReadManifestRows(after_.read(kManifestName).text());
+        std::string fault;
+        std::string savedFault;
+        const ManifestRows before = ReadManifestRows(before_.read(kManifestName).text(), fault);
+        const ManifestRows after = ReadManifestRows(after_.read(kManifestName).text(), savedFault);
+        if (!fault.empty()) add(kManifestName, FindingKind::XmlFault, {}, fault);
+        if (!savedFault.empty()) add(kManifestName, FindingKind::XmlFault, kWrittenFile, savedFault);
         for (const auto& [path, rows] : before) {
             const auto saved = after.find(path);
             for (std::size_t i = 0; i < rows.size(); ++i)

@@ -33,7 +33,7 @@ public:
         settleMarkup(outside_);
         if (!before_.fault().empty()) findings_.add(FindingKind::XmlFault, {}, before_.fault());
         // What was written must be well formed, and whole unless the file itself ended early.
-        if (!after_.fault().empty()) findings_.add(FindingKind::XmlFault, "(written)", after_.fault());
+        if (!after_.fault().empty()) findings_.add(FindingKind::XmlFault, kWrittenFile, after_.fault());
     }
 
 private:

@@ -11,8 +11,9 @@ std::string LocalPart(const std::string& name) {
 
 } // namespace
 
-ManifestRows ReadManifestRows(std::string_view xml) {
+ManifestRows ReadManifestRows(std::string_view xml, std::string& fault) {
     ManifestRows rows;
+    if (xml.empty()) return rows; // none
     NamePool names;
     XmlEvents events(names, Pieces(xml));
     for (const XmlEvent* event = events.peek(); event; events.pop(), event = events.peek()) {
@@ -26,6 +27,7 @@ ManifestRows ReadManifestRows(std::string_view xml) {
         const auto path = row.find("full-path");
         rows[path == row.end() ? std::string() : path->second].push_back(row);
     }
+    fault = events.fault();
     return rows;
 }
 

@@ -13,7 +13,7 @@ using ManifestRow = std::map<std::string, std::string>;
 using ManifestRows = std::map<std::string, std::vector<ManifestRow>>;
 
 /// Reads a manifest without the library's own reader. Left out is what follows the member: its size and how
-/// it is encrypted.
-ManifestRows ReadManifestRows(std::string_view xml);
+/// it is encrypted. `fault` tells why a manifest ends early.
+ManifestRows ReadManifestRows(std::string_view xml, std::string& fault);
 
 } // namespace command

@@ -35,7 +35,8 @@ bool IsWhole(const ODF::Diagnostics& diagnostics) {
 std::string Reason(ODF::Status status, const Notes& notes) {
     std::string reason = ODF::ToText(status);
     const auto error = FirstError(notes);
-    if (error != notes.end()) reason += " (" + NoteText(*error) + ")";
+    // A note may say the same in the same words.
+    if (error != notes.end() && error->text != reason) reason += " (" + NoteText(*error) + ")";
     return reason;
 }
 
