@@ -121,12 +121,13 @@ ExitCode ComplainMissing(const TreeOptions& options, const DocumentFile& file) {
 }
 
 ExitCode PrintPart(ODF::Document& document, const TreeOptions& options) {
+    const std::vector<std::string> atOnce = document.Trees();
+    const bool isReadAtOnce = std::find(atOnce.begin(), atOnce.end(), options.part) != atOnce.end();
     ODF::Result result;
     if (const CSDObject* const root = document.Root(options.part, &result)) {
         PrintTree(*root, options.depth);
-        // The notes about the main trees were told when the document was opened.
-        const bool isMain = options.part.find('/') == std::string::npos;
-        if (!result && !isMain) Complain(options.path, result.Text());
+        // The notes about trees that are read at once were told when the document was opened.
+        if (!result && !isReadAtOnce) Complain(options.path, result.Text());
         return result ? ExitCode::Ok : ExitCode::CannotOpen;
     }
     const DocumentFile file(document);
