@@ -8,21 +8,25 @@ namespace command {
 void AddCheck(CLI::App& app, ExitCode& exitCode) {
     CLI::App* const check = app.add_subcommand(
         "check",
-        "Tells what a round trip through the element trees loses: members, unknown elements and attributes,\n"
-        "text, and values that would be written differently. Exit code 1 when anything is lost");
+        "Tells what a round trip loses or adds: members, elements, attributes, text, and values that would\n"
+        "be written differently. Exit code 1 when there is anything");
     struct Options : Files {
+        bool isListed = false;
         bool isJson = false;
         bool isVerbose = false;
     };
     const auto options = std::make_shared<Options>();
     options->addOptions(*check);
+    check->add_flag("--listed", options->isListed,
+                    "Check the trip that keeps what the element classes list alone, as roundtrip --listed");
     check->add_flag("--json", options->isJson, "Print one JSON document for all files");
     check->add_flag("-v,--verbose", options->isVerbose,
-                    "List also what is harmless: the same in other words");
+                    "List also what is harmless: a document type that is dropped");
     check->callback([options, &exitCode] {
         std::vector<CheckResult> results;
         exitCode = options->forEach([&](const std::string& path) {
-            const CheckResult result = CheckPackage(path, options->passwords);
+            const CheckResult result = CheckPackage(path, options->isListed ? Trip::Listed : Trip::Full,
+                                                     options->passwords);
             if (options->isJson)
                 results.push_back(result);
             else

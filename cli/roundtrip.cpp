@@ -1,6 +1,9 @@
 #include "commands.h"
 #include "console.h"
+#include "package/archive.h"
 #include "package/kind.h"
+#include "package/listed_document.h"
+#include "package/manifest.h"
 #include "package/open_document.h"
 #include "package/reason.h"
 #include "package/repack.h"
@@ -17,6 +20,9 @@ namespace {
 struct RoundtripOptions {
     std::string from;
     std::string to;
+    bool isListed = false;
+    bool isDecrypted = false;
+    bool allowsIncomplete = false;
     Passwords passwords;
 };
 
@@ -24,26 +30,74 @@ ExitCode Repack(const RoundtripOptions& options) {
     ODF::Diagnostics diagnostics;
     std::vector<Member> members;
     const ExitCode code = RepackUnchanged(options.from, options.to, members, diagnostics);
-    if (code == ExitCode::CannotOpen) Complain(options.from, Reason(diagnostics));
-    if (code == ExitCode::CannotWrite) Complain(options.to, Reason(diagnostics));
+    if (code == ExitCode::CannotOpen)
+        Complain(options.from, OpenReason(options.from, diagnostics.status(), diagnostics.notes()));
+    if (code == ExitCode::CannotWrite)
+        Complain(options.to, WriteReason(options.to, diagnostics.status(), diagnostics.notes()));
     if (code != ExitCode::Ok) return code;
     for (const Member& member : members)
         std::cout << std::setw(12) << member.size << "  " << Quoted(member.name) << '\n';
     return ExitCode::Ok;
 }
 
+ExitCode RefuseIncomplete(const RoundtripOptions& options) {
+    Complain(options.to, "not written, since the document can't be read whole; --incomplete writes what "
+                         "can be read");
+    return ExitCode::CannotOpen;
+}
+
 ExitCode Rewrite(const RoundtripOptions& options) {
+    ODF::Document document;
+    const ExitCode opened = OpenDocument(document, options.from, options.passwords);
+    if (!document.IsOpen()) return opened;
+    if (opened != ExitCode::Ok && !options.allowsIncomplete) return RefuseIncomplete(options);
+    if (options.isDecrypted) document.RemovePassword();
+    ODF::SaveOptions save;
+    save.allowsIncomplete = options.allowsIncomplete;
+    const ODF::Result saved = document.Save(options.to, save);
+    if (!saved) {
+        Complain(options.to, WriteReason(options.to, saved.Code(), saved.Notes()));
+        // A member that was to be copied and can't be read is a fault of the document.
+        return saved.Code() == ODF::Status::Damaged ? ExitCode::CannotOpen : ExitCode::CannotWrite;
+    }
+    ComplainNotes(options.to, saved.Notes());
+    return opened;
+}
+
+bool IsEncrypted(const std::string& path) {
+    Archive archive;
+    return archive.open(path) == ODF::Status::Ok &&
+           !EncryptionOf(ReadManifest(archive.read(kManifestName).text())).empty();
+}
+
+ExitCode RewriteListed(const RoundtripOptions& options) {
+    if (!options.isDecrypted && IsEncrypted(options.from)) {
+        Complain(options.from, "encrypted, and --listed writes in clear alone; --decrypt allows that");
+        return ExitCode::Usage;
+    }
     ODF::CODFDoc document;
-    if (!OpenDocument(document, options.from, options.passwords)) return ExitCode::CannotOpen;
-    ComplainNotes(options.from, document.GetDiagnostics());
-    const bool isWhole = IsWhole(document.GetDiagnostics());
+    const ODF::Status opened = OpenListed(document, options.from, options.passwords);
+    const ODF::Diagnostics& diagnostics = document.GetDiagnostics();
+    if (opened != ODF::Status::Ok) {
+        Complain(options.from, OpenReason(options.from, opened, diagnostics.notes()));
+        return ExitCode::CannotOpen;
+    }
+    ComplainNotes(options.from, diagnostics);
+    const bool isWhole = IsWhole(diagnostics);
+    if (!isWhole && !options.allowsIncomplete) return RefuseIncomplete(options);
     document.Save(options.to);
-    if (document.GetDiagnostics().status() != ODF::Status::Ok) {
-        Complain(options.to, Reason(document.GetDiagnostics()));
+    if (diagnostics.status() != ODF::Status::Ok) {
+        Complain(options.to, WriteReason(options.to, diagnostics.status(), diagnostics.notes()));
         return ExitCode::CannotWrite;
     }
-    ComplainNotes(options.to, document.GetDiagnostics());
+    ComplainNotes(options.to, diagnostics);
     return isWhole ? ExitCode::Ok : ExitCode::CannotOpen;
+}
+
+ExitCode Run(RoundtripOptions& options) {
+    if (!options.passwords.prepare()) return ExitCode::CannotOpen;
+    if (IsOpenPackaging(DetectType(options.from))) return Repack(options);
+    return options.isListed ? RewriteListed(options) : Rewrite(options);
 }
 
 } // namespace
@@ -51,20 +105,20 @@ ExitCode Rewrite(const RoundtripOptions& options) {
 void AddRoundtrip(CLI::App& app, ExitCode& exitCode) {
     CLI::App* const roundtrip = app.add_subcommand(
         "roundtrip",
-        "Opens a document and saves it to another file, in clear. An Open Packaging file is packed anew\n"
-        "with every member as it is; its members are listed");
+        "Opens a document and saves it to another file with all that it has, encrypted when it was. An\n"
+        "Open Packaging file is packed anew with every member as it is; its members are listed");
     const auto options = std::make_shared<RoundtripOptions>();
     roundtrip->add_option("IN", options->from, "Document to read")->required()->type_name("");
     roundtrip->add_option("OUT", options->to, "File to write; an old one is replaced")
         ->required()
         ->type_name("");
+    roundtrip->add_flag("--listed", options->isListed,
+                        "Keep what the element classes list alone, in their own spelling");
+    roundtrip->add_flag("--decrypt", options->isDecrypted, "Write an encrypted document in clear");
+    roundtrip->add_flag("--incomplete", options->allowsIncomplete,
+                        "Write a document that can't be read whole, too, with what could be read");
     options->passwords.addOptions(*roundtrip);
-    roundtrip->callback([options, &exitCode] {
-        if (!options->passwords.prepare())
-            exitCode = ExitCode::CannotOpen;
-        else
-            exitCode = IsOpenPackaging(DetectType(options->from)) ? Repack(*options) : Rewrite(*options);
-    });
+    roundtrip->callback([options, &exitCode] { exitCode = Run(*options); });
 }
 
 } // namespace command

@@ -1,6 +1,6 @@
 #include "commands.h"
 #include "files.h"
-#include "package/archive.h"
+#include "package/open_document.h"
 #include "package/reason.h"
 #include "package/sax.h"
 #include "text/document_text.h"
@@ -10,21 +10,13 @@
 namespace command {
 namespace {
 
-/// Parses a member piece by piece; false when it can't be read to its end. A member that isn't there counts
-/// as empty.
-bool Parse(Archive& archive, const std::string& name, CSDDefaultHandler& handler,
+/// Parses XML; false when it can't be read to its end. A member that isn't there counts as empty.
+bool Parse(const MemberBytes& xml, const std::string& name, CSDDefaultHandler& handler,
            ODF::Diagnostics& diagnostics) {
-    const Member* const member = archive.find(name);
-    if (!member) return true;
+    if (xml.bytes.empty()) return true;
     const SaxReader reader = MakeSaxReader();
-    reader->SetContentHandler(&handler);
     reader->SetDiagnostics(&diagnostics, name);
-    MemberStream stream(archive, *member);
-    bool isGood = reader->BeginChunks();
-    for (std::string_view piece = stream.next(); isGood && !piece.empty(); piece = stream.next())
-        isGood = reader->ParseChunk(piece.data(), static_cast<int>(piece.size()), 0);
-    reader->EndChunks();
-    return isGood && !stream.isDamaged();
+    return ParsePieces(*reader, xml.text(), handler) && xml.isWhole;
 }
 
 /// Gathers the styles of `styles.xml` that lists and headings are numbered by.
@@ -54,23 +46,25 @@ private:
 };
 
 ExitCode PrintText(const std::string& path, const Passwords& passwords, const TextOptions& options) {
-    Archive archive;
-    if (!archive.open(path, passwords)) return ExitCode::CannotOpen;
-    if (!archive.find("content.xml")) {
-        Complain(path, "there is no content.xml");
-        return ExitCode::CannotOpen;
-    }
+    ODF::Document document;
+    const ExitCode opened = OpenDocument(document, path, passwords);
+    if (!document.IsOpen()) return opened;
     ODF::Diagnostics diagnostics;
     ListStyles styles;
-    StyleHandler styleHandler(styles);
-    Parse(archive, "styles.xml", styleHandler, diagnostics);
     DocumentText text(styles, options, std::cout);
-    const bool isWhole = Parse(archive, "content.xml", text, diagnostics);
+    bool isWhole = true;
+    if (document.IsFlat()) { // styles and content in one
+        isWhole = Parse(ReadWholeFile(path), {}, text, diagnostics);
+    } else {
+        const DocumentFile file(document);
+        StyleHandler styleHandler(styles);
+        Parse(file.read("styles.xml"), "styles.xml", styleHandler, diagnostics);
+        isWhole = Parse(file.read("content.xml"), "content.xml", text, diagnostics);
+    }
     text.finish();
-    ComplainNotes(path, archive.diagnostics());
-    ComplainNotes(path, diagnostics);
+    if (opened == ExitCode::Ok) ComplainNotes(path, diagnostics); // else they are told already
     if (text.isCut()) Complain(path, "repeated cells or rows are too many; some copies are left out");
-    return isWhole ? ExitCode::Ok : ExitCode::CannotOpen;
+    return isWhole ? opened : ExitCode::CannotOpen;
 }
 
 } // namespace

@@ -1,22 +1,30 @@
 #include "commands.h"
 #include "console.h"
+#include "package/attributes.h"
 #include "package/open_document.h"
-#include "package/reason.h"
+#include "package/sax.h"
 #include "password.h"
 
+#include <odfmodel/core/foreign.h>
 #include <odfmodel/core/reflection.h>
+#include <odfmodel/elements/office/document.h>
+#include <odfmodel/serial/default_handler.h>
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <iostream>
 #include <limits>
+#include <memory>
 
 namespace command {
 namespace {
 
+constexpr std::string_view kContentPart = "content.xml";
+
 struct TreeOptions {
     std::string path;
-    std::string part = "content.xml";
+    std::string part{kContentPart};
     std::size_t depth = std::numeric_limits<std::size_t>::max();
     Passwords passwords;
 };
@@ -25,22 +33,44 @@ struct TreeOptions {
 /// to it.
 constexpr std::size_t kMostIndent = 60;
 
-void PrintObject(const CSDObject& object, std::size_t depth) {
+std::string NameOf(const CSDObject& object) {
+    if (object.GetID() == ODF::kForeignElementId) {
+        const auto& foreign = static_cast<const ODF::CForeignElement&>(object);
+        return "CForeignElement " + CustomaryName(foreign.GetNamespace(), foreign.GetLocalName());
+    }
+    const auto info = ODF::ClassOf(object);
+    return info ? std::string(info->className()).append(" ").append(info->elementName()) : "(unknown class)";
+}
+
+/// The text that an object has itself; that of runs is theirs.
+std::string OwnText(const CSDObject& object) {
+    const std::vector<CSDObject*>* const children = object.GetObjectList();
+    const bool hasRuns = children && std::any_of(children->begin(), children->end(), [](const CSDObject* child) {
+                             return child && ODF::IsTextRun(*child);
+                         });
+    if (hasRuns) return {};
+    if (const auto* const date = dynamic_cast<const CSDDateTimeValueObject*>(&object))
+        return date->GetRawText().utf8();
+    return ODF::TextOf(object);
+}
+
+void PrintObject(const CSDObject& object, std::size_t depth, AttributeReader& attributes) {
     std::cout << std::string(2 * std::min(depth, kMostIndent), ' ');
     if (depth > kMostIndent) std::cout << '[' << depth << "] ";
-    const std::string text = ODF::TextOf(object);
-    if (ODF::IsTextRun(object)) {
-        std::cout << '"' << Quoted(text) << "\"\n";
+    const std::string text = OwnText(object);
+    if (object.GetID() == ODF::kCommentId)
+        std::cout << "(comment) ";
+    else if (object.GetID() == ODF::kProcessingInstructionId)
+        std::cout << "(processing instruction) ";
+    else if (!ODF::IsTextRun(object)) {
+        std::cout << Quoted(NameOf(object));
+        for (const AttributeWords& attribute : attributes.attributesOf(object))
+            std::cout << ' ' << Quoted(attribute.name) << "=\"" << Quoted(attribute.value) << '"';
+        if (!text.empty()) std::cout << " \"" << Quoted(text) << '"';
+        std::cout << '\n';
         return;
     }
-    if (const auto info = ODF::ClassOf(object))
-        std::cout << info->className() << ' ' << info->elementName();
-    else
-        std::cout << "(unknown class)";
-    for (const ODF::AttributeText& attribute : ODF::AttributesOf(object))
-        std::cout << ' ' << attribute.name << "=\"" << Quoted(attribute.value) << '"';
-    if (!text.empty()) std::cout << " \"" << Quoted(text) << '"';
-    std::cout << '\n';
+    std::cout << '"' << Quoted(text) << "\"\n";
 }
 
 void PrintTree(const CSDObject& root, std::size_t mostDepth) {
@@ -49,8 +79,9 @@ void PrintTree(const CSDObject& root, std::size_t mostDepth) {
         std::size_t next;
     };
     std::vector<Level> open;
+    AttributeReader attributes;
     const auto enter = [&](const CSDObject& object) {
-        PrintObject(object, open.size());
+        PrintObject(object, open.size(), attributes);
         open.push_back({open.size() < mostDepth ? object.GetObjectList() : nullptr, 0});
     };
     enter(root);
@@ -63,22 +94,64 @@ void PrintTree(const CSDObject& root, std::size_t mostDepth) {
     }
 }
 
+/// The tree of a member whose root element no class has; null when it isn't XML.
+std::unique_ptr<CSDObject> ReadForeignTree(std::string_view xml) {
+    class RootName final : public CSDDefaultHandler {
+    public:
+        void startElement(const unsigned short* uri, const unsigned short* localName,
+                          const unsigned short* /*qName*/, CSDAttribute* /*attributes*/) override {
+            if (!root) root.reset(ODF::CForeignElement::Create(ODF::ToUtf8(uri), ODF::ToUtf8(localName)));
+        }
+        std::unique_ptr<CSDObject> root;
+    };
+    RootName handler;
+    const SaxReader reader = MakeSaxReader();
+    if (ParsePieces(*reader, xml, handler) && handler.root &&
+        ODF::FromXml(xml, *handler.root, ODF::Fidelity::Everything))
+        return std::move(handler.root);
+    return nullptr;
+}
+
+ExitCode ComplainMissing(const TreeOptions& options, const DocumentFile& file) {
+    std::string names;
+    for (const Member& member : file.members())
+        if (member.name.ends_with(".xml")) names += (names.empty() ? "" : ", ") + member.name;
+    Complain(options.path, "there is no part " + options.part + "; there are " + names);
+    return ExitCode::CannotOpen;
+}
+
+ExitCode PrintPart(ODF::Document& document, const TreeOptions& options) {
+    const std::vector<std::string> atOnce = document.Trees();
+    const bool isReadAtOnce = std::find(atOnce.begin(), atOnce.end(), options.part) != atOnce.end();
+    ODF::Result result;
+    if (const CSDObject* const root = document.Root(options.part, &result)) {
+        PrintTree(*root, options.depth);
+        // The notes about trees that are read at once were told when the document was opened.
+        if (!result && !isReadAtOnce) Complain(options.path, result.Text());
+        return result ? ExitCode::Ok : ExitCode::CannotOpen;
+    }
+    const DocumentFile file(document);
+    const MemberBytes member = file.read(options.part);
+    if (!file.find(options.part)) return ComplainMissing(options, file);
+    if (const std::unique_ptr<CSDObject> root = ReadForeignTree(member.text())) {
+        PrintTree(*root, options.depth);
+        return ExitCode::Ok;
+    }
+    Complain(options.path, "the part " + options.part + " is no XML that can be read");
+    return ExitCode::CannotOpen;
+}
+
 ExitCode Run(const TreeOptions& options) {
-    ODF::CODFDoc document;
-    if (!OpenDocument(document, options.path, options.passwords)) return ExitCode::CannotOpen;
-    const auto trees = TreesOf(document);
-    const auto at = std::find_if(trees.begin(), trees.end(),
-                                 [&](const auto& tree) { return tree.first == options.part; });
-    if (at == trees.end()) {
-        std::string names;
-        for (const auto& [name, part] : trees)
-            names += (names.empty() ? "" : ", ") + name;
-        Complain(options.path, "no tree for the part " + options.part + "; there are " + names);
+    ODF::Document document;
+    const ExitCode opened = OpenDocument(document, options.path, options.passwords);
+    if (!document.IsOpen()) return opened;
+    if (!document.IsFlat()) return Worst(opened, PrintPart(document, options));
+    if (options.part != kContentPart) {
+        Complain(options.path, "a flat document has no parts");
         return ExitCode::CannotOpen;
     }
-    PrintTree(*at->second->GetRootClass(), options.depth);
-    ComplainNotes(options.path, document.GetDiagnostics());
-    return IsWhole(document.GetDiagnostics()) ? ExitCode::Ok : ExitCode::CannotOpen;
+    PrintTree(*document.Flat(), options.depth);
+    return opened;
 }
 
 } // namespace
@@ -87,7 +160,7 @@ void AddTree(CLI::App& app, ExitCode& exitCode) {
     CLI::App* const tree = app.add_subcommand(
         "tree", "Shows the element tree of a part, a line an element: class, element name, attributes, text");
     const auto options = std::make_shared<TreeOptions>();
-    tree->add_option("FILE", options->path, "OpenDocument package")->required()->type_name("");
+    tree->add_option("FILE", options->path, "OpenDocument file")->required()->type_name("");
     tree->add_option("--part", options->part, "Part to show, such as styles.xml or \"Object 1/content.xml\"")
         ->capture_default_str()
         ->type_name("NAME");

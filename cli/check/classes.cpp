@@ -31,4 +31,9 @@ const ClassView* Classes::child(const ClassView& parent, const std::string& name
     return at == parent.children.end() ? nullptr : find(at->second);
 }
 
+const ClassView* Classes::named(const std::string& name) {
+    const auto info = ODF::ClassOfElement(name);
+    return info ? find(info->id()) : nullptr;
+}
+
 } // namespace command

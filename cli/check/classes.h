@@ -26,6 +26,8 @@ public:
     const ClassView* find(unsigned id);
     /// The class of the child `name` of an element of class `parent`; null when it lists none.
     const ClassView* child(const ClassView& parent, const std::string& name);
+    /// The class that elements of that name have where no parent lists them; null for none.
+    const ClassView* named(const std::string& name);
 
 private:
     std::map<unsigned, ODF::ClassInfo> infos_;

@@ -1,6 +1,7 @@
 #include "check/compare_packages.h"
 
 #include "check/compare_xml.h"
+#include "check/manifest_rows.h"
 #include "package/manifest.h"
 
 #include <algorithm>
@@ -8,66 +9,68 @@
 namespace command {
 namespace {
 
-/// The place where two members part for the first time; nothing for equal ones.
-bool SameBytes(MemberStream& a, MemberStream& b) {
-    std::string_view fromA;
-    std::string_view fromB;
-    for (;;) {
-        if (fromA.empty()) fromA = a.next();
-        if (fromB.empty()) fromB = b.next();
-        const std::size_t length = std::min(fromA.size(), fromB.size());
-        if (length == 0) return fromA.empty() && fromB.empty();
-        if (fromA.substr(0, length) != fromB.substr(0, length)) return false;
-        fromA.remove_prefix(length);
-        fromB.remove_prefix(length);
-    }
+constexpr const char* kMediaType = "media-type";
+
+std::string ValueOf(const ManifestRow& row, const std::string& name) {
+    const auto at = row.find(name);
+    return at == row.end() ? std::string() : at->second;
+}
+
+std::string TextOf(const ManifestRow& row) {
+    std::string text;
+    for (const auto& [name, value] : row)
+        if (name != "full-path") text.append(text.empty() ? "" : " ").append(name).append("=").append(value);
+    return text;
+}
+
+void CompareXmlBytes(const MemberBytes& before, const MemberBytes& after, unsigned root, Classes& classes,
+                     Findings& findings) {
+    NamePool names;
+    XmlEvents eventsBefore(names, Pieces(before.text()));
+    XmlEvents eventsAfter(names, Pieces(after.text()));
+    CompareXml(eventsBefore, eventsAfter, classes.find(root), classes, findings);
 }
 
 class PackageComparison {
 public:
-    PackageComparison(Archive& before, Archive& after, const TreeRoots& roots,
-                      std::map<std::string, Findings>& findings)
+    PackageComparison(const MemberSource& before, const MemberSource& after, const TreeRoots& roots,
+                      FindingsByMember& findings)
         : before_(before), after_(after), roots_(roots), findings_(findings) {}
 
     void compareMembers(bool isOdf) {
         for (const Member& member : before_.members()) {
-            const bool isManifest = isOdf && member.name == kManifestName;
-            const bool isMimetype = isOdf && member.name == kMimetypeName;
-            if (member.isFolder() || isManifest) continue;
-            const Member* const saved = after_.find(member.name);
-            if (saved)
-                compareMember(member, *saved);
-            else if (isMimetype)
-                checkMimetype();
+            if (isOdf && (member.isFolder() || member.name == kManifestName)) continue;
+            if (after_.find(member.name))
+                compareMember(member.name);
             else
                 add(member.name, FindingKind::MemberLost, {}, std::to_string(member.size) + " bytes");
         }
-        for (const Member& member : after_.members())
-            if (!before_.find(member.name)) add(member.name, FindingKind::MemberAdded);
+        for (const Member& member : after_.members()) {
+            const bool isManifest = isOdf && member.name == kManifestName;
+            if (!isManifest && !before_.find(member.name)) add(member.name, FindingKind::MemberAdded);
+        }
     }
 
-    /// What the manifest tells of each member; its own attributes are of no interest.
     void compareManifests() {
-        const auto before = ReadManifest(before_.read(kManifestName).value_or(""));
-        std::map<std::string, std::string> after;
-        for (const ManifestEntry& entry : ReadManifest(after_.read(kManifestName).value_or("")))
-            after.emplace(entry.path, entry.mediaType);
-        bool wasEncrypted = false;
-        for (const ManifestEntry& entry : before) {
-            wasEncrypted = wasEncrypted || !entry.algorithm.empty();
-            const auto saved = after.find(entry.path);
-            const bool isThere = entry.isRoot() || after_.find(entry.path);
-            if (saved != after.end() && saved->second != entry.mediaType)
-                add(kManifestName, FindingKind::MediaTypeChanged, entry.path,
-                    Change(entry.mediaType, saved->second));
-            else if (saved == after.end() && isThere)
-                add(kManifestName, FindingKind::EntryLost, entry.path);
-            else if (saved == after.end() && entry.isFolder() && !entry.mediaType.empty())
-                add(kManifestName, FindingKind::EntryLost, entry.path, Example(entry.mediaType));
-            else if (saved == after.end())
-                add(kManifestName, FindingKind::EmptyEntryDropped, entry.path);
+        std::string fault;
+        std::string savedFault;
+        const ManifestRows before = ReadManifestRows(before_.read(kManifestName).text(), fault);
+        const ManifestRows after = ReadManifestRows(after_.read(kManifestName).text(), savedFault);
+        if (!fault.empty()) add(kManifestName, FindingKind::XmlFault, {}, fault);
+        if (!savedFault.empty()) add(kManifestName, FindingKind::XmlFault, kWrittenFile, savedFault);
+        for (const auto& [path, rows] : before) {
+            const auto saved = after.find(path);
+            for (std::size_t i = 0; i < rows.size(); ++i)
+                if (saved == after.end() || i >= saved->second.size())
+                    add(kManifestName, FindingKind::EntryLost, path, Example(ValueOf(rows[i], kMediaType)));
+                else
+                    compareRows(path, rows[i], saved->second[i]);
         }
-        if (wasEncrypted) add(kManifestName, FindingKind::Decrypted);
+        for (const auto& [path, rows] : after) {
+            const auto was = before.find(path);
+            for (std::size_t i = was == before.end() ? 0 : was->second.size(); i < rows.size(); ++i)
+                add(kManifestName, FindingKind::EntryAdded, path, Example(ValueOf(rows[i], kMediaType)));
+        }
     }
 
 private:
@@ -76,46 +79,47 @@ private:
         findings_[std::string(member)].add(kind, name, example);
     }
 
-    void compareMember(const Member& member, const Member& saved) {
-        MemberStream a(before_, member);
-        MemberStream b(after_, saved);
-        if (const auto root = roots_.find(member.name); root != roots_.end()) {
-            NamePool names;
-            XmlEvents before(names, [&] { return a.next(); });
-            XmlEvents after(names, [&] { return b.next(); });
+    void compareRows(const std::string& path, ManifestRow was, ManifestRow is) {
+        if (ValueOf(was, kMediaType) != ValueOf(is, kMediaType))
+            add(kManifestName, FindingKind::MediaTypeChanged, path,
+                Change(ValueOf(was, kMediaType), ValueOf(is, kMediaType)));
+        was.erase(kMediaType);
+        is.erase(kMediaType);
+        if (was != is) add(kManifestName, FindingKind::EntryChanged, path, Change(TextOf(was), TextOf(is)));
+    }
+
+    void compareMember(const std::string& name) {
+        const MemberBytes before = before_.read(name);
+        const MemberBytes after = after_.read(name);
+        if (const auto root = roots_.find(name); root != roots_.end()) {
             Findings found;
-            CompareXml(before, after, classes_.find(root->second), classes_, found);
-            if (!found.isEmpty()) findings_[member.name] = std::move(found);
-        } else if (!SameBytes(a, b)) {
-            add(member.name, FindingKind::MemberChanged);
+            CompareXmlBytes(before, after, root->second, classes_, found);
+            if (!found.isEmpty()) findings_[name] = std::move(found);
+        } else if (before.bytes != after.bytes) {
+            add(name, FindingKind::MemberChanged);
         }
-        if (a.isDamaged() || b.isDamaged()) add(member.name, FindingKind::MemberDamaged);
+        if (!before.isWhole || !after.isWhole) add(name, FindingKind::MemberDamaged);
     }
 
-    /// The member repeats what the manifest says of the package as a whole.
-    void checkMimetype() {
-        const std::string mimetype = before_.read(kMimetypeName).value_or("");
-        const std::string mediaType = MediaTypeOf(ReadManifest(after_.read(kManifestName).value_or("")));
-        if (mimetype == mediaType)
-            add(kMimetypeName, FindingKind::MimetypeDropped);
-        else
-            add(kMimetypeName, FindingKind::MemberLost, {}, Change(mimetype, mediaType));
-    }
-
-    Archive& before_;
-    Archive& after_;
+    const MemberSource& before_;
+    const MemberSource& after_;
     const TreeRoots& roots_;
-    std::map<std::string, Findings>& findings_;
+    FindingsByMember& findings_;
     Classes classes_;
 };
 
 } // namespace
 
-void ComparePackages(Archive& before, Archive& after, const TreeRoots& roots, bool isOdf,
-                     std::map<std::string, Findings>& findings) {
+void ComparePackages(const MemberSource& before, const MemberSource& after, const TreeRoots& roots,
+                     bool isOdf, FindingsByMember& findings) {
     PackageComparison comparison(before, after, roots, findings);
     comparison.compareMembers(isOdf);
     if (isOdf) comparison.compareManifests();
+}
+
+void CompareFlat(const MemberBytes& before, const MemberBytes& after, unsigned root, Findings& findings) {
+    Classes classes;
+    CompareXmlBytes(before, after, root, classes, findings);
 }
 
 } // namespace command

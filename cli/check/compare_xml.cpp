@@ -30,19 +30,41 @@ public:
     void run() {
         while (step()) {
         }
+        settleMarkup(outside_);
         if (!before_.fault().empty()) findings_.add(FindingKind::XmlFault, {}, before_.fault());
         // What was written must be well formed, and whole unless the file itself ended early.
-        if (!after_.fault().empty()) findings_.add(FindingKind::XmlFault, "(written)", after_.fault());
+        if (!after_.fault().empty()) findings_.add(FindingKind::XmlFault, kWrittenFile, after_.fault());
     }
 
 private:
+    /// A comment or processing instruction, and how much text that isn't blank is in front of it since the
+    /// last child.
+    struct Markup {
+        XmlEvent::Kind kind;
+        std::string text;
+        std::size_t place;
+
+        friend bool operator==(const Markup&, const Markup&) = default;
+    };
+    /// What one side has between two children.
+    struct Stretch {
+        std::string text;
+        std::vector<Markup> markup;
+        std::size_t place = 0;   ///< bytes that aren't blank
+        std::size_t counted = 0; ///< of the text, for `place`
+
+        void clear() {
+            text.clear();
+            place = counted = 0;
+        }
+    };
     /// An element that stands on both sides.
     struct Level {
-        const std::string* name;
-        const ClassView* view; ///< null for a class that isn't known
-        std::string before;    ///< character content since the last child
-        std::string after;
-        std::vector<std::string> differentBefore; ///< the stretches that differ
+        const std::string* name = nullptr;
+        const ClassView* view = nullptr; ///< null for a class that isn't known
+        Stretch before;                  ///< since the last child
+        Stretch after;
+        std::vector<std::string> differentBefore; ///< the texts that differ
         std::vector<std::string> differentAfter;
     };
 
@@ -84,11 +106,14 @@ private:
             case XmlEvent::Kind::End:
                 return event;
             case XmlEvent::Kind::Text:
-                if (!levels_.empty())
-                    (isBefore ? levels_.back().before : levels_.back().after) += event->text;
+                stretch(isBefore).text += event->text;
                 break;
-            case XmlEvent::Kind::Markup:
-                if (isBefore) findings_.add(FindingKind::MarkupDropped, event->text);
+            case XmlEvent::Kind::Comment:
+            case XmlEvent::Kind::Instruction:
+                addMarkup(stretch(isBefore), *event);
+                break;
+            case XmlEvent::Kind::Doctype:
+                if (isBefore) findings_.add(FindingKind::DoctypeDropped, event->text);
                 break;
             case XmlEvent::Kind::Entity:
                 if (isBefore) findings_.add(FindingKind::EntityLost, event->text);
@@ -98,14 +123,30 @@ private:
         return nullptr;
     }
 
+    Stretch& stretch(bool isBefore) {
+        Level& level = levels_.empty() ? outside_ : levels_.back();
+        return isBefore ? level.before : level.after;
+    }
+
+    static void addMarkup(Stretch& stretch, const XmlEvent& event) {
+        for (; stretch.counted < stretch.text.size(); ++stretch.counted)
+            if (!IsBlank(std::string_view(stretch.text).substr(stretch.counted, 1))) ++stretch.place;
+        stretch.markup.push_back({event.kind, event.text, stretch.place});
+    }
+
     void enter(const XmlEvent& a, const XmlEvent& b) {
         const ClassView* view = root_;
-        if (!levels_.empty()) {
-            settleText(levels_.back());
+        if (levels_.empty()) {
+            settleMarkup(outside_);
+        } else {
+            settle(levels_.back());
             view = levels_.back().view ? classes_.child(*levels_.back().view, *a.name) : nullptr;
+            if (!view) view = classes_.named(*a.name);
         }
         compareAttributes(a, b, view);
-        levels_.push_back({a.name, view, {}, {}, {}, {}});
+        Level& level = levels_.emplace_back();
+        level.name = a.name;
+        level.view = view;
     }
 
     void compareAttributes(const XmlEvent& a, const XmlEvent& b, const ClassView* view) {
@@ -176,20 +217,43 @@ private:
     }
 
     /// Compares what stands between two children.
-    static void settleText(Level& level) {
-        const bool isLayout =
-            level.after.empty() && IsBlank(level.before) && level.view && !level.view->keepsText;
-        if (level.before != level.after && !isLayout) {
-            level.differentBefore.push_back(level.before);
-            level.differentAfter.push_back(level.after);
+    void settle(Level& level) {
+        settleMarkup(level);
+        const std::string& before = level.before.text;
+        const std::string& after = level.after.text;
+        const bool isLayout = after.empty() && IsBlank(before) && level.view && !level.view->keepsText;
+        if (before != after && !isLayout) {
+            level.differentBefore.push_back(before);
+            level.differentAfter.push_back(after);
         }
         level.before.clear();
         level.after.clear();
     }
 
+    void settleMarkup(Level& level) {
+        addMissing(FindingKind::MarkupLost, level.before.markup, level.after.markup);
+        addMissing(FindingKind::MarkupAdded, level.after.markup, level.before.markup);
+        level.before.markup.clear();
+        level.after.markup.clear();
+    }
+
+    /// Adds what is in `these` without being in `others`, which has it in the same order otherwise.
+    void addMissing(FindingKind kind, const std::vector<Markup>& these, const std::vector<Markup>& others) {
+        auto from = others.begin();
+        for (const Markup& markup : these) {
+            const auto same = std::find(from, others.end(), markup);
+            if (same != others.end())
+                from = same + 1;
+            else
+                findings_.add(
+                    kind, markup.kind == XmlEvent::Kind::Comment ? "comment" : "processing instruction",
+                    Example(markup.text));
+        }
+    }
+
     void finishText() {
         Level& level = levels_.back();
-        settleText(level);
+        settle(level);
         if (level.differentBefore.empty()) return;
         const std::string was = Join(level.differentBefore, "");
         const std::string is = Join(level.differentAfter, "");
@@ -212,6 +276,7 @@ private:
     const ClassView* root_;
     Classes& classes_;
     Findings& findings_;
+    Level outside_; ///< around the root element
     std::vector<Level> levels_;
 };
 

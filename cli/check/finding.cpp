@@ -7,15 +7,17 @@ namespace command {
 namespace {
 
 // In the order of the kinds.
-constexpr std::array<std::string_view, 30> kKeys{
-    "member-lost",      "member-changed",    "member-damaged",      "entry-lost",        "media-type-changed",
-    "xml-fault",        "entity-lost",       "unknown-element",     "unknown-attribute", "element-lost",
-    "attribute-lost",   "enumeration-value", "number-value",        "boolean-value",     "text-value",
-    "date-value",       "prefix-lost",       "text-dropped",        "text-changed",      "text-moved",
-    "boolean-spelling", "number-spelling",   "date-spelling",       "attribute-added",   "element-added",
-    "member-added",     "mimetype-dropped",  "empty-entry-dropped", "markup-dropped",    "decrypted",
+constexpr std::array<std::string_view, 32> kKeys{
+    "member-lost",       "member-added",      "member-changed",   "member-damaged",
+    "entry-lost",        "entry-added",       "entry-changed",    "media-type-changed",
+    "decrypted",         "xml-fault",         "entity-lost",      "unknown-element",
+    "unknown-attribute", "element-lost",      "element-added",    "attribute-lost",
+    "attribute-added",   "enumeration-value", "number-value",     "number-spelling",
+    "boolean-value",     "boolean-spelling",  "text-value",       "date-value",
+    "date-spelling",     "prefix-lost",       "text-dropped",     "text-changed",
+    "text-moved",        "markup-lost",       "markup-added",     "doctype-dropped",
 };
-static_assert(kKeys.size() == static_cast<std::size_t>(FindingKind::Decrypted) + 1);
+static_assert(kKeys.size() == static_cast<std::size_t>(FindingKind::DoctypeDropped) + 1);
 
 constexpr std::size_t kMostExample = 60;
 

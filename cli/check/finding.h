@@ -11,43 +11,45 @@ namespace command {
 
 /// What a round trip does to a member.
 enum class FindingKind {
-    // Something is lost.
+    // Something is lost, or is there that wasn't.
     MemberLost,       ///< the member isn't in the saved package
+    MemberAdded,      ///< a member that the package hasn't
     MemberChanged,    ///< its bytes differ
     MemberDamaged,    ///< it can't be read to its end
-    EntryLost,        ///< the manifest no longer lists a member that is there
+    EntryLost,        ///< the manifest no longer lists a member or folder
+    EntryAdded,       ///< the manifest lists one that it didn't
+    EntryChanged,     ///< the manifest says something else of it, but for its size and encryption
     MediaTypeChanged, ///< the manifest gives another media type
+    Decrypted,        ///< the package was encrypted and is saved in clear
     XmlFault,         ///< the XML isn't well formed; what follows the fault is lost
-    EntityLost,       ///< a reference to an entity that isn't declared
+    EntityLost,       ///< a reference to an entity that isn't declared, or whose text is elsewhere
     UnknownElement,   ///< the parent's class lists no such child
     UnknownAttribute, ///< the class lists no such attribute
     ElementLost,      ///< listed, but not written
+    ElementAdded,     ///< an element that the file hasn't
     AttributeLost,    ///< listed, but not written
+    AttributeAdded,   ///< written, though the file has none
     EnumerationValue, ///< a word that is no key of the enumeration
     NumberValue,      ///< another number
+    NumberSpelling,   ///< the same in other words, such as "0.50" and "0.5"
     BooleanValue,     ///< another truth value
+    BooleanSpelling,  ///< such as "true" and "1"
     TextValue,        ///< another text
     DateValue,        ///< another date or time
+    DateSpelling,     ///< such as "2001-02-03" and "2001-02-03T00:00:00.000"
     PrefixLost,       ///< the prefix that a value begins with is bound to nothing, or to something else
     TextDropped,      ///< character content of an element whose class keeps none
     TextChanged,      ///< other character content
     TextMoved,        ///< character content between children now stands elsewhere
-    // Nothing is lost: the same in other words.
-    BooleanSpelling,   ///< such as "true" and "1"
-    NumberSpelling,    ///< such as "0.50" and "0.5"
-    DateSpelling,      ///< such as "2001-02-03" and "2001-02-03T00:00:00.000"
-    AttributeAdded,    ///< written always, though the file has none
-    ElementAdded,      ///< an element that the file hasn't
-    MemberAdded,       ///< a member that the package hasn't
-    MimetypeDropped,   ///< the manifest still tells the media type
-    EmptyEntryDropped, ///< a line of the manifest about a folder or a member that isn't there
-    MarkupDropped,     ///< comments, processing instructions, the document type
-    Decrypted,         ///< the package was encrypted and is saved in clear
+    MarkupLost,       ///< a comment or processing instruction, or its place in the text
+    MarkupAdded,      ///< one that the file hasn't there
+    // Nothing is lost.
+    DoctypeDropped, ///< what it declares is in the text already
 };
 
 /// True for the kinds that tell of a loss.
 constexpr bool IsLoss(FindingKind kind) noexcept {
-    return kind < FindingKind::BooleanSpelling;
+    return kind != FindingKind::DoctypeDropped;
 }
 /// The kind for machines, such as "unknown-attribute".
 std::string_view KeyOf(FindingKind kind);

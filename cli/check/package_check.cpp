@@ -2,89 +2,141 @@
 
 #include "check/compare_packages.h"
 #include "check/scratch_folder.h"
+#include "package/archive.h"
 #include "package/kind.h"
+#include "package/listed_document.h"
+#include "package/manifest.h"
 #include "package/open_document.h"
 #include "package/reason.h"
 #include "package/repack.h"
-#include "password.h"
 
 #include <odfmodel/core/reflection.h>
+#include <odfmodel/elements/office/document.h>
 
 #include <filesystem>
 
 namespace command {
 namespace {
 
-CheckResult& Fail(CheckResult& result, ExitCode code, const ODF::Diagnostics& diagnostics) {
+/// Findings about a flat document, which has no members.
+constexpr const char* kFlatMember = "(flat document)";
+
+void Fail(CheckResult& result, ExitCode code, std::string reason) {
     result.code = code;
-    result.error = Reason(diagnostics);
-    return result;
+    result.error = std::move(reason);
 }
 
-void TakeNotes(CheckResult& result, const ODF::Diagnostics& diagnostics) {
-    for (const ODF::Note& note : diagnostics.notes())
+void TakeNotes(CheckResult& result, const Notes& notes) {
+    for (const ODF::Note& note : notes)
         if (note.severity != ODF::Severity::Information) result.notes.push_back(NoteText(note));
 }
 
-TreeRoots RootsOf(const ODF::CDocument& document) {
+/// The temporary file that a trip saves to which can't save to memory; false, with the reason in `result`,
+/// when there can't be one.
+bool HasScratch(const ScratchFolder& scratch, CheckResult& result) {
+    if (!scratch.isThere()) Fail(result, ExitCode::CannotWrite, ODF::ToText(ODF::Status::NoTemporaryFolder));
+    return scratch.isThere();
+}
+
+std::string ScratchFile(const ScratchFolder& scratch, const std::string& path) {
+    return scratch.file("saved" + std::filesystem::path(path).extension().string());
+}
+
+void CheckOpenPackaging(CheckResult& result) {
+    const ScratchFolder scratch;
+    if (!HasScratch(scratch, result)) return;
+    const std::string saved = ScratchFile(scratch, result.path);
+    ODF::Diagnostics diagnostics;
+    std::vector<Member> members;
+    const ExitCode code = RepackUnchanged(result.path, saved, members, diagnostics);
+    if (code != ExitCode::Ok)
+        return Fail(result, code, OpenReason(result.path, diagnostics.status(), diagnostics.notes()));
+    Archive before;
+    Archive after;
+    if (before.open(result.path) != ODF::Status::Ok)
+        return Fail(result, ExitCode::CannotOpen, Reason(before.diagnostics()));
+    if (after.open(saved) != ODF::Status::Ok)
+        return Fail(result, ExitCode::CannotWrite, Reason(after.diagnostics()));
+    ComparePackages(before, after, {}, false, result.members);
+}
+
+/// Compares the file of `before` with that of `after`, which was saved of it.
+void Compare(CheckResult& result, ODF::Document& before, ODF::Document& after, const TreeRoots& roots) {
+    ComparePackages(DocumentFile(before), DocumentFile(after), roots, true, result.members);
+    if (before.IsEncrypted() && !after.IsEncrypted())
+        result.members[std::string(kManifestName)].add(FindingKind::Decrypted, {});
+}
+
+void CheckFull(CheckResult& result, ODF::Document& document, const std::string& password) {
+    MemberBytes saved;
+    ODF::SaveOptions save;
+    save.allowsIncomplete = true; // what is lost then is what is asked for
+    if (const ODF::Result written = document.Save(saved.bytes, save); !written)
+        return Fail(result, ExitCode::CannotWrite, Reason(written.Code(), written.Notes()));
+    if (document.IsFlat()) {
+        Findings found;
+        CompareFlat(ReadWholeFile(result.path), saved, document.Flat()->GetID(), found);
+        if (!found.isEmpty()) result.members.emplace(kFlatMember, std::move(found));
+        return;
+    }
+    TreeRoots roots;
+    for (const std::string& name : document.Trees())
+        roots.emplace(name, document.Root(name)->GetID());
+    ODF::Document again;
+    ODF::OpenOptions open;
+    open.password = password;
+    const ODF::Result opened = again.Open(saved.bytes, open);
+    if (!again.IsOpen())
+        return Fail(result, ExitCode::CannotWrite,
+                    "what was saved can't be opened: " + Reason(opened.Code(), opened.Notes()));
+    Compare(result, document, again, roots);
+}
+
+void CheckListed(CheckResult& result, ODF::Document& before, const std::string& password) {
+    const ScratchFolder scratch;
+    if (!HasScratch(scratch, result)) return;
+    const std::string saved = ScratchFile(scratch, result.path);
+    ODF::CODFDoc document;
+    const ODF::Diagnostics& diagnostics = document.GetDiagnostics();
+    if (OpenListed(document, result.path, password) != ODF::Status::Ok)
+        return Fail(result, ExitCode::CannotOpen, Reason(diagnostics));
     TreeRoots roots;
     for (const auto& [name, part] : TreesOf(document))
         roots.emplace(name, part->GetRootClass()->GetID());
-    return roots;
-}
-
-/// Compares the file with what was saved of it.
-void Compare(CheckResult& result, const std::string& saved, const std::string* password,
-             const TreeRoots& roots, bool isOdf) {
-    Archive before;
-    Archive after;
-    const ODF::Status opened = isOdf ? before.open(result.path, password) : before.openRaw(result.path);
-    if (opened != ODF::Status::Ok) {
-        Fail(result, ExitCode::CannotOpen, before.diagnostics());
-        return;
-    }
-    if (after.openRaw(saved) != ODF::Status::Ok) {
-        Fail(result, ExitCode::CannotWrite, after.diagnostics());
-        return;
-    }
-    ComparePackages(before, after, roots, isOdf, result.members);
-    for (const auto& [name, findings] : result.members)
-        if (findings.hasLoss()) result.code = ExitCode::Lost;
+    document.Save(saved);
+    if (diagnostics.status() != ODF::Status::Ok)
+        return Fail(result, ExitCode::CannotWrite, Reason(diagnostics));
+    ODF::Document after;
+    const ODF::Result opened = after.Open(saved);
+    if (!after.IsOpen())
+        return Fail(result, ExitCode::CannotWrite,
+                    "what was saved can't be opened: " + Reason(opened.Code(), opened.Notes()));
+    Compare(result, before, after, roots);
 }
 
 } // namespace
 
-CheckResult CheckPackage(const std::string& path, const Passwords& passwords) {
+CheckResult CheckPackage(const std::string& path, Trip trip, const Passwords& passwords) {
     CheckResult result;
     result.path = path;
-    const ScratchFolder scratch;
-    const std::string saved = scratch.file("saved" + std::filesystem::path(path).extension().string());
-    ODF::Diagnostics diagnostics;
-    if (!scratch.isThere()) {
-        diagnostics.setStatus(ODF::Status::NoTemporaryFolder);
-        return Fail(result, ExitCode::CannotWrite, diagnostics);
-    }
     if (IsOpenPackaging(DetectType(path))) {
-        std::vector<Member> members;
-        const ExitCode code = RepackUnchanged(path, saved, members, diagnostics);
-        if (code != ExitCode::Ok) return Fail(result, code, diagnostics);
-        Compare(result, saved, nullptr, {}, false);
-        return result;
+        CheckOpenPackaging(result);
+    } else {
+        ODF::Document document;
+        std::string password;
+        const ODF::Result opened = TryOpen(document, path, passwords, &password);
+        if (!document.IsOpen()) {
+            Fail(result, ExitCode::CannotOpen, OpenReason(path, opened.Code(), opened.Notes()));
+            return result;
+        }
+        TakeNotes(result, opened.Notes());
+        if (trip == Trip::Full)
+            CheckFull(result, document, password);
+        else
+            CheckListed(result, document, password);
     }
-    ODF::CODFDoc document;
-    std::string password;
-    const ODF::Status status = passwords.open(path, [&](const std::string* tried) {
-        if (tried) document.SetPassword(std::string_view(password = *tried));
-        document.Open(path);
-        return document.GetDiagnostics().status();
-    });
-    if (status != ODF::Status::Ok) return Fail(result, ExitCode::CannotOpen, document.GetDiagnostics());
-    TakeNotes(result, document.GetDiagnostics());
-    const TreeRoots roots = RootsOf(document);
-    document.Save(saved);
-    if (document.GetDiagnostics().status() != ODF::Status::Ok)
-        return Fail(result, ExitCode::CannotWrite, document.GetDiagnostics());
-    Compare(result, saved, password.empty() ? nullptr : &password, roots, true);
+    for (const auto& [name, findings] : result.members)
+        if (findings.hasLoss()) result.code = ExitCode::Lost;
     return result;
 }
 

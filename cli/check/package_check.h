@@ -20,8 +20,13 @@ struct CheckResult {
     std::vector<std::string> notes;          ///< what the library had to say while it opened the file
 };
 
-/// Opens the document, saves it to a temporary file and compares both packages member by member. Passwords
-/// are asked for as need be.
-CheckResult CheckPackage(const std::string& path, const Passwords& passwords);
+/// The round trip that is checked.
+enum class Trip {
+    Full,  ///< by the document that keeps everything
+    Listed ///< by the plain model
+};
+
+/// Opens the document, saves it and compares both files member by member. Passwords are asked for as need be.
+CheckResult CheckPackage(const std::string& path, Trip trip, const Passwords& passwords);
 
 } // namespace command

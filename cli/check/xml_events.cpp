@@ -21,6 +21,15 @@ std::string_view PrefixOf(std::string_view value) {
 
 } // namespace
 
+std::function<std::string_view()> Pieces(std::string_view text) {
+    constexpr std::size_t kPieceBytes = std::size_t{64} << 10;
+    return [text]() mutable {
+        const std::string_view piece = text.substr(0, kPieceBytes);
+        text.remove_prefix(piece.size());
+        return piece;
+    };
+}
+
 struct XmlEvents::Callbacks {
     static XmlEvents& self(void* data) { return *static_cast<XmlEvents*>(data); }
 
@@ -51,15 +60,21 @@ struct XmlEvents::Callbacks {
         XmlEvent& event = follows ? events.events_.back() : events.push(XmlEvent::Kind::Text);
         event.text.append(text, static_cast<std::size_t>(length));
     }
-    static void comment(void* data, const char* /*text*/) {
-        self(data).push(XmlEvent::Kind::Markup).text = "comment";
+    static void comment(void* data, const char* text) {
+        self(data).push(XmlEvent::Kind::Comment).text = text;
     }
-    static void instruction(void* data, const char* /*target*/, const char* /*text*/) {
-        self(data).push(XmlEvent::Kind::Markup).text = "processing instruction";
+    static void instruction(void* data, const char* target, const char* text) {
+        self(data).push(XmlEvent::Kind::Instruction).text = std::string(target).append(" ").append(text);
     }
-    static void doctype(void* data, const char* /*name*/, const char* /*systemId*/, const char* /*publicId*/,
+    static void doctype(void* data, const char* name, const char* /*systemId*/, const char* /*publicId*/,
                         int) {
-        self(data).push(XmlEvent::Kind::Markup).text = "document type";
+        self(data).push(XmlEvent::Kind::Doctype).text = name;
+    }
+    /// Called for entities whose text is in another file. Nothing is loaded.
+    static int externalEntity(XML_Parser parser, const char* /*context*/, const char* /*base*/,
+                              const char* systemId, const char* /*publicId*/) {
+        self(XML_GetUserData(parser)).push(XmlEvent::Kind::Entity).text = systemId ? systemId : "";
+        return XML_STATUS_OK;
     }
     static void entity(void* data, const char* name, int isParameterEntity) {
         if (isParameterEntity == 0) self(data).push(XmlEvent::Kind::Entity).text = name;
@@ -75,6 +90,7 @@ XmlEvents::XmlEvents(NamePool& names, Source source)
     XML_SetCommentHandler(parser_.get(), &Callbacks::comment);
     XML_SetProcessingInstructionHandler(parser_.get(), &Callbacks::instruction);
     XML_SetStartDoctypeDeclHandler(parser_.get(), &Callbacks::doctype);
+    XML_SetExternalEntityRefHandler(parser_.get(), &Callbacks::externalEntity);
     XML_SetSkippedEntityHandler(parser_.get(), &Callbacks::entity);
 }
 

@@ -21,12 +21,15 @@ struct XmlAttribute {
 };
 
 struct XmlEvent {
-    enum class Kind { Start, End, Text, Markup, Entity };
+    enum class Kind { Start, End, Text, Comment, Instruction, Doctype, Entity };
     Kind kind;
-    const std::string* name = nullptr; ///< of an element; the entity's
-    std::string text;
+    const std::string* name = nullptr; ///< of an element
+    std::string text;                  ///< the text, the comment, the instruction, what the entity is called
     std::vector<XmlAttribute> attributes;
 };
+
+/// Gives out a text piece by piece; it must stay as it is meanwhile.
+std::function<std::string_view()> Pieces(std::string_view text);
 
 /// Reads one XML file event by event, straight with expat: what `check` compares mustn't pass through the
 /// library's own reader, whose faults it would then not see.

@@ -1,7 +1,7 @@
 #include "info/metadata.h"
 
 #include "info/report.h"
-#include "package/sax.h"
+#include "package/attributes.h"
 
 #include <odfmodel/core/reflection.h>
 #include <odfmodel/elements/office/document.h>
@@ -49,13 +49,13 @@ std::string KeywordsOf(const CSDObject& meta) {
     return list;
 }
 
-void PrintUserDefined(const CSDObject& meta) {
+void PrintUserDefined(const CSDObject& meta, AttributeReader& attributes) {
     std::vector<CSDObject*> fields;
     meta.GetObjectListByID(ODF::CMetaUserDefined::kId, fields);
     for (const CSDObject* const field : fields) {
         std::string label = "user-defined";
         std::string type;
-        for (const ODF::AttributeText& attribute : ODF::AttributesOf(*field)) {
+        for (const AttributeWords& attribute : attributes.attributesOf(*field)) {
             if (attribute.name == "meta:name") label += " \"" + attribute.value + "\"";
             if (attribute.name == "meta:value-type") type = " (" + attribute.value + ")";
         }
@@ -63,11 +63,11 @@ void PrintUserDefined(const CSDObject& meta) {
     }
 }
 
-void PrintStatistics(const CSDObject& meta) {
+void PrintStatistics(const CSDObject& meta, AttributeReader& attributes) {
     const CSDObject* const statistics = meta.GetObjectByID(ODF::CMetaDocumentStatistic::kId);
     if (!statistics) return;
     PrintHeading("statistics");
-    for (const ODF::AttributeText& attribute : ODF::AttributesOf(*statistics)) {
+    for (const AttributeWords& attribute : attributes.attributesOf(*statistics)) {
         constexpr std::string_view kTail = "-count";
         std::string_view name = attribute.name;
         if (const std::size_t colon = name.find(':'); colon != std::string_view::npos)
@@ -79,22 +79,16 @@ void PrintStatistics(const CSDObject& meta) {
 
 } // namespace
 
-bool PrintMetadata(Archive& archive) {
-    const std::optional<std::string> xml = archive.read("meta.xml");
-    if (!xml) return !archive.find("meta.xml");
-    const std::unique_ptr<CSDObject> root(ODF::COfficeDocumentMeta::Create());
-    const SaxReader reader = MakeSaxReader();
-    const bool isWhole = reader->ParseMemory(xml->data(), xml->size(), root.get());
-    if (const CSDObject* const meta = root->GetObjectByID(ODF::COfficeMeta::kId)) {
-        PrintHeading("metadata");
-        for (const FieldRow& row : kFields)
-            if (const CSDObject* const field = meta->GetObjectByID(row.id))
-                PrintField(row.label, ValueOf(*field));
-        PrintField("keywords", KeywordsOf(*meta));
-        PrintUserDefined(*meta);
-        PrintStatistics(*meta);
-    }
-    return isWhole;
+void PrintMetadata(const CSDObject* root) {
+    const CSDObject* const meta = root ? root->GetObjectByID(ODF::COfficeMeta::kId) : nullptr;
+    if (!meta) return;
+    AttributeReader attributes;
+    PrintHeading("metadata");
+    for (const FieldRow& row : kFields)
+        if (const CSDObject* const field = meta->GetObjectByID(row.id)) PrintField(row.label, ValueOf(*field));
+    PrintField("keywords", KeywordsOf(*meta));
+    PrintUserDefined(*meta, attributes);
+    PrintStatistics(*meta, attributes);
 }
 
 } // namespace command

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "package/archive.h"
+class CSDObject;
 
 namespace command {
 
-/// Prints what `meta.xml` of the package tells: titles, people, dates, keywords, the author's own fields and
-/// the statistics. Nothing when there is no such member; false when it ends at a fault.
-bool PrintMetadata(Archive& archive);
+/// Prints the metadata below a root: titles, people, dates, keywords, the author's own fields and the
+/// statistics. Nothing when there is none, or no root.
+void PrintMetadata(const CSDObject* root);
 
 } // namespace command

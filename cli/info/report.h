@@ -9,7 +9,7 @@ namespace command {
 
 class Passwords;
 
-/// `info` on an OpenDocument package.
+/// `info` on an OpenDocument file.
 ExitCode ReportOdf(const std::string& path, const Passwords& passwords);
 /// `info` on an Open Packaging file.
 ExitCode ReportOpenPackaging(const std::string& path);

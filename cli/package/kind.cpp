@@ -39,22 +39,24 @@ constexpr TypeRow kTypes[] = {
 };
 
 struct MediaRow {
-    std::string_view kind; ///< behind the common head of the media types
+    std::string_view mediaType; ///< without the common head
+    ODF::DocumentKind kind;
     std::string_view name;
 };
 
 constexpr std::string_view kMediaHead = "application/vnd.oasis.opendocument.";
 constexpr MediaRow kMediaTypes[] = {
-    {"text", "text document"},
-    {"text-master", "master document"},
-    {"text-web", "web page"},
-    {"spreadsheet", "spreadsheet"},
-    {"presentation", "presentation"},
-    {"graphics", "drawing"},
-    {"chart", "chart"},
-    {"formula", "formula"},
-    {"image", "image"},
-    {"database", "database"},
+    {"text", ODF::DocumentKind::Text, "text document"},
+    {"text-master", ODF::DocumentKind::MasterText, "master document"},
+    {"text-web", ODF::DocumentKind::WebText, "web page"},
+    {"spreadsheet", ODF::DocumentKind::Spreadsheet, "spreadsheet"},
+    {"presentation", ODF::DocumentKind::Presentation, "presentation"},
+    {"graphics", ODF::DocumentKind::Drawing, "drawing"},
+    {"chart", ODF::DocumentKind::Chart, "chart"},
+    {"formula", ODF::DocumentKind::Formula, "formula"},
+    {"image", ODF::DocumentKind::Image, "image"},
+    {"base", ODF::DocumentKind::Database, "database"},
+    {"database", ODF::DocumentKind::Database, "database"},
 };
 
 } // namespace
@@ -65,14 +67,20 @@ std::string_view NameOf(DocumentType type) {
     return row == std::end(kTypes) ? "unknown" : row->name;
 }
 
+std::string_view NameOf(ODF::DocumentKind kind) {
+    const auto* const row = std::find_if(std::begin(kMediaTypes), std::end(kMediaTypes),
+                                         [&](const MediaRow& r) { return r.kind == kind; });
+    return row == std::end(kMediaTypes) ? std::string_view() : row->name;
+}
+
 std::string NameOfMediaType(std::string_view mediaType) {
     if (!mediaType.starts_with(kMediaHead)) return {};
-    std::string_view kind = mediaType.substr(kMediaHead.size());
+    mediaType.remove_prefix(kMediaHead.size());
     constexpr std::string_view kTemplate = "-template";
-    const bool isTemplate = kind.ends_with(kTemplate);
-    if (isTemplate) kind.remove_suffix(kTemplate.size());
+    const bool isTemplate = mediaType.ends_with(kTemplate);
+    if (isTemplate) mediaType.remove_suffix(kTemplate.size());
     for (const MediaRow& row : kMediaTypes)
-        if (row.kind == kind) return std::string(row.name) + (isTemplate ? " template" : "");
+        if (row.mediaType == mediaType) return std::string(row.name) + (isTemplate ? " template" : "");
     return {};
 }
 

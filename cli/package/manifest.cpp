@@ -7,7 +7,6 @@
 #include <odfmodel/serial/default_handler.h>
 
 #include <algorithm>
-#include <limits>
 
 namespace command {
 namespace {
@@ -25,10 +24,10 @@ public:
 
     void startElement(const unsigned short* uri, const unsigned short* localName,
                       const unsigned short* /*qName*/, CSDAttribute* attributes) override {
-        if (ToView(uri) != uri_.view()) return;
+        if (ToView(uri) != uri_.view() && ToView(uri) != olderUri_.view()) return;
         const std::u16string_view name = ToView(localName);
         const auto value = [&](const char16_t* attribute) {
-            return ODF::ToUtf8(attributes->GetValue(uri_, ToUnits(attribute)));
+            return ODF::ToUtf8(attributes->GetValue(uri, ToUnits(attribute)));
         };
         if (name == u"file-entry") entries_.push_back({value(u"full-path"), value(u"media-type"), {}});
         if (name == u"algorithm" && !entries_.empty())
@@ -38,18 +37,15 @@ public:
 private:
     std::vector<ManifestEntry>& entries_;
     CTulStringW uri_{ODF::NamespaceOfPrefix("manifest")};
+    CTulStringW olderUri_{"http://openoffice.org/2001/manifest"};
 };
 
 } // namespace
 
 std::vector<ManifestEntry> ReadManifest(std::string_view xml) {
     std::vector<ManifestEntry> entries;
-    if (xml.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) return entries;
     ManifestHandler handler(entries);
-    const SaxReader reader = MakeSaxReader();
-    reader->SetContentHandler(&handler);
-    if (reader->BeginChunks()) reader->ParseChunk(xml.data(), static_cast<int>(xml.size()), 0);
-    reader->EndChunks();
+    ParsePieces(*MakeSaxReader(), xml, handler);
     return entries;
 }
 

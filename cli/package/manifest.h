@@ -19,7 +19,8 @@ struct ManifestEntry {
     bool isFolder() const { return path.ends_with('/'); }
 };
 
-/// Reads the entries of `META-INF/manifest.xml`, as far as it is well formed.
+/// Reads the entries of `META-INF/manifest.xml`, in its namespace or the older one, as far as it is well
+/// formed.
 std::vector<ManifestEntry> ReadManifest(std::string_view xml);
 /// The media type of the package itself; empty when the manifest has none.
 std::string MediaTypeOf(const std::vector<ManifestEntry>& entries);

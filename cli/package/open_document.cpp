@@ -4,32 +4,52 @@
 #include "package/reason.h"
 #include "password.h"
 
-#include <algorithm>
+#include <fstream>
+#include <iterator>
 
 namespace command {
 
-bool OpenDocument(ODF::CODFDoc& document, const std::string& path, const Passwords& passwords) {
-    const ODF::Status status = passwords.open(path, [&](const std::string* password) {
-        if (password) document.SetPassword(std::string_view(*password));
-        document.Open(path);
-        return document.GetDiagnostics().status();
+ODF::Result TryOpen(ODF::Document& document, const std::string& path, const Passwords& passwords,
+                    std::string* password) {
+    ODF::Result result;
+    passwords.open(path, [&](const std::string* tried) {
+        ODF::OpenOptions options;
+        if (tried) options.password = *tried;
+        if (password) *password = options.password;
+        result = document.Open(path, options);
+        return result.Code();
     });
-    if (status != ODF::Status::Ok) Complain(path, Reason(document.GetDiagnostics()));
-    return status == ODF::Status::Ok;
+    return result;
 }
 
-std::vector<std::pair<std::string, ODF::CODFPart*>> TreesOf(const ODF::CDocument& document) {
-    std::vector<std::pair<std::string, ODF::CODFPart*>> trees;
-    std::vector<ISDPart*> parts;
-    if (const ODF::CODFPart* const root = document.GetRootPart()) root->GetChildParts(&parts);
-    for (ISDPart* const child : parts) {
-        auto* const part = static_cast<ODF::CODFPart*>(child);
-        if (!part || part->GetPartType() != PartTypeXml || !part->GetRootClass()) continue;
-        std::string path = ODF::ToUtf8(part->GetPackagePath());
-        std::replace(path.begin(), path.end(), '\\', '/');
-        trees.emplace_back(std::move(path), part);
-    }
-    return trees;
+ExitCode OpenDocument(ODF::Document& document, const std::string& path, const Passwords& passwords) {
+    const ODF::Result result = TryOpen(document, path, passwords);
+    if (document.IsOpen())
+        ComplainNotes(path, result.Notes());
+    else
+        Complain(path, OpenReason(path, result.Code(), result.Notes()));
+    return result ? ExitCode::Ok : ExitCode::CannotOpen;
+}
+
+DocumentFile::DocumentFile(const ODF::Document& document) : document_(document) {
+    std::vector<Member> members;
+    for (ODF::FileEntry& entry : document.FileEntries())
+        members.push_back({std::move(entry.name), static_cast<long long>(entry.size), -1});
+    setMembers(std::move(members));
+}
+
+MemberBytes DocumentFile::read(std::string_view name) const {
+    MemberBytes found;
+    found.isWhole = static_cast<bool>(document_.ReadFileEntry(name, found.bytes));
+    return found;
+}
+
+MemberBytes ReadWholeFile(const std::string& path) {
+    MemberBytes found;
+    std::ifstream in(path, std::ios::binary);
+    found.bytes.assign(std::istreambuf_iterator<char>(in), {});
+    found.isWhole = in.is_open() && !in.bad();
+    return found;
 }
 
 } // namespace command

@@ -1,18 +1,36 @@
 #pragma once
 
-#include <odfmodel/document/odf_document.h>
+#include "exit_code.h"
+#include "package/members.h"
+
+#include <odfmodel/document/open_document.h>
 
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace command {
 
 class Passwords;
 
-/// Opens an OpenDocument package with the passwords of the options or the terminal; a failure is told.
-bool OpenDocument(ODF::CODFDoc& document, const std::string& path, const Passwords& passwords);
-/// The parts that have an element tree, by their path with `/`, in the order of the package.
-std::vector<std::pair<std::string, ODF::CODFPart*>> TreesOf(const ODF::CDocument& document);
+/// Opens a document with the passwords of the options or the terminal. `password`, if given, is the one that
+/// was tried last, empty for none.
+ODF::Result TryOpen(ODF::Document& document, const std::string& path, const Passwords& passwords,
+                    std::string* password = nullptr);
+/// The same, and tells what was met. `CannotOpen` when the document is damaged, too; then it is open with
+/// what could be read.
+ExitCode OpenDocument(ODF::Document& document, const std::string& path, const Passwords& passwords);
+
+/// The file that a document was opened from, in clear.
+class DocumentFile final : public MemberSource {
+public:
+    /// `document` must outlive this object.
+    explicit DocumentFile(const ODF::Document& document);
+    MemberBytes read(std::string_view name) const override;
+
+private:
+    const ODF::Document& document_;
+};
+
+/// A whole file from the disk, for flat documents, which are one.
+MemberBytes ReadWholeFile(const std::string& path);
 
 } // namespace command

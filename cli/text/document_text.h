@@ -36,9 +36,8 @@ struct OpenSheet {
     unsigned tables = 0; ///< open tables inside the sheet's own
 };
 
-/// Prints the text of a document while its content is read. It reads the file itself, not the element tree:
-/// links and ruby bases of the tree have lost the order of text and elements, and elements that no class
-/// lists are gone.
+/// Prints the text of a document while its content is read. It reads the file itself, not the element tree,
+/// so that it needs no class for what stands around the text. A flat file may come as a whole.
 class DocumentText final : public CSDDefaultHandler {
 public:
     /// `styles` has taken in `styles.xml` and takes in the automatic styles.

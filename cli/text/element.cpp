@@ -21,6 +21,8 @@ constexpr Row kElements[] = {
     {"office:spreadsheet", Element::Spreadsheet},
     {"office:presentation", Element::Presentation},
     {"office:drawing", Element::Drawing},
+    {"office:chart", Element::Text},
+    {"office:image", Element::Drawing},
     {"text:p", Element::Paragraph},
     {"text:h", Element::Heading},
     {"text:list", Element::List},

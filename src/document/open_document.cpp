@@ -514,6 +514,17 @@ std::string Document::AddPicture(std::span<const unsigned char> bytes, std::stri
     return state_->package.addFree("Pictures", fileName, Bytes(bytes.begin(), bytes.end()));
 }
 
+std::vector<FileEntry> Document::FileEntries() const {
+    return state_ ? state_->package.fileEntries() : std::vector<FileEntry>();
+}
+
+Result Document::ReadFileEntry(std::string_view name, std::vector<unsigned char>& bytes) const {
+    bytes.clear();
+    return Run([&](Diagnostics& diagnostics) {
+        return state_ ? state_->package.readFileEntry(name, bytes, diagnostics) : Status::NotReadable;
+    });
+}
+
 bool Document::IsEncrypted() const noexcept {
     return state_ && state_->package.isEncrypted();
 }

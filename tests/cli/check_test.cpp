@@ -17,12 +17,12 @@ using test::RunCommand;
 
 namespace {
 
+/// What the trip through the listed classes loses. The full trip keeps all of it.
 struct CheckCase {
     const char* name;
     const char* body;
     const char* kind;      ///< of the one finding about content.xml; null for none
     const char* what = ""; ///< its name
-    bool isLoss = true;
     int count = 1;
     const char* styles = "";
 };
@@ -33,22 +33,24 @@ const CheckCase kCases[] = {
     {"NothingLost", "<text:p text:style-name=\"a\">a<text:span>b</text:span>c<text:s text:c=\"3\"/></text:p>",
      nullptr},
     {"UnknownElement", "<text:p>a<x:y><x:z/>b</x:y>c</text:p><text:p><x:y/></text:p>", "unknown-element",
-     "text:p/{urn:foreign}y", true, 2},
+     "text:p/{urn:foreign}y", 2},
     {"MisplacedElement", "<text:s/>", "unknown-element", "office:text/text:s"},
     {"UnknownAttribute", "<text:p x:y=\"1\"/><text:p x:y=\"2\"/>", "unknown-attribute",
-     "text:p@{urn:foreign}y", true, 2},
+     "text:p@{urn:foreign}y", 2},
     {"UnknownOfKnownNamespace", "<text:p text:nonsense=\"1\"/>", "unknown-attribute", "text:p@text:nonsense"},
     {"EnumerationWord", "<text:p><text:note text:note-class=\"sidenote\"/></text:p>", "enumeration-value",
      "text:note@text:note-class"},
     {"LostDigits", "<text:p><text:expression office:value=\"0.123456789\"/></text:p>", "number-value",
      "text:expression@office:value"},
     {"Boolean", "<text:list text:continue-numbering=\"true\"/>", "boolean-spelling",
-     "text:list@text:continue-numbering", false},
+     "text:list@text:continue-numbering"},
+    {"AddedAttribute", "<text:p><text:change/></text:p>", "attribute-added",
+     "text:change@text:change-id"},
     {"NoBoolean", "<text:list text:continue-numbering=\"yes\"/>", "boolean-value",
      "text:list@text:continue-numbering"},
-    {"NumberSpelling", "<text:p><text:s text:c=\"03\"/></text:p>", "number-spelling", "text:s@text:c", false},
+    {"NumberSpelling", "<text:p><text:s text:c=\"03\"/></text:p>", "number-spelling", "text:s@text:c"},
     {"NoNumber", "<text:p><text:s text:c=\"many\"/></text:p>", "number-value", "text:s@text:c"},
-    {"NumberWord", "", "number-value", "style:text-properties@style:text-line-through-width", true, 1,
+    {"NumberWord", "", "number-value", "style:text-properties@style:text-line-through-width", 1,
      "<style:style style:name=\"a\" style:family=\"text\"><style:text-properties "
      "style:text-line-through-width=\"auto\"/>"
      "</style:style>"},
@@ -59,7 +61,8 @@ const CheckCase kCases[] = {
      "<text:p><text:a xlink:href=\"\" "
      "xmlns:xlink=\"http://www.w3.org/1999/xlink\">a<text:span>b</text:span>c</text:a></text:p>",
      "text-moved", "text:a"},
-    {"Comment", "<!-- gone --><text:p/>", "markup-dropped", "comment", false},
+    {"Comment", "<!-- gone --><text:p/>", "markup-lost", "comment"},
+    {"Instruction", "<text:p>a<?x gone?>b</text:p>", "markup-lost", "processing instruction"},
     {"Entity", "<text:p>a&#65;b</text:p>", nullptr},
 };
 
@@ -82,18 +85,18 @@ std::pair<json, json> FindingsOf(const json& file, const std::string& member) {
 
 TEST_P(Check, Finds) {
     const CheckCase& row = GetParam();
-    const json result = Checked({writeText(row.body, row.styles)}, row.kind && row.isLoss ? 1 : 0);
-    const auto [lost, harmless] = FindingsOf(result.at("files").at(0), "content.xml");
-    const json& mine = row.isLoss ? lost : harmless;
-    EXPECT_EQ((row.isLoss ? harmless : lost), json::array());
-    if (!row.kind) {
-        EXPECT_EQ(mine, json::array());
-        return;
+    const std::string path = writeText(row.body, row.styles);
+    // The plain model drops the member mimetype, too.
+    const json listed = Checked({"--listed", path}, 1).at("files").at(0);
+    const auto [lost, harmless] = FindingsOf(listed, "content.xml");
+    EXPECT_EQ(harmless, json::array());
+    ASSERT_EQ(lost.size(), row.kind ? 1U : 0U) << lost;
+    if (row.kind) {
+        EXPECT_EQ(lost.at(0).at("kind"), row.kind);
+        EXPECT_EQ(lost.at(0).at("name"), row.what);
+        EXPECT_EQ(lost.at(0).at("count"), row.count);
     }
-    ASSERT_EQ(mine.size(), 1U) << mine;
-    EXPECT_EQ(mine.at(0).at("kind"), row.kind);
-    EXPECT_EQ(mine.at(0).at("name"), row.what);
-    EXPECT_EQ(mine.at(0).at("count"), row.count);
+    EXPECT_EQ(Checked({path}, 0).at("files").at(0).at("members"), json::array()) << "the full trip";
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, Check, testing::ValuesIn(kCases),
@@ -101,28 +104,71 @@ INSTANTIATE_TEST_SUITE_P(Cases, Check, testing::ValuesIn(kCases),
 
 using CheckPackages = test::CommandTest<>;
 
-TEST_F(CheckPackages, MembersThatNoOneListsAreLost) {
-    const std::string content = test::TextContent("<text:p/>");
+TEST_F(CheckPackages, TellsWhatBecomesOfMembersAndTheirEntries) {
     const std::string path = file("document.odt");
-    test::WritePackage(
-        path, {{"META-INF/manifest.xml",
-                test::Manifest({{"/", std::string(test::kTextType)}, {"content.xml"}, {"a.bin", ""}})},
-               {"mimetype", std::string(test::kTextType)},
-               {"content.xml", content},
-               {"a.bin", "kept"},
-               {"b.bin", "lost"}});
-    const json found = Checked({path}, 1).at("files").at(0);
+    test::WritePackage(path, {{"META-INF/manifest.xml", test::Manifest({{"/", std::string(test::kTextType)},
+                                                                        {"content.xml"},
+                                                                        {"a.bin", ""},
+                                                                        {"nowhere/", "x/folder"}})},
+                              {"mimetype", std::string(test::kTextType)},
+                              {"content.xml", test::TextContent("<text:p/>")},
+                              {"a.bin", "kept"},
+                              {"b.bin", "lost"}});
+    EXPECT_EQ(Checked({path}, 0).at("files").at(0).at("members"), json::array());
+    const json found = Checked({"--listed", path}, 1).at("files").at(0);
     EXPECT_EQ(FindingsOf(found, "b.bin").first.at(0).at("kind"), "member-lost");
-    EXPECT_EQ(FindingsOf(found, "mimetype").second.at(0).at("kind"), "mimetype-dropped");
-    EXPECT_EQ(found.at("members").size(), 2U) << found;
+    EXPECT_EQ(FindingsOf(found, "mimetype").first.at(0).at("kind"), "member-lost");
+    const json entries = FindingsOf(found, "META-INF/manifest.xml").first;
+    ASSERT_EQ(entries.size(), 1U) << entries;
+    EXPECT_EQ(entries.at(0).at("kind"), "entry-lost");
+    EXPECT_EQ(entries.at(0).at("name"), "nowhere/");
+    EXPECT_EQ(found.at("members").size(), 3U) << found;
 }
 
-TEST_F(CheckPackages, XmlBehindAFaultIsLost) {
+TEST_F(CheckPackages, WhatIsAddedCounts) {
+    const std::string path = file("document.odt");
+    test::WritePackage(path, {{"META-INF/manifest.xml", test::Manifest({{"/", std::string(test::kTextType)}})},
+                              {"content.xml", test::TextContent("<text:p/>")}});
+    const json found = Checked({path}, 1).at("files").at(0);
+    EXPECT_EQ(FindingsOf(found, "mimetype").first.at(0).at("kind"), "member-added");
+    EXPECT_EQ(found.at("members").size(), 1U) << found;
+}
+
+TEST_F(CheckPackages, WhatTheFullTripCantKeepIsTold) {
+    const std::string content = test::TextContent("<text:p>a&outside;b</text:p>");
+    const std::size_t root = content.find("<office:");
+    const std::string path = file("document.odt");
+    test::WriteOdf(path, test::kTextType,
+                   {{"content.xml", content.substr(0, root) +
+                                        "<!DOCTYPE x [<!ENTITY outside SYSTEM \"other.txt\">]>" +
+                                        content.substr(root)}});
+    const auto [lost, harmless] = FindingsOf(Checked({path}, 1).at("files").at(0), "content.xml");
+    ASSERT_EQ(lost.size(), 1U) << lost;
+    EXPECT_EQ(lost.at(0).at("kind"), "entity-lost");
+    EXPECT_EQ(lost.at(0).at("name"), "other.txt");
+    ASSERT_EQ(harmless.size(), 1U) << harmless;
+    EXPECT_EQ(harmless.at(0).at("kind"), "doctype-dropped");
+}
+
+TEST_F(CheckPackages, XmlAfterAFaultIsLost) {
     const std::string path = file("document.odt");
     test::WriteOdf(path, test::kTextType,
                    {{"content.xml", test::TextContent("<text:p>a</text:p><text:p>b</text:q>")}});
-    const json found = Checked({path}, 1).at("files").at(0);
-    EXPECT_EQ(FindingsOf(found, "content.xml").first.at(0).at("kind"), "xml-fault");
+    for (const std::vector<std::string>& arguments : {std::vector{path}, {path, "--listed"}}) {
+        const json found = Checked(arguments, 1).at("files").at(0);
+        EXPECT_EQ(FindingsOf(found, "content.xml").first.at(0).at("kind"), "xml-fault");
+    }
+}
+
+TEST_F(CheckPackages, OnlyTheFullTripKeepsAPackageEncrypted) {
+    for (const test::Sample& sample : test::GoodSamples()) {
+        if (!sample.isEncrypted() || !sample.path.ends_with(".odt")) continue;
+        const json found = Checked({sample.path, "--listed", "--password", sample.password}, 1);
+        std::size_t decrypted = 0;
+        for (const json& finding : FindingsOf(found.at("files").at(0), "META-INF/manifest.xml").first)
+            if (finding.at("kind") == "decrypted") ++decrypted;
+        EXPECT_EQ(decrypted, 1U) << sample.name;
+    }
 }
 
 TEST_F(CheckPackages, OneBadFileStopsNoOther) {
@@ -138,6 +184,13 @@ TEST_F(CheckPackages, OneBadFileStopsNoOther) {
 }
 
 namespace {
+
+std::vector<std::string> CheckOf(const test::Sample& sample, const std::vector<std::string>& more) {
+    std::vector<std::string> arguments{"check", "--json", sample.path};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    if (sample.isEncrypted()) arguments.insert(arguments.end(), {"--password", sample.password});
+    return arguments;
+}
 
 class CheckSample : public test::CommandTest<testing::TestWithParam<test::Sample>> {};
 
@@ -179,9 +232,7 @@ TEST_P(CheckSample, EveryLossIsExplained) {
     ODF::CODFDoc document;
     if (sample.isEncrypted()) document.SetPassword(sample.password);
     ASSERT_EQ(document.Open(sample.path), 1);
-    std::vector<std::string> arguments{"check", "--json", sample.path};
-    if (sample.isEncrypted()) arguments.insert(arguments.end(), {"--password", sample.password});
-    const Result result = RunCommand(arguments);
+    const Result result = RunCommand(CheckOf(sample, {"--listed"}));
     const json found = json::parse(result.out).at("files").at(0);
     std::size_t lost = 0;
     for (const json& member : found.at("members"))
@@ -196,6 +247,17 @@ TEST_P(CheckSample, EveryLossIsExplained) {
     ExpectSame(CountsOf(found, "unknown-element"), document.GetDiagnostics().unknownElements());
     ExpectSame(CountsOf(found, "unknown-attribute"), document.GetDiagnostics().unknownAttributes());
     ExpectSame(CountsOf(found, "text-dropped"), document.GetDiagnostics().droppedText());
+}
+
+TEST_P(CheckSample, TheFullTripLosesNothing) {
+    const Result result = RunCommand(CheckOf(GetParam(), {}));
+    json members = json::parse(result.out).at("files").at(0).at("members");
+    // A package without the member gets it.
+    if (!test::ReadPackage(GetParam().path, GetParam().password).contains("mimetype"))
+        std::erase_if(members.get_ref<json::array_t&>(),
+                      [](const json& member) { return member.at("member") == "mimetype"; });
+    for (const json& member : members)
+        EXPECT_EQ(member.at("lost"), json::array()) << member;
 }
 
 INSTANTIATE_TEST_SUITE_P(Samples, CheckSample, testing::ValuesIn(test::GoodSamples()),

@@ -44,11 +44,14 @@ protected:
                           std::string_view kind = "text") const {
         const std::string path = this->file("document.odt");
         const std::string tag = "office:" + std::string(kind);
-        WriteOdf(path, kTextType,
-                 {{"content.xml", Root("office:document-content",
-                                       "<office:automatic-styles>" + std::string(styles) +
-                                           "</office:automatic-styles><office:body><" + tag + ">" +
-                                           std::string(body) + "</" + tag + "></office:body>")}});
+        const std::string type(kTextType);
+        WritePackage(path, {{"mimetype", type},
+                            {"META-INF/manifest.xml", Manifest({{"/", type}, {"content.xml"}})},
+                            {"content.xml",
+                             Root("office:document-content",
+                                  "<office:automatic-styles>" + std::string(styles) +
+                                      "</office:automatic-styles><office:body><" + tag + ">" +
+                                      std::string(body) + "</" + tag + "></office:body>")}});
         return path;
     }
 

@@ -18,6 +18,7 @@
 #include <odfmodel/core/limits.h>
 #include <odfmodel/core/object.h>
 #include <odfmodel/export.h>
+#include <odfmodel/package/file_entry.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -190,6 +191,16 @@ public:
     /// Adds a picture under a free name like `fileName`, such as "Pictures/logo.png", which is returned for
     /// `xlink:href`; empty when the document is flat, closed, or the name can't be used.
     std::string AddPicture(std::span<const unsigned char> bytes, std::string_view fileName);
+    /// @}
+
+    /// @name The file
+    /// What was opened, whatever became of it since, for tools that show or compare files: in clear, in the
+    /// order of the archive, with `mimetype`, the manifest and folders. A new or flat document has none.
+    /// @{
+    std::vector<FileEntry> FileEntries() const;
+    /// The plain bytes of a member of the file; no tree is read or written for it. When they can't be read to
+    /// their end, those that could.
+    Result ReadFileEntry(std::string_view name, std::vector<unsigned char>& bytes) const;
     /// @}
 
     /// @name Encryption

@@ -138,6 +138,29 @@ Status OdfPackage::read(std::string_view name, Bytes& bytes, Diagnostics& diagno
     });
 }
 
+std::vector<FileEntry> OdfPackage::fileEntries() const {
+    std::vector<FileEntry> found;
+    if (!state_->archive) return found;
+    const std::vector<archive::Member>& members = state_->archive->members();
+    for (std::size_t index = 0; index < members.size(); ++index) {
+        const archive::Member& member = members[index];
+        if (state_->archive->find(member.name) == static_cast<std::int64_t>(index)) // the last of its name
+            found.push_back({member.name, member.plainSize(), member.isFolder});
+    }
+    return found;
+}
+
+Status OdfPackage::readFileEntry(std::string_view name, Bytes& bytes, Diagnostics& diagnostics) const {
+    bytes.clear();
+    return package::WithNotes(diagnostics, [&](const archive::NoteSink& notes) {
+        Entry entry;
+        entry.index = state_->archive ? state_->archive->find(name) : -1;
+        if (entry.index >= 0) return state_->readEntry(entry, state_->limits.memberBytes, bytes, notes);
+        notes.add(NoteCode::MemberMissing, Severity::Error, name, "there is no such member");
+        return Status::NotReadable;
+    });
+}
+
 std::string OdfPackage::mediaTypeOf(std::string_view name) const {
     const std::string* const mediaType = state_->manifest.find(name, "media-type");
     return mediaType ? *mediaType : std::string();

@@ -3,6 +3,7 @@
 #include <odfmodel/core/diagnostics.h>
 #include <odfmodel/core/limits.h>
 #include <odfmodel/export.h>
+#include <odfmodel/package/file_entry.h>
 
 #include <cstdint>
 #include <functional>
@@ -56,6 +57,11 @@ public:
     /// The plain bytes. When the status isn't `Ok`, `bytes` has what could be decoded: `NotReadable` for a
     /// member that is missing or damaged, `WrongPassword`, `UnsupportedEncryption` or `LimitExceeded`.
     [[nodiscard]] Status read(std::string_view name, Bytes& bytes, Diagnostics& diagnostics) const;
+
+    /// What the opened archive has, with `mimetype`, the manifest and folders, whatever was changed since.
+    std::vector<FileEntry> fileEntries() const;
+    /// As `read`, from the opened archive.
+    [[nodiscard]] Status readFileEntry(std::string_view name, Bytes& bytes, Diagnostics& diagnostics) const;
 
     /// The media type in the manifest's row; folders have rows too, with a `/` at the end of their name.
     std::string mediaTypeOf(std::string_view name) const;

@@ -59,6 +59,8 @@ void TreeBuilder::startElement(const char* name, const char** attributes) {
         hasMatchedRoot_ = expected && *expected ? element.canonical16 == expected
                                                 : !table || element.canonical == table->elementName;
         if (table) level.names = &namesOf(*table);
+        if (keepsAll_ && ObjectAccess::isForeign(root_))
+            hasMatchedRoot_ = element.kept(name, true).means(ObjectAccess::name(root_));
         if (keepsAll_ && !hasMatchedRoot_) {
             parser_->stop("unexpected root element " + rootName_);
             return;
