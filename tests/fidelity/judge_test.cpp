@@ -88,7 +88,7 @@ TEST(Judge, NoticesEachLoss) {
          R"(<x xmlns:of="urn:1"><y xmlns:of="urn:2" f="of:=A1"/></x>)"},
         {"two prefixes that mean two things", R"(<x xmlns:a="urn:1" f="a:b"/>)",
          R"(<x xmlns:c="urn:2" f="c:b"/>)"},
-        {"a value behind its prefix", R"(<x xmlns:of="urn:of" f="of:=A1"/>)",
+        {"a value after its prefix", R"(<x xmlns:of="urn:of" f="of:=A1"/>)",
          R"(<x xmlns:of="urn:of" f="of:=A2"/>)"},
         {"a document that is cut off", "<x><y/></x>", "<x><y/>"},
         {"all", "<x/>", ""},

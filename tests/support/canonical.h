@@ -20,7 +20,7 @@ namespace test {
 /// Nothing is ever loaded.
 ///
 /// After a difference in a value or a text the search goes on; after another child than expected it goes on
-/// behind the parent.
+/// after the parent.
 std::vector<std::string> CanonicalDifferences(std::string_view before, std::string_view after,
                                               std::size_t most = 10);
 /// The first of them; empty for equal documents.
