@@ -42,8 +42,15 @@ TEST_P(DocumentTrip, KeepsEverything) {
     // Embedded objects too go through their trees.
     for (const std::string& object : document.Objects())
         document.Root(object + "/content.xml");
-    EXPECT_EQ(test::PackageDifferences(GetParam().path, save(), GetParam().password),
-              std::vector<std::string>());
+    std::vector<std::string> differences =
+        test::PackageDifferences(GetParam().path, save(), GetParam().password);
+    // A manifest that can't be read to its end gets rows for what lies after the fault, and of two members of
+    // one name the last one alone is kept.
+    if (GetParam().isDamaged())
+        std::erase_if(differences, [](const std::string& one) {
+            return one.ends_with("added, but no member") || one == "the members are in another order";
+        });
+    EXPECT_EQ(differences, std::vector<std::string>());
 }
 
 TEST_P(DocumentTrip, ChangesOneMemberWhenOneIsChanged) {
@@ -51,9 +58,12 @@ TEST_P(DocumentTrip, ChangesOneMemberWhenOneIsChanged) {
     COfficeDocumentMeta* const meta = document.Meta();
     if (!meta) GTEST_SKIP() << "has no metadata";
     meta->SetOfficeVersion(CTulStringW("9.9"));
-    const std::vector<std::string> differences =
+    if (GetParam().isDamaged()) GTEST_SKIP() << "more than that is put right";
+    std::vector<std::string> differences =
         test::PackageDifferences(GetParam().path, save(), GetParam().password);
-    ASSERT_EQ(differences.size(), 1U) << differences.front();
+    std::erase_if(differences,
+                  [](const std::string& one) { return one.find("signatures.xml") != std::string::npos; });
+    ASSERT_EQ(differences.size(), 1U);
     EXPECT_NE(differences.front().find("meta.xml"), std::string::npos) << differences.front();
     EXPECT_NE(differences.front().find("9.9"), std::string::npos) << differences.front();
 }
