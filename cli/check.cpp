@@ -25,8 +25,8 @@ void AddCheck(CLI::App& app, ExitCode& exitCode) {
     check->callback([options, &exitCode] {
         std::vector<CheckResult> results;
         exitCode = options->forEach([&](const std::string& path) {
-            const CheckResult result = CheckPackage(path, options->isListed ? Trip::Listed : Trip::Full,
-                                                     options->passwords);
+            const CheckResult result =
+                CheckPackage(path, options->isListed ? Trip::Listed : Trip::Full, options->passwords);
             if (options->isJson)
                 results.push_back(result);
             else

@@ -45,9 +45,9 @@ std::string NameOf(const CSDObject& object) {
 /// The text that an object has itself; that of runs is theirs.
 std::string OwnText(const CSDObject& object) {
     const std::vector<CSDObject*>* const children = object.GetObjectList();
-    const bool hasRuns = children && std::any_of(children->begin(), children->end(), [](const CSDObject* child) {
-                             return child && ODF::IsTextRun(*child);
-                         });
+    const bool hasRuns =
+        children && std::any_of(children->begin(), children->end(),
+                                [](const CSDObject* child) { return child && ODF::IsTextRun(*child); });
     if (hasRuns) return {};
     if (const auto* const date = dynamic_cast<const CSDDateTimeValueObject*>(&object))
         return date->GetRawText().utf8();

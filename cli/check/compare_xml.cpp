@@ -245,9 +245,9 @@ private:
             if (same != others.end())
                 from = same + 1;
             else
-                findings_.add(
-                    kind, markup.kind == XmlEvent::Kind::Comment ? "comment" : "processing instruction",
-                    Example(markup.text));
+                findings_.add(kind,
+                              markup.kind == XmlEvent::Kind::Comment ? "comment" : "processing instruction",
+                              Example(markup.text));
         }
     }
 

@@ -8,14 +8,13 @@ namespace {
 
 // In the order of the kinds.
 constexpr std::array<std::string_view, 32> kKeys{
-    "member-lost",       "member-added",      "member-changed",   "member-damaged",
-    "entry-lost",        "entry-added",       "entry-changed",    "media-type-changed",
-    "decrypted",         "xml-fault",         "entity-lost",      "unknown-element",
-    "unknown-attribute", "element-lost",      "element-added",    "attribute-lost",
-    "attribute-added",   "enumeration-value", "number-value",     "number-spelling",
-    "boolean-value",     "boolean-spelling",  "text-value",       "date-value",
-    "date-spelling",     "prefix-lost",       "text-dropped",     "text-changed",
-    "text-moved",        "markup-lost",       "markup-added",     "doctype-dropped",
+    "member-lost",    "member-added",     "member-changed",     "member-damaged", "entry-lost",
+    "entry-added",    "entry-changed",    "media-type-changed", "decrypted",      "xml-fault",
+    "entity-lost",    "unknown-element",  "unknown-attribute",  "element-lost",   "element-added",
+    "attribute-lost", "attribute-added",  "enumeration-value",  "number-value",   "number-spelling",
+    "boolean-value",  "boolean-spelling", "text-value",         "date-value",     "date-spelling",
+    "prefix-lost",    "text-dropped",     "text-changed",       "text-moved",     "markup-lost",
+    "markup-added",   "doctype-dropped",
 };
 static_assert(kKeys.size() == static_cast<std::size_t>(FindingKind::DoctypeDropped) + 1);
 

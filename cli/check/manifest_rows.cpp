@@ -25,7 +25,7 @@ ManifestRows ReadManifestRows(std::string_view xml, std::string& fault) {
             row.emplace(LocalPart(*attribute.name), attribute.value);
         row.erase("size");
         const auto path = row.find("full-path");
-        rows[path == row.end() ? std::string() : path->second].push_back(row);
+        rows[path == row.end() ? std::string(kWholeManifest) : path->second].push_back(row);
     }
     fault = events.fault();
     return rows;

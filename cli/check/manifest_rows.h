@@ -9,7 +9,9 @@ namespace command {
 
 /// Attributes of one row of a manifest, by their name without prefix.
 using ManifestRow = std::map<std::string, std::string>;
-/// Rows by the path of what they are about, in their order; the attributes of the root are at the empty path.
+inline constexpr const char* kWholeManifest = "(manifest)";
+/// Rows by the path of what they are about, in their order; those of the manifest as a whole are at
+/// `kWholeManifest`.
 using ManifestRows = std::map<std::string, std::vector<ManifestRow>>;
 
 /// Reads a manifest without the library's own reader. Left out is what follows the member: its size and how

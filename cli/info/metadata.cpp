@@ -85,7 +85,8 @@ void PrintMetadata(const CSDObject* root) {
     AttributeReader attributes;
     PrintHeading("metadata");
     for (const FieldRow& row : kFields)
-        if (const CSDObject* const field = meta->GetObjectByID(row.id)) PrintField(row.label, ValueOf(*field));
+        if (const CSDObject* const field = meta->GetObjectByID(row.id))
+            PrintField(row.label, ValueOf(*field));
     PrintField("keywords", KeywordsOf(*meta));
     PrintUserDefined(*meta, attributes);
     PrintStatistics(*meta, attributes);

@@ -60,7 +60,8 @@ std::string WriteReason(const std::string& path, ODF::Status status, const Notes
     const std::filesystem::path folder = std::filesystem::absolute(path, error).parent_path();
     if (std::filesystem::is_directory(path, error)) return With(status, "it is a directory");
     if (!std::filesystem::exists(folder, error)) return With(status, "there is no such directory");
-    const bool isSpecial = std::filesystem::exists(path, error) && !std::filesystem::is_regular_file(path, error);
+    const bool isSpecial =
+        std::filesystem::exists(path, error) && !std::filesystem::is_regular_file(path, error);
     if (!isSpecial && access(folder.c_str(), W_OK) != 0)
         return With(status, "no permission for the directory");
     return Reason(status, notes);

@@ -44,8 +44,7 @@ const CheckCase kCases[] = {
      "text:expression@office:value"},
     {"Boolean", "<text:list text:continue-numbering=\"true\"/>", "boolean-spelling",
      "text:list@text:continue-numbering"},
-    {"AddedAttribute", "<text:p><text:change/></text:p>", "attribute-added",
-     "text:change@text:change-id"},
+    {"AddedAttribute", "<text:p><text:change/></text:p>", "attribute-added", "text:change@text:change-id"},
     {"NoBoolean", "<text:list text:continue-numbering=\"yes\"/>", "boolean-value",
      "text:list@text:continue-numbering"},
     {"NumberSpelling", "<text:p><text:s text:c=\"03\"/></text:p>", "number-spelling", "text:s@text:c"},
@@ -127,8 +126,9 @@ TEST_F(CheckPackages, TellsWhatBecomesOfMembersAndTheirEntries) {
 
 TEST_F(CheckPackages, WhatIsAddedCounts) {
     const std::string path = file("document.odt");
-    test::WritePackage(path, {{"META-INF/manifest.xml", test::Manifest({{"/", std::string(test::kTextType)}})},
-                              {"content.xml", test::TextContent("<text:p/>")}});
+    test::WritePackage(path,
+                       {{"META-INF/manifest.xml", test::Manifest({{"/", std::string(test::kTextType)}})},
+                        {"content.xml", test::TextContent("<text:p/>")}});
     const json found = Checked({path}, 1).at("files").at(0);
     EXPECT_EQ(FindingsOf(found, "mimetype").first.at(0).at("kind"), "member-added");
     EXPECT_EQ(found.at("members").size(), 1U) << found;
@@ -138,10 +138,10 @@ TEST_F(CheckPackages, WhatTheFullTripCantKeepIsTold) {
     const std::string content = test::TextContent("<text:p>a&outside;b</text:p>");
     const std::size_t root = content.find("<office:");
     const std::string path = file("document.odt");
-    test::WriteOdf(path, test::kTextType,
-                   {{"content.xml", content.substr(0, root) +
-                                        "<!DOCTYPE x [<!ENTITY outside SYSTEM \"other.txt\">]>" +
-                                        content.substr(root)}});
+    test::WriteOdf(
+        path, test::kTextType,
+        {{"content.xml", content.substr(0, root) + "<!DOCTYPE x [<!ENTITY outside SYSTEM \"other.txt\">]>" +
+                             content.substr(root)}});
     const auto [lost, harmless] = FindingsOf(Checked({path}, 1).at("files").at(0), "content.xml");
     ASSERT_EQ(lost.size(), 1U) << lost;
     EXPECT_EQ(lost.at(0).at("kind"), "entity-lost");

@@ -47,11 +47,10 @@ protected:
         const std::string type(kTextType);
         WritePackage(path, {{"mimetype", type},
                             {"META-INF/manifest.xml", Manifest({{"/", type}, {"content.xml"}})},
-                            {"content.xml",
-                             Root("office:document-content",
-                                  "<office:automatic-styles>" + std::string(styles) +
-                                      "</office:automatic-styles><office:body><" + tag + ">" +
-                                      std::string(body) + "</" + tag + "></office:body>")}});
+                            {"content.xml", Root("office:document-content",
+                                                 "<office:automatic-styles>" + std::string(styles) +
+                                                     "</office:automatic-styles><office:body><" + tag + ">" +
+                                                     std::string(body) + "</" + tag + "></office:body>")}});
         return path;
     }
 

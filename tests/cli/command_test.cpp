@@ -151,7 +151,8 @@ TEST_F(Command, WritesInClearOnlyWhenTold) {
     EXPECT_EQ(RunCommand({"text", file("out.odt"), "--password", password}).out, text);
     EXPECT_EQ(trip({"--listed"}), 2);
     EXPECT_FALSE(std::filesystem::exists(file("out.odt")));
-    for (const std::vector<std::string>& options : {std::vector<std::string>{"--decrypt"}, std::vector<std::string>{"--decrypt", "--listed"}}) {
+    for (const std::vector<std::string>& options :
+         {std::vector<std::string>{"--decrypt"}, std::vector<std::string>{"--decrypt", "--listed"}}) {
         EXPECT_EQ(trip(options), 0);
         EXPECT_EQ(RunCommand({"text", file("out.odt")}).out, text);
         EXPECT_NE(RunCommand({"info", file("out.odt")}).out.find("encrypted:         no"), std::string::npos);
@@ -197,11 +198,13 @@ struct FileCase {
 };
 
 const FileCase kFiles[] = {
-    {"a.ott", "text-template", "text document template", "<office:text><text:p>t</text:p></office:text>", "t\n"},
+    {"a.ott", "text-template", "text document template", "<office:text><text:p>t</text:p></office:text>",
+     "t\n"},
     {"a.odm", "text-master", "master document", "<office:text><text:p>m</text:p></office:text>", "m\n"},
     {"a.odc", "chart", "chart", "<office:chart><text:p>c</text:p></office:chart>", "c\n"},
     {"a.odi", "image", "image",
-     "<office:image><draw:frame><draw:text-box><text:p>i</text:p></draw:text-box></draw:frame></office:image>",
+     "<office:image><draw:frame><draw:text-box><text:p>i</text:p></draw:text-box></draw:frame></"
+     "office:image>",
      "i\n"},
     {"misnamed.ods", "text", "text document", "<office:text><text:p>n</text:p></office:text>", "n\n"},
     {"nameless", "text", "text document", "<office:text><text:p>o</text:p></office:text>", "o\n"},
@@ -227,17 +230,17 @@ TEST_F(Command, TakesPackagesOfAllKinds) {
         const std::string content =
             Root("office:document-content", "<office:body>" + std::string(row.body) + "</office:body>");
         const std::string manifest = test::Manifest({{"/", mediaType}, {"content.xml"}});
-        test::WritePackage(file(row.name), {{"mimetype", mediaType},
-                                            {"META-INF/manifest.xml", manifest},
-                                            {"content.xml", content}});
+        test::WritePackage(
+            file(row.name),
+            {{"mimetype", mediaType}, {"META-INF/manifest.xml", manifest}, {"content.xml", content}});
         ExpectTaken(file(row.name), row.kind, row.text, file("copy"));
         // The same with the manifest's older namespace.
         constexpr std::string_view kNamespace = "urn:oasis:names:tc:opendocument:xmlns:manifest:1.0";
         std::string older = manifest;
         older.replace(older.find(kNamespace), kNamespace.size(), "http://openoffice.org/2001/manifest");
-        test::WritePackage(file("older"), {{"mimetype", mediaType},
-                                           {"META-INF/manifest.xml", older},
-                                           {"content.xml", content}});
+        test::WritePackage(
+            file("older"),
+            {{"mimetype", mediaType}, {"META-INF/manifest.xml", older}, {"content.xml", content}});
         ExpectTaken(file("older"), row.kind, row.text, file("copy"));
     }
 }
@@ -245,10 +248,12 @@ TEST_F(Command, TakesPackagesOfAllKinds) {
 TEST_F(Command, TakesFlatDocuments) {
     std::string xml = Root(
         "office:document",
-        "<office:meta><dc:title>Flat</dc:title></office:meta><office:styles><text:list-style style:name=\"L\">"
+        "<office:meta><dc:title>Flat</dc:title></office:meta><office:styles><text:list-style "
+        "style:name=\"L\">"
         "<text:list-level-style-number text:level=\"1\" style:num-format=\"1\" style:num-suffix=\".\"/>"
         "</text:list-style></office:styles><office:master-styles><style:master-page><style:header>"
-        "<text:p>no</text:p></style:header></style:master-page></office:master-styles><office:body><office:text>"
+        "<text:p>no</text:p></style:header></style:master-page></"
+        "office:master-styles><office:body><office:text>"
         "<text:list text:style-name=\"L\"><text:list-item><text:p>one</text:p></text:list-item></text:list>"
         "<text:p>two<draw:frame><draw:object><office:document><office:body><office:text><text:p>no</text:p>"
         "</office:text></office:body></office:document></draw:object></draw:frame></text:p>"
@@ -353,8 +358,8 @@ TEST_F(Command, ShowsTheTree) {
               "      CTextList text:list text:continue-numbering=\"true\"\n"
               "      CTextP text:p\n"
               "        CTextS text:s text:c=\"03\"\n");
-    EXPECT_EQ(RunCommand({"tree", unlisted, "--part", "META-INF/manifest.xml"}).out.rfind(
-                  "CForeignElement manifest:manifest", 0),
+    EXPECT_EQ(RunCommand({"tree", unlisted, "--part", "META-INF/manifest.xml"})
+                  .out.rfind("CForeignElement manifest:manifest", 0),
               0U);
     EXPECT_EQ(RunCommand({"tree", path, "--depth", "0"}).out,
               "COfficeDocumentContent office:document-content\n");
