@@ -11,6 +11,7 @@
 
 #include <chrono>
 #include <cstring>
+#include <ctime>
 
 namespace {
 
@@ -428,10 +429,63 @@ TEST(ReadEntities, ABombIsBounded) {
         EXPECT_FALSE(reader.parse(type + Declared(body), *root));
         EXPECT_LT(ODF::ToXml(*root).size(), 64U << 20);
         ASSERT_EQ(reader.diagnostics.notes().size(), 1U);
+        EXPECT_EQ(reader.note().code, NoteCode::SizeLimit) << reader.note().text;
     }
     Reader recursive;
     EXPECT_FALSE(recursive.parse("<!DOCTYPE a [<!ENTITY e \"&e;\">]>" + Declared("<text:p>&e;</text:p>"),
                                  *Make("text:p")));
+}
+
+TEST(ReadEntities, WhatADocumentGrowsByDoesNotDependOnItsBlanks) {
+    ODF::Limits limits;
+    limits.entityFreeBytes = 1'000'000;
+    std::string stops;
+    for (int i = 0; i < 1000; ++i)
+        stops += "<text:s/>";
+    std::string many;
+    for (int i = 0; i < 1000; ++i)
+        many += "&a;";
+    const std::string type = "<!DOCTYPE p [<!ENTITY a \"" + stops + "\">]>";
+    const std::string blanks(1'000'000, ' ');
+    Reader reader(limits);
+    const auto root = Make("text:p");
+    EXPECT_FALSE(reader.parse(type + blanks + Declared("<text:p>" + many + "</text:p>"), *root));
+    EXPECT_EQ(reader.note().code, NoteCode::SizeLimit) << reader.note().text;
+    EXPECT_LT(ChildrenOf(*root).size(), 400'000U);
+    Reader modest(limits);
+    EXPECT_TRUE(modest.parse(type + Declared("<text:p>&a;&a;</text:p>"), *Make("text:p")));
+}
+
+// A tag or comment that comes in many pieces may not be read anew with each of them.
+TEST(ReadTime, OfLongTokensIsLinear) {
+    const std::string filling(4'000'000, 'x');
+    const test::TemporaryFolder folder;
+    const std::string start = "<t:p xmlns:t=\"" + std::string(kText) + '"';
+    const std::string documents[] = {
+        "<!--" + filling + "-->" + start + "/>", start + " t:id=\"" + filling + "\"/>",
+        "<?pi " + filling + "?>" + start + "/>", start + "><![CDATA[" + filling + "]]></t:p>",
+        "<!DOCTYPE p [<!ENTITY e \"" + filling + "\">]>" + start + "/>"};
+    for (const std::string& xml : documents) {
+        test::WriteFile(folder / "a.xml", xml);
+        const std::clock_t before = std::clock();
+        Reader chunks;
+        chunks.reader->BeginChunks();
+        for (std::size_t at = 0; at < xml.size(); at += 1024)
+            ASSERT_TRUE(chunks.reader->ParseChunk(
+                xml.data() + at, static_cast<int>(std::min<std::size_t>(xml.size() - at, 1024)), 0));
+        chunks.reader->EndChunks();
+        EXPECT_TRUE(chunks.diagnostics.notes().empty());
+        Reader file;
+        EXPECT_TRUE(file.reader->ParseFile(folder / "a.xml", Make("text:p").get()));
+        EXPECT_LT(std::clock() - before, 5 * CLOCKS_PER_SEC / 2) << xml.substr(0, 12);
+    }
+    // And one that is longer than any value may be isn't waited for.
+    ODF::Limits limits;
+    limits.textBytes = 1'000'000;
+    Reader bounded(limits);
+    test::WriteFile(folder / "a.xml", "<text:p text:id=\"" + std::string(50'000'000, 'x'));
+    EXPECT_FALSE(bounded.reader->ParseFile(folder / "a.xml", Make("text:p").get()));
+    EXPECT_EQ(bounded.note().code, NoteCode::SizeLimit);
 }
 
 TEST(ReadNamespaces, ManyDeclarationsCostNoMoreThanTheyWeigh) {

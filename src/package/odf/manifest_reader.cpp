@@ -22,7 +22,8 @@ public:
         while (open_.size() > 1)
             close();
         if (!open_.empty()) root = std::move(open_.front());
-        if (isTooLarge_) return Manifest::ReadResult::TooLarge;
+        if (parser_.whyStopped() == xml::Stop::Size || parser_.whyStopped() == xml::Stop::Expansion)
+            return Manifest::ReadResult::TooLarge;
         return isRead ? Manifest::ReadResult::Ok : Manifest::ReadResult::Damaged;
     }
 
@@ -32,9 +33,9 @@ private:
         std::size_t nodes = 1;
         for (; *attributes; attributes += 2, ++nodes)
             if (nodes <= nodesLeft_) element.attributes.emplace_back(attributes[0], attributes[1]);
-        isTooLarge_ = nodes > nodesLeft_;
-        if (isTooLarge_ || open_.size() == kDeepest) {
-            parser_.stop("more than a manifest may hold");
+        if (nodes > nodesLeft_ || open_.size() == kDeepest) {
+            parser_.stop(nodes > nodesLeft_ ? xml::Stop::Size : xml::Stop::Depth,
+                         "more than a manifest may hold");
             return;
         }
         nodesLeft_ -= nodes;
@@ -56,7 +57,6 @@ private:
     xml::ExpatParser parser_;
     std::size_t nodesLeft_;
     std::vector<ManifestElement> open_;
-    bool isTooLarge_ = false;
 };
 
 Manifest::ReadResult Manifest::read(std::span<const unsigned char> bytes, const Limits& limits,

@@ -17,7 +17,7 @@ public:
         NameTable names;
         names.enterScope(attributes);
         name_ = names.element(name).canonical;
-        parser_->stop("the root element is known");
+        parser_->stop(Stop::Request, "the root element is known");
     }
     void endElement(const char*) override {}
     void characterData(std::string_view) override {}
@@ -33,8 +33,7 @@ std::string RootElementOf(std::span<const unsigned char> document, const Limits&
     FirstElement first;
     ExpatParser parser(first, limits, false);
     first.setParser(parser);
-    // It is nearly always in the first few bytes. Pieces that grow keep a long head from being read anew with
-    // each of them.
+    // It is nearly always in the first few bytes.
     for (std::size_t piece = 4096; !document.empty() && !parser.isStopped(); piece *= 2) {
         const auto next = document.first(std::min(piece, document.size()));
         document = document.subspan(next.size());

@@ -30,6 +30,18 @@ struct HandlerParse {
     }
 };
 
+NoteCode CodeOf(Stop stop) noexcept {
+    switch (stop) {
+    case Stop::Depth:
+        return NoteCode::DepthLimit;
+    case Stop::Size:
+    case Stop::Expansion:
+        return NoteCode::SizeLimit;
+    default:
+        return NoteCode::XmlNotWellFormed;
+    }
+}
+
 /// Serves a parse without a handler, which only tells whether the document is well formed.
 struct IdleHandler final : CSDDefaultHandler {};
 
@@ -109,21 +121,14 @@ private:
     bool feedFile(const unsigned short* path, ExpatParser& parser) {
         constexpr std::size_t kPiece = 1U << 16;
         platform::InputFile file;
-        if (!path || !file.open(platform::Path(path))) {
-            note("the file can not be read", 0, 0);
-            return false;
-        }
+        if (!path || !file.open(platform::Path(path)))
+            return note(NoteCode::MemberUnreadable, "the file can not be read");
         for (std::uint64_t offset = 0;;) {
             const std::ptrdiff_t count = file.readAt(offset, parser.buffer(kPiece), kPiece);
-            if (count < 0) {
-                note("the file can not be read to its end", 0, 0);
-                return false;
-            }
+            if (count < 0) return note(NoteCode::MemberUnreadable, "the file can not be read to its end");
             offset += static_cast<std::uint64_t>(count);
-            if (offset > limits_.partBytes) {
-                note("the part is too large", parser.line(), parser.column());
-                return false;
-            }
+            if (offset > limits_.partBytes)
+                return note(NoteCode::SizeLimit, "the part is too large", &parser);
             const bool isLast = static_cast<std::size_t>(count) < kPiece;
             if (!parser.parseBuffer(static_cast<std::size_t>(count), isLast)) return fail(parser);
             if (isLast) return true;
@@ -140,19 +145,14 @@ private:
 
     /// Notes why the parse has ended; always false.
     bool fail(const ExpatParser& parser) {
-        note(parser.error(), parser.line(), parser.column());
-        return false;
+        return note(CodeOf(parser.whyStopped()), parser.error(), &parser);
     }
-    void note(std::string_view text, unsigned long line, unsigned long column) {
-        if (!diagnostics_) return;
-        NoteCode code = NoteCode::XmlNotWellFormed;
-        if (line == 0)
-            code = NoteCode::MemberUnreadable;
-        else if (text.ends_with("too deep"))
-            code = NoteCode::DepthLimit;
-        else if (text.ends_with("too long") || text.ends_with("too large") || text.starts_with("too many"))
-            code = NoteCode::SizeLimit;
-        diagnostics_->add(code, Severity::Error, member_, text, line, column);
+    /// Always false, so that a failed step can return it.
+    bool note(NoteCode code, std::string_view text, const ExpatParser* parser = nullptr) {
+        if (diagnostics_)
+            diagnostics_->add(code, Severity::Error, member_, text, parser ? parser->line() : 0,
+                              parser ? parser->column() : 0);
+        return false;
     }
 
     IdleHandler idle_;
