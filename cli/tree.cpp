@@ -44,6 +44,8 @@ std::string NameOf(const CSDObject& object) {
 
 /// The text that an object has itself; that of runs is theirs.
 std::string OwnText(const CSDObject& object) {
+    if (object.GetID() == ODF::kCommentId || object.GetID() == ODF::kProcessingInstructionId)
+        return static_cast<const CSDStringValueObject&>(object).Getval().utf8();
     const std::vector<CSDObject*>* const children = object.GetObjectList();
     const bool hasRuns =
         children && std::any_of(children->begin(), children->end(),

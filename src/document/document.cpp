@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <new>
 #include <set>
+#include <unordered_map>
 
 namespace ODF {
 namespace {
@@ -71,6 +72,8 @@ void CDocument::Clear() noexcept {
     }
     partMap_.clear();
     unreadParts_.clear();
+    faults_.clear();
+    isComplete_ = isDamaged_ = false;
     mainPart_ = nullptr;
     rootPart_ = nullptr;
     package_.reset();
@@ -78,8 +81,8 @@ void CDocument::Clear() noexcept {
 }
 
 void CDocument::RemoveOwnFolder() noexcept {
-    if (!ownFolder_.IsEmpty()) platform::RemoveTree(platform::Path(ownFolder_));
-    ownFolder_.Clear();
+    if (!ownFolder_.empty()) platform::RemoveTree(platform::Path(std::move(ownFolder_)));
+    ownFolder_.clear();
 }
 
 void CDocument::SetPassword(const unsigned short* password) {
@@ -116,6 +119,17 @@ int CDocument::Open(const unsigned short* path) {
     Clear();
     diagnostics_.clear();
     docType_ = sd::SDDocType::DocTypeUnknown;
+    try {
+        return Read(path);
+    } catch (const std::bad_alloc&) {
+        Clear();
+        WipePassword();
+        diagnostics_.setStatus(Status::OutOfMemory);
+        return 0;
+    }
+}
+
+int CDocument::Read(const unsigned short* path) {
     if (!path || !platform::IsReadable(platform::Path(path)) || !platform::IsFile(platform::Path(path))) {
         diagnostics_.setStatus(Status::NotReadable);
         return 0;
@@ -135,7 +149,11 @@ int CDocument::Open(const unsigned short* path) {
         return 0;
     }
     const int result = _PartReadSax();
-    diagnostics_.setStatus(Status::Ok);
+    for (const Note& note : diagnostics_.notes())
+        if (note.severity == Severity::Error) faults_.push_back(note);
+    isDamaged_ = isDamaged_ || !faults_.empty();
+    isComplete_ = true;
+    diagnostics_.setStatus(isDamaged_ ? Status::Damaged : Status::Ok);
     return result;
 }
 
@@ -173,7 +191,7 @@ int CDocument::_PartReadSax() {
     for (const auto& [ipart, part] : partMap_) {
         if (part->GetPartType() != PartTypeXml) continue;
         reader->SetDiagnostics(&diagnostics_, MemberName(part->GetPackagePath()));
-        reader->ParseFile(part->GetLocalPath(), part->GetRootClass());
+        if (!reader->ParseFile(part->GetLocalPath(), part->GetRootClass())) isDamaged_ = true;
         // A file of another kind under a main name, or one that isn't XML at all, leaves an empty tree. Its
         // bytes are kept for the save, unless the caller fills the tree.
         if (!reader->HasMatchedRoot()) unreadParts_.push_back(part);
@@ -183,7 +201,7 @@ int CDocument::_PartReadSax() {
 
 int CDocument::Save(const unsigned short* path) {
     diagnostics_.clear();
-    if (!mainPart_) {
+    if (!mainPart_ || !isComplete_) {
         // Never opened, or only half: what was read of a package must not take a whole one's place.
         diagnostics_.setStatus(Status::NothingToSave);
         return 0;
@@ -198,25 +216,28 @@ int CDocument::Save(const unsigned short* path) {
         return 0;
     }
     try {
-        if (!_SetPackageRoot(path, nullptr)) {
-            diagnostics_.setStatus(Status::NoTemporaryFolder);
-            return 0;
-        }
-        const bool written = _WritePart() != 0;
-        if (!written) {
-            // An incomplete set of files must not replace the caller's package.
-            diagnostics_.setStatus(Status::CouldNotWrite);
-            package_.reset();
-            RemoveOwnFolder();
-            return 1;
-        }
-        const int result = _MakePackagePart(path);
-        diagnostics_.setStatus(Status::Ok);
-        return result;
+        return Write(path);
     } catch (const std::bad_alloc&) {
         diagnostics_.setStatus(Status::OutOfMemory);
         return 0;
     }
+}
+
+int CDocument::Write(const unsigned short* path) {
+    for (const Note& fault : faults_)
+        diagnostics_.add(fault);
+    if (!_SetPackageRoot(path, nullptr)) {
+        diagnostics_.setStatus(Status::NoTemporaryFolder);
+        return 0;
+    }
+    if (!_WritePart()) {
+        // An incomplete set of files must not replace the caller's package.
+        diagnostics_.setStatus(Status::CouldNotWrite);
+        return 1;
+    }
+    const int result = _MakePackagePart(path);
+    diagnostics_.setStatus(isDamaged_ ? Status::Damaged : Status::Ok);
+    return result;
 }
 
 int CDocument::_SetPackageRoot(const unsigned short* path, const unsigned short* localPath) {
@@ -224,9 +245,11 @@ int CDocument::_SetPackageRoot(const unsigned short* path, const unsigned short*
     if (!path || *path == 0) return 0;
     CTulStringW folder(localPath);
     if (!localPath) {
-        folder = platform::CreateTemporaryFolder(platform::Path(path).stem()).text();
-        if (folder.IsEmpty()) return 0;
-        ownFolder_ = folder;
+        platform::Path made = platform::CreateTemporaryFolder(platform::Path(path).stem());
+        if (made.empty()) return 0;
+        ownFolder_ = std::move(made).utf8();
+        folder = CTulStringW(ownFolder_);
+        if (folder.IsEmpty()) throw std::bad_alloc();
     }
     rootPart_->SetLocalPath(folder);
     rootPart_->SetPackageRoot(rootPart_->GetLocalPath());
@@ -243,54 +266,110 @@ int CDocument::_WritePart() {
 int CDocument::_WriteTraversePart(ISDPart* ipart) {
     auto* const part = static_cast<CODFPart*>(ipart);
     if (!part) return 0;
-    if (part->GetPartType() != PartTypeXml || !part->GetRootClass()) return 1;
-    const bool isUnread = std::find(unreadParts_.begin(), unreadParts_.end(), part) != unreadParts_.end();
-    if (isUnread && !part->GetRootClass()->HasChildList()) return 1;
     const std::string member = MemberName(part->GetPackagePath());
     if (LeavesPackage(member)) {
         diagnostics_.add(NoteCode::WriteFailed, Severity::Error, member, "the path leads out of the package");
         return 0;
     }
+    if (part->GetPartType() != PartTypeXml || !part->GetRootClass()) return 1;
+    const bool isUnread = std::find(unreadParts_.begin(), unreadParts_.end(), part) != unreadParts_.end();
+    if (isUnread && !part->GetRootClass()->HasChildList()) return 1;
     part->SetLocalPath((platform::Path(rootPart_->GetLocalPath()) / platform::Path(member)).text());
     return _WritePartContent(part->GetLocalPath(), part);
 }
 
 int CDocument::_WritePartContent(const unsigned short* path, ISDPart* part) {
     const std::unique_ptr<CSDSerializer, SerializerRelease> serializer(CreateSerialize());
-    if (!serializer) return 1;
+    if (!serializer) throw std::bad_alloc();
     serializer->SetDiagnostics(&diagnostics_);
     serializer->SetFidelity(fidelity_);
     return serializer->SerializeToFile(path, part->GetRootClass()) ? 1 : 0;
 }
+
+namespace {
+
+/// The records that a save gives to its package. One that fails takes them back, so that the next finds the
+/// document and its package as they were.
+class SaveRecords {
+public:
+    using Records = std::vector<std::pair<SDPackage::IPart*, CODFPart*>>;
+
+    SaveRecords(SDPackage::IPackage& package, Records& records) : package_(package), records_(records) {
+        for (const auto& [record, part] : records)
+            parts_.emplace(record, part);
+        before_.swap(records_);
+    }
+    SaveRecords(const SaveRecords&) = delete;
+    SaveRecords& operator=(const SaveRecords&) = delete;
+    ~SaveRecords() {
+        if (isDone_) return;
+        package_.GetWriteList()->clear();
+        for (SDPackage::IPart* const record : made_)
+            delete record; // which takes itself out of the package
+        records_.swap(before_);
+    }
+
+    /// A new record, for which the package shall be asked next.
+    SDPackage::IPart* make() {
+        made_.reserve(made_.size() + 1);
+        return made_.emplace_back(package_.CreatePart());
+    }
+    /// Enters a record for `part`. False when the package has another part in that place.
+    bool enter(SDPackage::IPart* record, CODFPart* part) {
+        package_.AddPart(record);
+        package_.GetRootPart()->AddPart(record);
+        records_.emplace_back(record, part);
+        parts_.emplace(record, part);
+        const auto holder = parts_.find(package_.GetPart(record->GetPackagePath()));
+        return holder == parts_.end() || holder->second == part;
+    }
+    void keep() noexcept { isDone_ = true; }
+
+private:
+    SDPackage::IPackage& package_;
+    Records& records_;
+    Records before_;
+    std::vector<SDPackage::IPart*> made_;
+    std::unordered_map<const SDPackage::IPart*, const CODFPart*> parts_; ///< by their records, old and new
+    bool isDone_ = false;
+};
+
+} // namespace
 
 int CDocument::_MakePackagePart(const unsigned short* path) {
     if (!package_) return 1;
     package_->SetDocType(docType_);
     SDPackage::IPart* const root = package_->GetRootPart();
     _SDPartToPackagePart(rootPart_, root);
-    root->SetRelationships(package_->CreateRelationships(root->GetPackagePath()));
+    // A save that failed has left a set here.
+    SDPackage::IRelationships* set = package_->CreateRelationships(root->GetPackagePath());
+    root->SetRelationships(set ? set : package_->GetRelationships(root->GetPackagePath()));
+    bool isPartial = false;
     std::vector<ISDPart*> parts;
-    partMap_.clear(); // the records of the next package take the place of those that were read
+    // The records of the next package take the place of those that were read.
+    SaveRecords records(*package_, partMap_);
     Enter(root, rootPart_);
-    if (rootPart_->GetChildParts(&parts) > 0 && !_AddChildPart(parts)) return 0;
-    ownFolder_.Clear(); // the package removes it
+    rootPart_->GetChildParts(&parts);
+    for (ISDPart* const part : parts) {
+        if (!part) continue;
+        SDPackage::IPart* const ipart = records.make();
+        _SDPartToPackagePart(part, ipart);
+        if (records.enter(ipart, static_cast<CODFPart*>(part))) continue;
+        diagnostics_.add(NoteCode::MemberDuplicate, Severity::Error, MemberName(part->GetPackagePath()),
+                         "another part has this name; this one is not saved");
+        isPartial = true;
+    }
+    ownFolder_.clear(); // the package removes it
     // The plain result tells nothing of the package; the status does.
-    if (!package_->Save(path, nullptr, 0)) diagnostics_.setStatus(Status::CouldNotWrite);
+    if (!package_->Save(path, nullptr, 0)) {
+        diagnostics_.setStatus(Status::CouldNotWrite);
+        return 1;
+    }
+    if (isPartial) diagnostics_.setStatus(Status::Damaged);
+    records.keep();
     for (auto& [ipart, part] : partMap_)
         ipart = nullptr;
     package_.reset();
-    return 1;
-}
-
-int CDocument::_AddChildPart(std::vector<ISDPart*>& parts) {
-    for (ISDPart* const part : parts) {
-        if (!part) continue;
-        SDPackage::IPart* const ipart = package_->CreatePart();
-        _SDPartToPackagePart(part, ipart);
-        package_->GetRootPart()->AddPart(ipart);
-        package_->AddPart(ipart);
-        Enter(ipart, static_cast<CODFPart*>(part));
-    }
     return 1;
 }
 
@@ -348,6 +427,7 @@ int CDocument::_CreateRootAndMainPart() {
         rootPart_->AddChildPart(nullptr, part);
         if (type == ODF_MedTypeContent) mainPart_ = part;
     }
+    isComplete_ = true;
     return 1;
 }
 

@@ -15,6 +15,7 @@ IPart* FirstOfType(IPart& root, DocumentType type) {
 
 void PackageState::startOver(int keepsCompressed) {
     keepCompressed = keepsCompressed;
+    isSound = isOther = false;
     registry.reset();
     writeList.clear();
     folderEntries.clear();

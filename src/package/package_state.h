@@ -34,6 +34,8 @@ struct PackageState {
     FileMap writeList;
     int keepCompressed = 0;
     CTulStringW sourcePath;
+    bool isSound = true;  ///< the last open was none that failed or found nothing
+    bool isOther = false;  ///< the archive at hand isn't the one that the parts came from
 
     CSDZip* externalZip = nullptr;
     void* scratchBuffer = nullptr;
@@ -80,6 +82,11 @@ struct PackageState {
         unzip->SetDiagnostics(diagnostics);
     }
     void bindNew() { bind(std::make_unique<CSDUnZip>()); }
+    /// For an archive that is only looked into.
+    void bindOther() {
+        isOther = isOther || !registry.parts().empty();
+        bindNew();
+    }
 
     /// Binds the package to an archive that was just written; `open` opens it in a new reader. On failure
     /// there is none.

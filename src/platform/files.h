@@ -49,7 +49,7 @@ bool MoveReplacing(const Path& from, const Path& to);
 /// Deletes one file or link.
 bool RemoveFile(const Path& path);
 /// Deletes a folder with all that lies in it, read-only and dot entries too. True when nothing is left.
-bool RemoveTree(const Path& folder);
+bool RemoveTree(const Path& folder) noexcept;
 
 /// Calls `visit` for everything below `folder`, in the binary order of names, a folder before what it holds.
 /// `relative` has `/` between folders. The walk ends early when `visit` gives false. False when `folder`

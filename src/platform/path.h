@@ -22,7 +22,8 @@ public:
     Path(const char* utf8) : utf8_(utf8 ? utf8 : "") {}           // NOLINT(google-explicit-constructor)
 
     bool empty() const noexcept { return utf8_.empty(); }
-    const std::string& utf8() const noexcept { return utf8_; }
+    const std::string& utf8() const& noexcept { return utf8_; }
+    std::string utf8() && noexcept { return std::move(utf8_); }
     /// The path in the interface's own text type.
     CTulStringW text() const { return CTulStringW(std::string_view(utf8_)); }
 

@@ -24,9 +24,10 @@ class FailedSave : public test::InWorkspace<> {
 protected:
     void SetUp() override { test::WriteFile(file("old.odt"), kOld); }
 
-    /// A new document and one that was opened, each changed, can't be saved while files are bounded.
+    /// A new document and one that was opened, each changed, can't be saved while files are bounded, but are
+    /// saved elsewhere after `mend`.
     void expectFailure(const std::string& target, const std::function<void(CODFDoc&)>& change = {},
-                       rlim_t fileBytes = RLIM_INFINITY) {
+                       rlim_t fileBytes = RLIM_INFINITY, const std::function<void(CODFDoc&)>& mend = {}) {
         for (const bool isNew : {true, false}) {
             CODFDoc document;
             test::Build(document, test::kTextKind, u"text");
@@ -42,9 +43,18 @@ protected:
             EXPECT_EQ(document.Save(target), 1) << "the plain result tells nothing of the package";
             setrlimit(RLIMIT_FSIZE, &before);
             EXPECT_EQ(document.GetDiagnostics().status(), Status::CouldNotWrite) << isNew << target;
-            EXPECT_EQ(temporaryEntries(), std::vector<std::string>()) << isNew << target;
             EXPECT_NE(document.GetContentClass(), nullptr) << "the trees stay";
             EXPECT_EQ(test::ReadFile(file("old.odt")), kOld);
+            if (mend) mend(document);
+            EXPECT_EQ(document.Save(file("elsewhere.odt")), 1);
+            EXPECT_EQ(document.GetDiagnostics().status(), Status::Ok) << isNew << target;
+            test::Members saved = test::ReadPackage(file("elsewhere.odt"));
+            for (const char* const name : {"content.xml", "styles.xml", "meta.xml", "settings.xml"})
+                EXPECT_EQ(saved.count(name), 1U) << name;
+            EXPECT_NE(saved["content.xml"].find("text"), std::string::npos);
+            EXPECT_EQ(saved.count("Pictures/gone.png"), 0U);
+            EXPECT_EQ(temporaryEntries(), std::vector<std::string>()) << isNew << target;
+            std::filesystem::remove(file("elsewhere.odt"));
         }
     }
 };
@@ -85,8 +95,15 @@ TEST_F(FailedSave, OnADiskThatFillsUp) {
 }
 
 TEST_F(FailedSave, WithAPictureThatHasGone) {
-    expectFailure(file("old.odt"),
-                  [this](CODFDoc& document) { _CreateImagePart(document.GetRootPart(), file("gone.png")); });
+    const auto add = [this](CODFDoc& document) {
+        _CreateImagePart(document.GetRootPart(), file("gone.png"))->SetPackagePath(u"Pictures/there.png");
+    };
+    const auto mend = [this](CODFDoc& document) {
+        test::WriteFile(file("there.png"), "a picture");
+        _CreateImagePart(document.GetRootPart(), file("gone.png"))
+            ->SetLocalPath(CTulStringW(file("there.png")));
+    };
+    expectFailure(file("old.odt"), add, RLIM_INFINITY, mend);
 }
 
 TEST_F(FailedSave, OfWhatCouldNotBeOpened) {

@@ -59,18 +59,20 @@ TEST_F(HostilePackage, LimitsAreObeyedAndTold) {
         set(limits);
         document.SetLimits(limits);
         const bool isOpen = document.Open(file("a.odt")) != 0;
-        EXPECT_EQ(isOpen, document.GetDiagnostics().status() == Status::Ok);
+        EXPECT_EQ(isOpen, document.GetDiagnostics().status() != Status::LimitExceeded);
         return document.GetDiagnostics().status();
     };
     EXPECT_EQ(status([](Limits& limits) { limits.members = 10; }), Status::LimitExceeded);
     EXPECT_EQ(status([](Limits& limits) { limits.totalBytes = 10000; }), Status::LimitExceeded);
     for (const bool isBounded : {true, false}) {
         EXPECT_EQ(status([&](Limits& limits) { limits.depth = isBounded ? limits.depth : 2 * kDepth; }),
-                  Status::Ok);
+                  isBounded ? Status::Damaged : Status::Ok);
         EXPECT_EQ(test::HasNote(document.GetDiagnostics(), NoteCode::DepthLimit, "content.xml"), isBounded);
         EXPECT_EQ(document.GetDiagnostics().notes().empty(), !isBounded);
         EXPECT_EQ(document.Save(file("out.odt")), 1) << "the stack has no part in it";
-        EXPECT_EQ(document.GetDiagnostics().status(), Status::Ok);
+        EXPECT_EQ(document.GetDiagnostics().status(), isBounded ? Status::Damaged : Status::Ok);
+        EXPECT_EQ(test::HasNote(document.GetDiagnostics(), NoteCode::DepthLimit, "content.xml"), isBounded)
+            << "what wasn't read is told again";
     }
 }
 

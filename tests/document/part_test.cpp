@@ -3,6 +3,7 @@
 #include "document/kinds.h"
 #include "support/packages.h"
 #include "support/workspace.h"
+#include "zip/notes.h"
 
 #include <odfmodel/odfmodel.h>
 
@@ -116,9 +117,9 @@ protected:
         return document.GetRootPart()->GetChildParts(&parts);
     }
     /// Saves the document, which ends its use, and reads the package.
-    test::Members saved() {
+    test::Members saved(Status status = Status::Ok) {
         EXPECT_EQ(document.Save(file("out.odt")), 1);
-        EXPECT_EQ(document.GetDiagnostics().status(), Status::Ok);
+        EXPECT_EQ(document.GetDiagnostics().status(), status);
         return test::ReadPackage(file("out.odt"));
     }
     CODFDoc document;
@@ -150,7 +151,8 @@ TEST_F(AddedPart, FilesAreSavedWithTheirBytes) {
     _CreateImagePart(document.GetRootPart(), file("ä.png"));
     _CreateImagePart(document.GetRootPart(), file("other/ä.png"));
     _CreateMediaPart(document.GetRootPart(), file("empty.wav"))->SetContentType(u"audio/x-wav");
-    const test::Members members = saved();
+    const test::Members members = saved(Status::Damaged);
+    EXPECT_TRUE(test::HasNote(document.GetDiagnostics(), NoteCode::MemberDuplicate, "Pictures/ä.png"));
     EXPECT_EQ(members.at("Pictures/ä.png"), bytes) << "the first of a name";
     EXPECT_EQ(members.at("media/empty.wav"), "");
     EXPECT_NE(members.at("META-INF/manifest.xml").find("Pictures/ä.png"), std::string::npos);
@@ -194,10 +196,16 @@ TEST_F(AddedPart, PathsThatLeaveThePackageAreRefused) {
     for (const char* const folder : {"../", "a/../../", "/", "..\\"}) {
         CODFDoc hostile;
         test::Build(hostile, test::kTextKind, u"text");
+        CODFDoc picture;
+        test::Build(picture, test::kTextKind, u"text");
+        test::WriteFile(file("evil"), "bytes");
         _CreateChartStyleRootPart(hostile.GetRootPart(), folder);
-        hostile.Save(file("hostile.odt"));
-        EXPECT_EQ(hostile.GetDiagnostics().status(), Status::CouldNotWrite) << folder;
-        EXPECT_FALSE(std::filesystem::exists(file("hostile.odt"))) << folder;
-        EXPECT_EQ(temporaryEntries(), std::vector<std::string>()) << folder;
+        _CreateImagePart(picture.GetRootPart(), file("evil"))
+            ->SetPackagePath(CTulStringW(folder + std::string("evil")));
+        for (CODFDoc* const made : {&hostile, &picture}) {
+            made->Save(file("hostile.odt"));
+            EXPECT_EQ(made->GetDiagnostics().status(), Status::CouldNotWrite) << folder;
+            EXPECT_FALSE(std::filesystem::exists(file("hostile.odt"))) << folder;
+        }
     }
 }

@@ -37,11 +37,14 @@ public:
     virtual ~CDocument();
 
     /// Opens the package at `path` and reads all trees. A part whose XML is damaged keeps what came before
-    /// the fault. A document that was open is given up first.
+    /// the fault; the result is still 1, and the status `Damaged`. A document that was open is given up
+    /// first. After a lack of memory nothing is open.
     virtual int Open(const unsigned short* path);
     /// Writes all trees and the package to `path`, whose old file stays as it is until the new one is
     /// complete. A document can be saved once; a second call writes nothing and answers 1. A package that
-    /// could not be written shows in the status of the diagnostics alone.
+    /// could not be written shows in the status of the diagnostics alone, and the document can then be saved
+    /// elsewhere. What was damaged when it was opened is noted again, with the status `Damaged`: the new file
+    /// holds less than the old one.
     virtual int Save(const unsigned short* path);
 
     int Open(const SDPackage::PlainText auto& path) { return Open(CTulStringW(path).c_str()); }
@@ -86,9 +89,10 @@ private:
     int _WritePartContent(const unsigned short* path, ISDPart* part);
     int _SetPackageRoot(const unsigned short* path, const unsigned short* localPath);
     int _MakePackagePart(const unsigned short* path);
-    int _AddChildPart(std::vector<ISDPart*>& parts);
     int _SDPartToPackagePart(ISDPart* part, SDPackage::IPart* ipart);
     int _MakeContentTypes(ISDPart* part);
+    int Read(const unsigned short* path);
+    int Write(const unsigned short* path);
 
     void KeepPassword(CTulStringW password);
     void WipePassword() noexcept;
@@ -104,11 +108,14 @@ private:
     CODFPart* mainPart_ = nullptr;
     CODFPart* rootPart_ = nullptr;
     DocumentType docType_ = sd::SDDocType::DocTypeUnknown;
-    CTulStringW ownFolder_; ///< of a new document, until its package has taken it over
+    std::string ownFolder_; ///< of a new document, in UTF-8, until its package has taken it over
     const unsigned short* password_ = nullptr;
     std::u16string passwordCopy_;
     Limits limits_;
     Fidelity fidelity_ = Fidelity::Listed;
+    bool isComplete_ = false;  ///< all parts were read, or made for a new document
+    bool isDamaged_ = false;   ///< a part was read only as far as its fault
+    std::vector<Note> faults_; ///< errors of the last `Open`
     Diagnostics diagnostics_;
 };
 

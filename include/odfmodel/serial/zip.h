@@ -21,7 +21,8 @@ class Diagnostics;
 class ODFMODEL_API CSDZip {
 public:
     CSDZip();
-    /// Finishes and closes an archive that is still open.
+    /// Finishes and closes an archive that is still open. One that an exception leaves behind is given up
+    /// instead, and its target stays as it was.
     ~CSDZip();
     CSDZip(const CSDZip&) = delete;
     CSDZip& operator=(const CSDZip&) = delete;

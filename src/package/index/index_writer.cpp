@@ -12,11 +12,13 @@ namespace SDPackage {
 
 namespace {
 
-void WriteFileEntry(CSDSerializer& serializer, const CTulStringW& mediaType, Units fullPath) {
-    CTulStringW line;
-    line.Format(u"<manifest:file-entry manifest:media-type=\"%s\" manifest:full-path=\"%s\"/>",
-                EscapeAttribute(mediaType.view()), EscapeAttribute(fullPath));
-    serializer.WriteRaw(line.view());
+void WriteFileEntry(CSDSerializer& serializer, Units mediaType, Units fullPath) {
+    std::u16string line(u"<manifest:file-entry manifest:media-type=\"");
+    line += EscapeAttribute(mediaType).view();
+    line += u"\" manifest:full-path=\"";
+    line += EscapeAttribute(fullPath).view();
+    line += u"\"/>";
+    serializer.WriteRaw(line);
 }
 
 } // namespace
@@ -49,10 +51,10 @@ void WriteManifest(CSDSerializer& serializer, const PartMap& parts, const Map& f
     for (const auto& [folder, mediaType] : folderEntries) {
         std::u16string fullPath = WithSlashes(folder.view());
         if (!fullPath.ends_with(u'/')) fullPath += u'/';
-        WriteFileEntry(serializer, mediaType, fullPath);
+        WriteFileEntry(serializer, mediaType.view(), fullPath);
     }
     for (const auto& [path, part] : OdfMembers(parts))
-        WriteFileEntry(serializer, part->GetContentType(), WithSlashes(path.view()));
+        WriteFileEntry(serializer, ToView(part->GetContentType()), WithSlashes(path.view()));
     serializer.WriteRaw(u"</manifest:manifest>");
 }
 

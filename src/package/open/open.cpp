@@ -31,10 +31,13 @@ DocumentType TypeByContent(IndexReader& reader) {
 
 /// Reads the index that belongs to the document type. An ODF index is only taken where `takesOdf`.
 int ReadIndex(PackageState& state, IndexReader& reader, bool takesOdf) {
-    if (IsOpenPackaging(state.documentType))
-        return ReadOpenPackagingIndex(state, reader) != 0 ? state.succeed() : 0;
+    if (IsOpenPackaging(state.documentType)) {
+        state.isSound = ReadOpenPackagingIndex(state, reader) != 0;
+        return state.isSound ? state.succeed() : 0;
+    }
     if (!takesOdf || !IsOdf(state.documentType)) return state.fail(Status::UnknownType);
     ReadOdfIndex(state, reader);
+    state.isSound = !state.registry.parts().empty();
     return state.succeed();
 }
 
@@ -109,7 +112,7 @@ IPackage::DocumentType IPackage::DetectDocumentType(const unsigned short* path) 
     PackageState& state = *state_;
     const DocumentType byExtension = TypeByExtension(path);
     if (byExtension != SDDocType::DocTypeUnknown) return byExtension;
-    state.bindNew();
+    state.bindOther();
     if (!path || state.unzip->OpenZipFileNonDecompress(path) == 0) return SDDocType::DocTypeUnknown;
     CDocTypeHandler handler;
     return ReadFromArchive(state, CTulStringW(kContentTypesName), handler) != 0 ? handler.GetDocType()
@@ -131,14 +134,14 @@ int ReadRegistry(PackageState& state, bool isOpen, Map* overrides, Map* defaults
 } // namespace
 
 int IPackage::ReadContentTypes(void* data, unsigned size, Map* overrides, Map* defaults) {
-    state_->bindNew();
+    state_->bindOther();
     return ReadRegistry(*state_, state_->unzip->OpenZipFileNonDecompress(data, size) != 0, overrides,
                         defaults);
 }
 
 int IPackage::ReadContentTypes(const unsigned short* path, Map* overrides, Map* defaults) {
     LockFiles(state_->storage.folder());
-    state_->bindNew();
+    state_->bindOther();
     const bool isOpen = path && state_->unzip->OpenZipFileNonDecompress(path) != 0;
     if (ReadRegistry(*state_, isOpen, overrides, defaults) == 0) return 0;
     state_->sourcePath = path;
@@ -146,7 +149,7 @@ int IPackage::ReadContentTypes(const unsigned short* path, Map* overrides, Map* 
 }
 
 int IPackage::ReadContentTypesLargeMemory(void* mapping, unsigned size, Map* overrides, Map* defaults) {
-    state_->bindNew();
+    state_->bindOther();
     const bool isOpen = state_->unzip->LargeMemoryOpenZipFileNonDecompress(mapping, size) != 0;
     return ReadRegistry(*state_, isOpen, overrides, defaults);
 }

@@ -2,6 +2,9 @@
 
 #include "package/paths.h"
 
+#include <new>
+#include <utility>
+
 namespace SDPackage {
 
 namespace {
@@ -19,23 +22,31 @@ bool PartRegistry::PlaceLess::operator()(const Place& a, const Place& b) const n
 PartRegistry::PartRegistry() : root_(std::make_unique<IPart>()) {}
 
 PartRegistry::~PartRegistry() {
-    std::unordered_set<IPart*> all;
-    for (const auto& [part, path] : owned_)
-        all.insert(part);
-    for (const auto& [path, part] : parts_) // a client may have entered some without `add`
-        all.insert(part);
-    owned_.clear();
-    for (IPart* const part : all) {
-        if (!part) continue;
+    // Without any allocation: this may be the way out of a lack of memory.
+    std::erase_if(parts_, [this](const auto& entry) { return !entry.second || owned_.contains(entry.second); });
+    const auto destroy = [](IPart* part) {
         part->registry_ = nullptr;
         delete part;
+    };
+    for (const auto& [part, path] : owned_)
+        destroy(part);
+    while (!parts_.empty()) { // what a client has entered without `add`, perhaps twice
+        IPart* const part = parts_.begin()->second;
+        std::erase_if(parts_, [part](const auto& entry) { return entry.second == part; });
+        destroy(part);
     }
 }
 
 bool PartRegistry::add(IPart* part) {
     if (part->registry_ && part->registry_ != this) part->registry_->forget(part);
-    const auto [place, isEntered] = parts_.try_emplace(part->packagePath_, part);
     const auto [record, isNew] = owned_.try_emplace(part, part->packagePath_);
+    bool isEntered = false;
+    try {
+        isEntered = parts_.try_emplace(part->packagePath_, part).second;
+    } catch (const std::bad_alloc&) {
+        if (isNew) owned_.erase(record); // it stays the caller's
+        throw;
+    }
     if (isEntered && !isNew) record->second = part->packagePath_;
     part->registry_ = this;
     if (isEntered && index_) index(part);
@@ -56,9 +67,10 @@ IPart* PartRegistry::findByLocalPath(const CTulStringW& localPath, TargetMode mo
         return nullptr;
     }
     if (!index_) {
-        index_ = std::make_unique<PartIndex>();
+        PartIndex made;
         for (const auto& [path, part] : parts_)
-            if (part) index(part);
+            if (part) made.emplace(PlaceLess::Place(part->targetMode_, part->localPath_), part);
+        index_ = std::make_unique<PartIndex>(std::move(made));
     }
     // Parts that share a place are rare; the walk would give the first of them in name order.
     IPart* first = nullptr;
@@ -132,7 +144,11 @@ bool PartRegistry::unindex(IPart* part) {
 }
 
 void PartRegistry::index(IPart* part) {
-    index_->emplace(PlaceLess::Place(part->targetMode_, part->localPath_), part);
+    try {
+        index_->emplace(PlaceLess::Place(part->targetMode_, part->localPath_), part);
+    } catch (const std::bad_alloc&) {
+        index_.reset(); // it is made anew when it is needed
+    }
 }
 
 } // namespace SDPackage

@@ -10,6 +10,7 @@
 #include <odfmodel/serial/zip.h>
 
 #include <memory>
+#include <new>
 
 namespace SDPackage {
 
@@ -138,6 +139,7 @@ private:
     bool addMembers(CSDZip& zip, bool isPacked) {
         if (state_.usesUserData() && !addUserData(zip)) return false;
         for (const auto& [name, file] : state_.writeList) {
+            if (HasParentStep(name.view())) return fault(name.view(), "the path leads out of the package");
             if (!bringToDisk(name, file)) return false;
             const int stored = isPacked && state_.package.IsMediaFile(file) ? 1 : 0;
             if (zip.Compress(name, file, stored) == 0) return fault(name.view(), "a part can't be saved");
@@ -156,7 +158,10 @@ private:
 
     /// Extracts a member that has stayed in the archive until now.
     bool bringToDisk(const CTulStringW& name, const CTulStringW& file) {
-        if (state_.keepCompressed == 0 || !state_.unzip || platform::IsFile(file)) return true;
+        if (state_.keepCompressed == 0 || platform::IsFile(file)) return true;
+        if (state_.isOther)
+            return fault(name.view(), "the archive that holds this member was left for another one");
+        if (!state_.unzip) return true; // the archive's own message follows
         const CTulStringW member(WithSlashes(name.view()));
         if (state_.unzip->GetItemIndex(member) < 0) return true; // the archive's own message follows
         return platform::CreateFolders(platform::Path(file).parent(), true) &&
@@ -179,11 +184,18 @@ bool IPackage::IsMediaFile(const unsigned short* path) const {
 }
 
 int IPackage::Save(const unsigned short* path, const unsigned short* folder, int packed) {
-    Saving saving(*state_, folder);
-    if (saving.writeIndex() == 0) return 0;
-    if (state_->externalZip) return state_->succeed();
-    LockFiles(state_->storage.folder());
-    return saving.writeArchive(path, packed != 0) != 0 ? state_->succeed() : 0;
+    if (!state_->isSound)
+        return state_->fail(Status::NothingToSave, NoteCode::WriteFailed, {},
+                            "nothing was read that could take the place of a package");
+    try {
+        Saving saving(*state_, folder);
+        if (saving.writeIndex() == 0) return 0;
+        if (state_->externalZip) return state_->succeed();
+        LockFiles(state_->storage.folder());
+        return saving.writeArchive(path, packed != 0) != 0 ? state_->succeed() : 0;
+    } catch (const std::bad_alloc&) {
+        return state_->fail(Status::OutOfMemory);
+    }
 }
 
 void IPackage::WriteContentTypes(const unsigned short* folder, const unsigned short* fileName) {

@@ -7,10 +7,17 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
 #include <memory>
+#include <new>
+#include <span>
+#include <string_view>
 
 namespace ODF::platform {
 
@@ -57,7 +64,9 @@ std::vector<Entry> ReadEntries(int folder) {
     const int own = ::openat(folder, ".", kFolderFlags);
     const std::unique_ptr<DIR, int (*)(DIR*)> listing(own < 0 ? nullptr : fdopendir(own), closedir);
     if (!listing) {
+        const bool isOutOfMemory = errno == ENOMEM;
         if (own >= 0) ::close(own);
+        if (isOutOfMemory) throw std::bad_alloc();
         return entries;
     }
     while (const dirent* found = readdir(listing.get())) { // NOLINT(concurrency-mt-unsafe): own DIR object
@@ -182,7 +191,9 @@ bool Walk(const Path& folder, const WalkVisitor& visit) {
     return true;
 }
 
-bool RemoveTree(const Path& tree) {
+namespace {
+
+bool RemoveWholeTree(const Path& tree) {
     // With a separator at its end the name of a link would mean the folder behind it.
     const auto end = tree.utf8().find_last_not_of('/');
     const Path folder(tree.utf8().substr(0, end == std::string::npos ? 0 : end + 1));
@@ -205,6 +216,61 @@ bool RemoveTree(const Path& tree) {
             [](int parent, const std::string& name) { unlinkat(parent, name.c_str(), AT_REMOVEDIR); });
     }
     return rmdir(Native(folder)) == 0;
+}
+
+} // namespace
+
+namespace {
+
+/// Deletes what a folder holds but for folders that hold something themselves, of which `left` gets the name
+/// of one. True when anything was deleted. Nothing is allocated.
+bool Empty(int folder, std::span<char> left) noexcept {
+    alignas(std::uint64_t) std::array<char, 8192> entries{};
+    bool isSmaller = false;
+    left.front() = '\0';
+    for (;;) {
+        const long count = syscall(SYS_getdents64, folder, entries.data(), entries.size());
+        if (count <= 0) return isSmaller;
+        for (long at = 0; at < count;) {
+            std::uint16_t length = 0;
+            std::memcpy(&length, entries.data() + at + 16, sizeof length);
+            const char* const name = entries.data() + at + 19;
+            at += length;
+            const std::string_view text(name);
+            if (text == "." || text == "..") continue;
+            if (unlinkat(folder, name, 0) == 0 || unlinkat(folder, name, AT_REMOVEDIR) == 0)
+                isSmaller = true;
+            else if (text.size() < left.size())
+                left[text.copy(left.data(), left.size() - 1)] = '\0';
+        }
+    }
+}
+
+/// What is left to do when there is no memory: from the top down to a folder without folders, again and again.
+bool RemoveWithoutMemory(const char* tree) noexcept {
+    for (bool isSmaller = true; isSmaller;) {
+        if (rmdir(tree) == 0 || errno == ENOENT) return true;
+        isSmaller = false;
+        Descriptor folder(::open(tree, kFolderFlags));
+        std::array<char, kLongestName + 1> left{};
+        while (folder.isOpen()) {
+            isSmaller = Empty(folder.get(), left) || isSmaller;
+            if (left.front() == '\0') break;
+            MakeAccessible(folder.get(), left.data());
+            folder = Descriptor(::openat(folder.get(), left.data(), kFolderFlags));
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+bool RemoveTree(const Path& tree) noexcept {
+    try {
+        return RemoveWholeTree(tree);
+    } catch (const std::bad_alloc&) { // destructors come here, perhaps because there was no memory
+        return RemoveWithoutMemory(Native(tree));
+    }
 }
 
 bool FolderWriter::open(const Path& folder) {

@@ -7,8 +7,11 @@
 #include "serial/zip/target.h"
 
 #include <algorithm>
+#include <exception>
+#include <new>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 // libzip writes an archive when it is closed, from sources that must live until then. Its callers here expect
@@ -27,6 +30,7 @@ struct CSDZip::State {
     Diagnostics* diagnostics = nullptr;
     std::unique_ptr<archive::Target> target; ///< set while an archive is open
     bool hasFailed = false;
+    int exceptions = 0;     ///< on their way when the archive was begun
     std::uint64_t size = 0; ///< of the finished archive
     archive::Spool spool;
     std::vector<archive::PackedMember> members;
@@ -43,12 +47,27 @@ struct CSDZip::State {
             return 0;
         }
         now = archive::PresentDosTime();
+        exceptions = std::uncaught_exceptions();
         return 1;
     }
 
-    void reset() {
+    /// What begins an archive: the one before is finished, and a lack of memory begins none.
+    template<typename Make>
+    int begin(Make make) {
+        finish();
+        try {
+            return create(make());
+        } catch (const std::bad_alloc&) {
+            reset();
+            notes().setStatus(Status::OutOfMemory);
+            return 0;
+        }
+    }
+
+    void reset() noexcept {
         target.reset();
         hasFailed = false;
+        exceptions = 0;
         spool = {};
         members.clear();
         places.clear();
@@ -59,6 +78,22 @@ struct CSDZip::State {
     template<typename Pack>
     int add(const unsigned short* itemName, Pack pack) {
         if (!target) return 0;
+        // An exception that leaves here must not leave an archive that passes for whole.
+        const bool hadFailed = std::exchange(hasFailed, true);
+        const std::uint64_t before = spool.size();
+        try {
+            if (!addWhole(itemName, pack)) return 0;
+            hasFailed = hadFailed;
+            return 1;
+        } catch (const std::bad_alloc&) {
+            spool.cutTo(before);
+            notes().setStatus(Status::OutOfMemory);
+            return 0;
+        }
+    }
+
+    template<typename Pack>
+    bool addWhole(const unsigned short* itemName, Pack& pack) {
         archive::PackedMember member;
         member.name = ToUtf8(itemName);
         std::replace(member.name.begin(), member.name.end(), '\\', '/');
@@ -67,21 +102,21 @@ struct CSDZip::State {
         member.time = now;
         if (member.name.empty() || member.name.size() > kLongestName || !pack(member)) {
             spool.cutTo(member.offset);
-            hasFailed = true;
             notes().add(NoteCode::WriteFailed, Severity::Error, member.name,
                         "the member can't be put into the archive");
-            return 0;
+            return false;
         }
         member.packedSize = spool.size() - member.offset;
-        const auto [place, isNew] = places.try_emplace(member.name, members.size());
-        if (isNew) {
+        const auto place = places.find(member.name);
+        if (place == places.end()) {
             members.push_back(std::move(member));
+            places.emplace(members.back().name, members.size() - 1);
         } else {
             notes().add(NoteCode::MemberDuplicate, Severity::Warning, member.name,
                         "a second member of this name takes the place of the first");
             members[place->second] = std::move(member);
         }
-        return 1;
+        return true;
     }
 
     bool writeMembers() {
@@ -91,19 +126,29 @@ struct CSDZip::State {
                                                              std::span<unsigned char> place) {
                 return spool.read(start + offset, place);
             };
-            if (!writer.add(member, bytes)) return false;
+            if (!writer.add(member, bytes)) return isWritten(writer, false);
         }
-        const bool isWritten = writer.finish();
-        size = writer.size();
-        return isWritten;
+        return isWritten(writer, writer.finish());
     }
 
-    int finish() {
+    bool isWritten(const archive::ArchiveWriter& writer, bool isDone) {
+        if (writer.isOutOfMemory()) notes().setStatus(Status::OutOfMemory);
+        size = writer.size();
+        return isDone;
+    }
+
+    /// The one step that puts the archive in its place. Whatever fails before leaves the target as it was.
+    int finish() noexcept {
         if (!target) return 0;
-        const bool isWritten = !hasFailed && writeMembers() && target->finish(size);
-        if (!isWritten) {
-            notes().add(NoteCode::WriteFailed, Severity::Error, {}, "the archive can't be written");
-            notes().setStatus(Status::CouldNotWrite);
+        bool isWritten = false;
+        try {
+            isWritten = !hasFailed && writeMembers() && target->finish(size);
+            if (!isWritten) {
+                notes().setStatus(Status::CouldNotWrite);
+                notes().add(NoteCode::WriteFailed, Severity::Error, {}, "the archive can't be written");
+            }
+        } catch (const std::bad_alloc&) {
+            notes().setStatus(Status::OutOfMemory);
         }
         reset();
         return isWritten ? 1 : 0;
@@ -119,25 +164,28 @@ struct CSDZip::State {
 CSDZip::CSDZip() : state_(std::make_unique<State>()) {}
 
 CSDZip::~CSDZip() {
+    // What an exception leaves behind is half an archive, which its maker never called done.
+    if (std::uncaught_exceptions() > state_->exceptions) state_->reset();
     state_->finish();
 }
 
 int CSDZip::CreareZipFile(const unsigned short* path) {
-    state_->finish();
-    return state_->create(archive::MakeFileTarget(path));
+    return state_->begin([&] { return archive::MakeFileTarget(path); });
 }
 
 int CSDZip::CreareZipFile(void* buffer, int capacity) {
-    state_->finish();
-    if (!buffer || capacity < 0) return state_->create(nullptr);
-    return state_->create(
-        archive::MakeMemoryTarget({static_cast<unsigned char*>(buffer), static_cast<std::size_t>(capacity)}));
+    return state_->begin([&]() -> std::unique_ptr<archive::Target> {
+        if (!buffer || capacity < 0) return nullptr;
+        return archive::MakeMemoryTarget(
+            {static_cast<unsigned char*>(buffer), static_cast<std::size_t>(capacity)});
+    });
 }
 
 int CSDZip::LargeMemoryCreareZipFile(void* mapping, int capacity) {
-    state_->finish();
-    return state_->create(
-        capacity < 0 ? nullptr : archive::MakeMappingTarget(mapping, static_cast<std::size_t>(capacity)));
+    return state_->begin([&] {
+        return capacity < 0 ? nullptr
+                            : archive::MakeMappingTarget(mapping, static_cast<std::size_t>(capacity));
+    });
 }
 
 int CSDZip::Compress(const unsigned short* itemName, const unsigned short* path, int packed) {
