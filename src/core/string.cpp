@@ -126,7 +126,9 @@ bool CTulStringW::Append(std::u16string_view text) {
         SetLength(units_, needed);
         return true;
     }
-    unsigned short* const units = Join(view(), text);
+    // A string that is built piece by piece gets more room each time, so that it is copied a few times only.
+    const std::size_t room = std::min(length + length / 2, kMaxLength);
+    unsigned short* const units = Join(view(), text, room);
     if (!units) return false;
     Release(units_);
     units_ = units;

@@ -96,16 +96,29 @@ void* ExpatParser::buffer(std::size_t capacity) {
 }
 
 bool ExpatParser::parseBuffer(std::size_t byteCount, bool isLast) {
-    return finish(XML_ParseBuffer(parser_, static_cast<int>(byteCount), isLast));
+    return finish(XML_ParseBuffer(parser_, static_cast<int>(byteCount), isLast), byteCount);
 }
 
 bool ExpatParser::parse(const void* data, std::size_t byteCount, bool isLast) {
-    constexpr std::size_t kPiece = std::size_t{1} << 24; // the library counts in int
-    const char* at = static_cast<const char*>(data);
+    // What is read again for each small piece doesn't count, and the events of these come at once.
+    constexpr std::size_t kSmall = 4096;
+    const char* const at = static_cast<const char*>(data);
+    const bool isEnough = isLast || unfinished_ < kSmall || held_.size() + byteCount >= unfinished_;
+    if (isEnough && held_.empty()) return parsePieces(at, byteCount, isLast);
+    held_.append(at, byteCount);
+    if (!isEnough) return true;
+    const std::string pieces = std::exchange(held_, {});
+    return parsePieces(pieces.data(), pieces.size(), isLast);
+}
+
+bool ExpatParser::parsePieces(const char* at, std::size_t byteCount, bool isLast) {
+    constexpr std::size_t kPiece = std::size_t{1} << 24;
+    constexpr std::size_t kMost = INT_MAX / 4; // the library counts in int
     do {
-        const std::size_t piece = std::min(byteCount, kPiece);
+        const std::size_t piece = std::min({byteCount, std::max(kPiece, wanted()), kMost});
         byteCount -= piece;
-        if (!finish(XML_Parse(parser_, at, static_cast<int>(piece), isLast && byteCount == 0))) return false;
+        if (!finish(XML_Parse(parser_, at, static_cast<int>(piece), isLast && byteCount == 0), piece))
+            return false;
         at += piece;
     } while (byteCount > 0);
     return true;
@@ -118,7 +131,10 @@ void ExpatParser::stop(std::string reason) {
     XML_StopParser(parser_, XML_FALSE);
 }
 
-bool ExpatParser::finish(int status) {
+bool ExpatParser::finish(int status, std::size_t byteCount) {
+    fed_ += byteCount;
+    const XML_Index start = XML_GetCurrentByteIndex(parser_);
+    unfinished_ = start < 0 ? 0 : static_cast<std::size_t>(fed_ - static_cast<std::uint64_t>(start));
     if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
     if (status == XML_STATUS_OK && !stopped_) return true;
     if (error_.empty()) {

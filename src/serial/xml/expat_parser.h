@@ -3,6 +3,7 @@
 #include <odfmodel/core/limits.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <exception>
 #include <memory>
 #include <string>
@@ -45,7 +46,11 @@ public:
     /// A place for the next `capacity` bytes of the document, to be handed over by `parseBuffer`.
     void* buffer(std::size_t capacity);
     bool parseBuffer(std::size_t byteCount, bool isLast);
+    /// Small pieces may wait for others when they are in the midst of something long.
     bool parse(const void* data, std::size_t byteCount, bool isLast);
+    /// What the next piece should have at least: the library reads a tag or a comment from its start again
+    /// with each piece, so pieces grow with what is unfinished, and the work stays linear.
+    std::size_t wanted() const noexcept { return unfinished_; }
 
     /// Ends the parse from within a callback; `reason` is what `error` tells.
     void stop(std::string reason);
@@ -58,12 +63,16 @@ public:
 private:
     struct Callbacks;
 
-    bool finish(int status);
+    bool parsePieces(const char* at, std::size_t byteCount, bool isLast);
+    bool finish(int status, std::size_t byteCount);
 
     ParserEvents& events_;
     XML_ParserStruct* parser_;
     std::string error_;
     std::exception_ptr thrown_;
+    std::string held_; ///< pieces that wait
+    std::uint64_t fed_ = 0;
+    std::size_t unfinished_ = 0; ///< bytes from the start of what is cut by the end of the last piece
     bool stopped_ = false;
 };
 

@@ -8,6 +8,7 @@
 #include <odfmodel/serial/default_handler.h>
 #include <odfmodel/serial/unzip.h>
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <optional>
@@ -108,13 +109,15 @@ private:
 
     bool feedFile(const unsigned short* path, ExpatParser& parser) {
         constexpr std::size_t kPiece = 1U << 16;
+        constexpr std::size_t kMost = 1U << 28;
         platform::InputFile file;
         if (!path || !file.open(platform::Path(path))) {
             note("the file can not be read", 0, 0);
             return false;
         }
         for (std::uint64_t offset = 0;;) {
-            const std::ptrdiff_t count = file.readAt(offset, parser.buffer(kPiece), kPiece);
+            const std::size_t wanted = std::clamp(parser.wanted(), kPiece, kMost);
+            const std::ptrdiff_t count = file.readAt(offset, parser.buffer(wanted), wanted);
             if (count < 0) {
                 note("the file can not be read to its end", 0, 0);
                 return false;
@@ -124,7 +127,7 @@ private:
                 note("the part is too large", parser.line(), parser.column());
                 return false;
             }
-            const bool isLast = static_cast<std::size_t>(count) < kPiece;
+            const bool isLast = static_cast<std::size_t>(count) < wanted;
             if (!parser.parseBuffer(static_cast<std::size_t>(count), isLast)) return fail(parser);
             if (isLast) return true;
         }
