@@ -112,16 +112,19 @@ void ObjectAccess::readAttributes(CSDObject& object, const ClassDescriptor& tabl
     values = values.first(count);
 
     const unsigned words = table.words();
-    const auto store = [&](const ReadValue& value, std::uint64_t* slot) {
+    // `slotOf` is called when nothing but itself can fail any more.
+    const auto store = [&](const ReadValue& value, auto slotOf) {
         const AttributeRow& row = table.attributes[value.row];
         if (row.kind == ValueKind::String) {
             const bool isCut = row.has(AttributeRow::kFirstFont);
             const std::string_view text = isCut ? FirstFont(value.text) : value.text;
-            StoreText(slot, supply.pool.get(text, supply.usage[value.row]));
+            CTulStringW made = supply.pool.get(text, supply.usage[value.row]);
             if (isCut && supply.kept && text.size() != value.text.size()) keepWords(value);
+            StoreText(slotOf(), std::move(made));
         } else {
-            *slot = ParseValue(row, value.text);
-            if (supply.kept && !AttributeValue{row, slot}.isSpelled(value.text)) keepWords(value);
+            const std::uint64_t made = ParseValue(row, value.text);
+            if (supply.kept && !AttributeValue{row, &made}.isSpelled(value.text)) keepWords(value);
+            *slotOf() = made;
         }
     };
     // Nearly always the object is new, so its block is made once and filled in order.
@@ -133,21 +136,41 @@ void ObjectAccess::readAttributes(CSDObject& object, const ClassDescriptor& tabl
         for (const ReadValue& value : values)
             if (distinct == 0 || rows[distinct - 1] != value.row) rows[distinct++] = value.row;
         object.slots_ = AttributeSlots::make(words, rows, distinct, supply.arena);
-        std::uint64_t* slot = object.slots_ + words;
-        for (std::size_t i = 0; i < count; ++i) {
-            store(values[i], slot);
-            if (i + 1 == count || values[i + 1].row != values[i].row) ++slot;
+        try {
+            std::uint64_t* slot = object.slots_ + words;
+            for (std::size_t i = 0; i < count; ++i) {
+                store(values[i], [slot] { return slot; });
+                if (i + 1 == count || values[i + 1].row != values[i].row) ++slot;
+            }
+            if (supply.kept && !supply.kept->empty()) keep(object, *supply.kept);
+        } catch (...) {
+            // What was not reached is 0, which is no string.
+            AttributeSlots::forEach(object.slots_, words, [&](unsigned row, std::uint64_t* slot) {
+                if (*slot == 0 && row < table.attributeCount &&
+                    table.attributes[row].kind == ValueKind::String)
+                    StoreText(slot, {});
+            });
+            object.ReleaseAttributes(table);
+            throw;
         }
-    } else {
-        for (const ReadValue& value : values)
-            store(value, AttributeSlots::require(object.slots_, words, value.row));
+        return;
     }
+    for (const ReadValue& value : values)
+        store(value, [&] {
+            if (supply.kept && !supply.kept->empty()) reserveKept(object, supply.kept->size());
+            return AttributeSlots::require(object.slots_, words, value.row);
+        });
     if (supply.kept && !supply.kept->empty()) keep(object, *supply.kept);
 }
 
+void ObjectAccess::reserveKept(CSDObject& object, std::size_t count) {
+    std::vector<KeptAttribute>& attributes = requireExtras(object).attributes;
+    attributes.reserve(attributes.size() + count);
+}
+
 void ObjectAccess::keep(CSDObject& object, std::vector<KeptAttribute>& attributes) {
+    reserveKept(object, attributes.size());
     Extras& extras = requireExtras(object);
-    if (extras.attributes.empty()) extras.attributes.reserve(attributes.size());
     std::move(attributes.begin(), attributes.end(), std::back_inserter(extras.attributes));
     attributes.clear();
 }

@@ -46,8 +46,9 @@ std::vector<KeptAttribute>::iterator Find(Extras& extras, std::string_view uri, 
 }
 
 CSDObject* CreateMarkup(unsigned id, std::string_view text) {
+    CTulStringW kept(text);
     CSDObject* const object = CSDStringValueObject::Create(id);
-    ObjectAccess::text(*object) = CTulStringW(text);
+    ObjectAccess::text(*object) = std::move(kept);
     return object;
 }
 

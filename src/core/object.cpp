@@ -180,6 +180,39 @@ const unsigned short* CSDObject::_FindEnumKey(unsigned id, const unsigned short*
     return table ? ToUnits(table->key(value)) : nullptr;
 }
 
+namespace {
+
+/// A tree of which only the objects' own lists hold the way back up: deleting it takes no memory. The
+/// children go before their parent here, the last one first.
+void DeleteInPlace(std::vector<CSDObject*>& objects,
+                   std::vector<CSDObject*>& (*listOf)(CSDObject*)) noexcept {
+    std::vector<CSDObject*> current = std::move(objects);
+    CSDObject* holder = nullptr; // has the list above `current` in its own, with itself in the last place
+    for (;;) {
+        if (!current.empty()) {
+            CSDObject* const object = current.back();
+            if (object && ODF::ObjectAccess::isExtended(*object) && !listOf(object).empty()) {
+                current.back() = holder;
+                current.swap(listOf(object));
+                holder = object;
+            } else {
+                current.pop_back();
+                delete object;
+            }
+        } else if (holder) {
+            CSDObject* const object = holder;
+            current.swap(listOf(object));
+            holder = current.back();
+            current.pop_back();
+            delete object;
+        } else {
+            return;
+        }
+    }
+}
+
+} // namespace
+
 CSDExtObject::~CSDExtObject() {
     // The tree goes in list order, each object before what lies below it, by a stack of lists instead of a
     // recursion: an object that is deleted here has handed its children over, so its own destructor finds
@@ -190,7 +223,16 @@ CSDExtObject::~CSDExtObject() {
     };
     if (children_.empty()) return;
     std::vector<Level> levels;
-    levels.push_back(Level{std::move(children_)});
+    const auto descend = [&levels](std::vector<CSDObject*>& objects) noexcept {
+        try {
+            levels.emplace_back().objects.swap(objects);
+        } catch (const std::bad_alloc&) {
+            DeleteInPlace(objects, [](CSDObject* object) -> std::vector<CSDObject*>& {
+                return static_cast<CSDExtObject*>(object)->children_;
+            });
+        }
+    };
+    descend(children_);
     while (!levels.empty()) {
         Level& level = levels.back();
         if (level.next == level.objects.size()) {
@@ -202,7 +244,7 @@ CSDExtObject::~CSDExtObject() {
         if (object && ODF::ObjectAccess::isExtended(*object))
             below.swap(static_cast<CSDExtObject*>(object)->children_);
         delete object;
-        if (!below.empty()) levels.push_back(Level{std::move(below)});
+        if (!below.empty()) descend(below);
     }
 }
 
@@ -219,6 +261,12 @@ void CSDExtObject::SetObject(CSDObject* child, int addToList) {
 }
 
 CSDObject* CSDExtObject::Adopt(CSDObject* child) {
+    if (children_.size() == children_.capacity()) {
+        // Here the place for it may be refused, and nobody else has the object.
+        std::unique_ptr<CSDObject> owned(child);
+        children_.reserve(std::max<std::size_t>(children_.size() * 2, 1));
+        owned.release(); // NOLINT(bugprone-unused-return-value)
+    }
     SetObject(child, 1);
     return child;
 }
@@ -233,6 +281,7 @@ CSDObject* CSDExtObject::CreateObject(const unsigned short* name, int addToList)
         int dummy = 0;
         object = GetRootpart()->CreateApplicationObj(name, dummy);
     }
+    if (object && addToList != 0) return Adopt(object);
     if (object) SetObject(object, addToList);
     return object;
 }

@@ -120,6 +120,8 @@ public:
 
     /// Adds attributes that the object shall write as the file has them; `attributes` is empty then.
     static void keep(CSDObject& object, std::vector<KeptAttribute>& attributes);
+    /// Room for `count` more of them.
+    static void reserveKept(CSDObject& object, std::size_t count);
 
     /// The text of a set attribute, or of a required one's default, as it is written; not escaped.
     static CTulStringW attributeText(const CSDObject& object, const ClassDescriptor& table, unsigned row);

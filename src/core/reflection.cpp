@@ -5,6 +5,8 @@
 #include <odfmodel/core/date_time.h>
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 namespace ODF {
 namespace {
@@ -167,8 +169,21 @@ bool SetAttributeText(CSDObject& object, std::string_view name, std::string_view
     ReadValue read{static_cast<std::uint16_t>(row), value};
     std::vector<ValuePool::Usage> usage(table->attributeCount);
     std::vector<KeptAttribute> kept;
-    if (Extras* const extras = ObjectAccess::extras(object)) extras->forget(static_cast<unsigned>(row));
-    ObjectAccess::readAttributes(object, *table, {&read, 1}, {pool, usage.data(), nullptr, &kept});
+    const auto index = static_cast<unsigned>(row);
+    // The words that the file has for the old value go, but come back when there is no memory for the new
+    // one; their place is still there then.
+    Extras* const extras = ObjectAccess::extras(object);
+    std::optional<KeptAttribute> old;
+    if (const KeptAttribute* const found = extras ? extras->find(index) : nullptr) {
+        old = *found;
+        extras->forget(index);
+    }
+    try {
+        ObjectAccess::readAttributes(object, *table, {&read, 1}, {pool, usage.data(), nullptr, &kept});
+    } catch (...) {
+        if (old) extras->attributes.push_back(std::move(*old));
+        throw;
+    }
     return true;
 }
 

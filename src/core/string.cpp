@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 using namespace ODF::string_buffer;
 
@@ -27,18 +28,23 @@ std::size_t Terminated(std::u16string_view text) noexcept {
     return at;
 }
 
+/// Where an operation has no result to tell a lack of memory by: an empty string must not pass for a value.
+void Require(bool isDone) {
+    if (!isDone) throw std::bad_alloc();
+}
+
 } // namespace
 
 CTulStringW::CTulStringW() noexcept : units_(Nil()) {}
 CTulStringW::CTulStringW(std::nullptr_t) noexcept : units_(Nil()) {}
 CTulStringW::CTulStringW(const unsigned short* text) : CTulStringW(ToView(text)) {}
 CTulStringW::CTulStringW(const unsigned short* text, std::size_t length) : units_(Nil()) {
-    Assign(text, length);
+    Require(Assign(text, length));
 }
 CTulStringW::CTulStringW(const char16_t* text)
     : CTulStringW(text ? std::u16string_view(text) : std::u16string_view()) {}
 CTulStringW::CTulStringW(std::u16string_view text) : units_(Nil()) {
-    Assign(text);
+    Require(Assign(text));
 }
 CTulStringW::CTulStringW(const std::u16string& text) : CTulStringW(std::u16string_view(text)) {}
 CTulStringW::CTulStringW(const char* utf8)
@@ -46,7 +52,9 @@ CTulStringW::CTulStringW(const char* utf8)
 CTulStringW::CTulStringW(const std::string& utf8) : CTulStringW(std::string_view(utf8)) {}
 CTulStringW::CTulStringW(std::string_view utf8) : units_(Nil()) {
     utf8 = utf8.substr(0, utf8.find('\0'));
-    if (unsigned short* const units = Allocate(utf8.size()); units && units != Nil()) {
+    unsigned short* const units = Allocate(utf8.size());
+    Require(units != nullptr);
+    if (units != Nil()) {
         SetLength(units, ODF::DecodeUtf8(utf8, reinterpret_cast<char16_t*>(units)));
         units_ = Fitted(units);
     }
@@ -72,7 +80,7 @@ CTulStringW& CTulStringW::operator=(CTulStringW&& other) noexcept {
     return *this;
 }
 CTulStringW& CTulStringW::operator=(const unsigned short* text) {
-    Assign(ToView(text));
+    Require(Assign(ToView(text)));
     return *this;
 }
 
@@ -118,7 +126,9 @@ bool CTulStringW::Append(std::u16string_view text) {
         SetLength(units_, needed);
         return true;
     }
-    unsigned short* const units = Join(view(), text);
+    // A string that is built piece by piece gets more room each time, so that it is copied a few times only.
+    const std::size_t room = std::min(length + length / 2, kMaxLength);
+    unsigned short* const units = Join(view(), text, room);
     if (!units) return false;
     Release(units_);
     units_ = units;
@@ -131,11 +141,11 @@ bool CTulStringW::Append(unsigned short unit) {
 }
 
 CTulStringW& CTulStringW::operator+=(const CTulStringW& text) {
-    Append(text.view()); // which may be this very string
+    Require(Append(text.view())); // which may be this very string
     return *this;
 }
 CTulStringW& CTulStringW::operator+=(unsigned short unit) {
-    Append(unit);
+    Require(Append(unit));
     return *this;
 }
 
@@ -155,13 +165,17 @@ bool CTulStringW::Replace(const CTulStringW& fromText, const CTulStringW& toText
     const std::u16string_view from = fromText.view();
     const std::u16string_view text = view();
     if (from.empty() || text.find(from) == std::u16string_view::npos) return true;
-    std::u16string result;
-    std::size_t at = 0;
-    for (std::size_t hit = 0; (hit = text.find(from, at)) != std::u16string_view::npos;
-         at = hit + from.size())
-        result.append(text.substr(at, hit - at)).append(toText.view());
-    result.append(text.substr(at));
-    return Assign(std::u16string_view(result));
+    try {
+        std::u16string result;
+        std::size_t at = 0;
+        for (std::size_t hit = 0; (hit = text.find(from, at)) != std::u16string_view::npos;
+             at = hit + from.size())
+            result.append(text.substr(at, hit - at)).append(toText.view());
+        result.append(text.substr(at));
+        return Assign(std::u16string_view(result));
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
 }
 
 CTulStringW CTulStringW::Left(std::size_t count) const {
@@ -223,7 +237,8 @@ std::u16string PrintText(const Conversion& conversion, std::u16string_view text)
 
 } // namespace
 
-bool CTulStringW::FormatList(std::u16string_view format, std::initializer_list<FormatArgument> arguments) {
+bool CTulStringW::FormatList(std::u16string_view format,
+                             std::initializer_list<FormatArgument> arguments) try {
     std::u16string result;
     const FormatArgument* argument = arguments.begin();
     for (std::size_t at = 0; at < format.size();) {
@@ -279,4 +294,6 @@ bool CTulStringW::FormatList(std::u16string_view format, std::initializer_list<F
         }
     }
     return Assign(std::u16string_view(result));
+} catch (const std::bad_alloc&) {
+    return false;
 }

@@ -1,5 +1,6 @@
 #include "core/string_buffer.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <new>
@@ -46,8 +47,8 @@ unsigned short* Fitted(unsigned short* units) noexcept {
     return reinterpret_cast<unsigned short*>(smaller + 1);
 }
 
-unsigned short* Join(std::u16string_view a, std::u16string_view b) noexcept {
-    unsigned short* const units = Allocate(a.size() + b.size());
+unsigned short* Join(std::u16string_view a, std::u16string_view b, std::size_t room) noexcept {
+    unsigned short* const units = Allocate(std::max(a.size() + b.size(), room));
     if (units && units != Nil()) {
         std::memcpy(units, a.data(), a.size() * sizeof(unsigned short));
         if (!b.empty()) std::memcpy(units + a.size(), b.data(), b.size() * sizeof(unsigned short));

@@ -38,8 +38,9 @@ unsigned short* Begin(void* place, std::size_t length) noexcept;
 unsigned short* Allocate(std::size_t length) noexcept;
 /// The buffer, which is from the heap and has one owner, without room that its length doesn't ask for.
 unsigned short* Fitted(unsigned short* units) noexcept;
-/// A buffer from the heap with the pieces one after the other; null without memory.
-unsigned short* Join(std::u16string_view a, std::u16string_view b) noexcept;
+/// A buffer from the heap with the pieces one after the other, for `room` units at least; null without
+/// memory.
+unsigned short* Join(std::u16string_view a, std::u16string_view b, std::size_t room = 0) noexcept;
 
 /// One more reference. A buffer of an arena is copied instead, lest a text that a caller keeps hold on to a
 /// block that everything else has left.

@@ -10,8 +10,9 @@ namespace ODF {
 
 std::u16string_view TextMaker::decode(std::string_view utf8) {
     if (capacity_ < utf8.size()) {
-        capacity_ = std::max<std::size_t>(utf8.size() + utf8.size() / 2, 1024);
-        units_.reset(new char16_t[capacity_]);
+        const std::size_t capacity = std::max<std::size_t>(utf8.size() + utf8.size() / 2, 1024);
+        units_.reset(new char16_t[capacity]);
+        capacity_ = capacity;
     }
     return {units_.get(), DecodeUtf8(utf8, units_.get())};
 }

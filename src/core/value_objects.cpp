@@ -8,6 +8,8 @@
 #include <odfmodel/core/attribute.h>
 #include <odfmodel/core/serializer.h>
 
+#include <new>
+
 template class CSDValueObject<CTulStringW, const CTulStringW&>;
 template class CSDValueObject<SYSTEMTIME, const SYSTEMTIME&>;
 template class CSDExtValueObject<CTulStringW, const CTulStringW&>;
@@ -58,8 +60,19 @@ CSDObject* CSDStringValueObject::Create(unsigned id) {
 }
 CSDStringValueObject::~CSDStringValueObject() = default;
 
+namespace {
+
+/// A lack of memory is told by an exception: false is what an element without character content returns.
+void AppendTo(CTulStringW& value, const unsigned short* text, unsigned length) {
+    if (!value.Append(text, length)) throw std::bad_alloc();
+}
+
+} // namespace
+
 bool CSDStringValueObject::ReadNodeValue(const unsigned short* const text, unsigned length) {
-    return text && length > 0 && value_.Append(text, length);
+    if (!text || length == 0) return false;
+    AppendTo(value_, text, length);
+    return true;
 }
 
 bool CSDStringValueObject::WriteElement(const unsigned short* name, CSDSerializer* serializer,
@@ -142,7 +155,7 @@ CSDDateTimeValueObject::~CSDDateTimeValueObject() = default;
 
 bool CSDDateTimeValueObject::ReadNodeValue(const unsigned short* const text, unsigned length) {
     if (!text || length == 0) return false;
-    rawText_.Append(text, length);
+    AppendTo(rawText_, text, length);
     ScanDateTime(rawText_.view(), value_);
     if (IsBeyond(value_)) value_ = ODF::platform::UtcNow();
     return true;
@@ -166,8 +179,9 @@ bool CSDDateTimeValueObject::HasChildList() const {
 
 CTulStringW CSDDateTimeValueObject::GetText() const {
     CTulStringW text;
-    if (!IsBeyond(value_))
-        text.Format(u"%04u-%02u-%02uT%02u:%02u:%02u.%03u", value_.wYear, value_.wMonth, value_.wDay,
-                    value_.wHour, value_.wMinute, value_.wSecond, value_.wMilliseconds);
+    if (!IsBeyond(value_) &&
+        !text.Format(u"%04u-%02u-%02uT%02u:%02u:%02u.%03u", value_.wYear, value_.wMonth, value_.wDay,
+                     value_.wHour, value_.wMinute, value_.wSecond, value_.wMilliseconds))
+        throw std::bad_alloc();
     return text;
 }

@@ -36,16 +36,14 @@ platform::Path ToPath(const std::filesystem::path& path) {
 /// Runs `work(diagnostics)`, which returns a status. A failed allocation is one too.
 template<typename Work>
 Result Run(Work work) {
-    Diagnostics diagnostics;
-    Status status = Status::OutOfMemory;
     try {
-        status = work(diagnostics);
-    } catch (const std::bad_alloc&) {
-        status = Status::OutOfMemory;
-    } catch (const std::length_error&) {
-        status = Status::OutOfMemory;
+        Diagnostics diagnostics;
+        const Status status = work(diagnostics);
+        return Result(status, diagnostics.notes());
+    } catch (const std::bad_alloc&) {    // NOLINT(bugprone-empty-catch): the status tells
+    } catch (const std::length_error&) { // NOLINT(bugprone-empty-catch)
     }
-    return Result(status, diagnostics.notes());
+    return Result(Status::OutOfMemory);
 }
 
 /// Whether the bytes begin like XML: with markup, perhaps after a byte order mark and blanks.

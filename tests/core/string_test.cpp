@@ -208,6 +208,19 @@ TEST(String, TranslatesUtf8) {
     EXPECT_EQ(ODF::ToUtf8(kNoUnits), "");
 }
 
+TEST(String, IsCopiedAFewTimesWhileItGrows) {
+    CTulStringW grown;
+    int buffers = 0;
+    for (int i = 0; i < 1'000'000; ++i) {
+        const std::size_t capacity = grown.GetCapacity();
+        ASSERT_TRUE(grown.Append(u'x'));
+        if (grown.GetCapacity() != capacity) ++buffers;
+    }
+    EXPECT_EQ(grown, std::u16string(1'000'000, u'x'));
+    EXPECT_LT(buffers, 64);
+    EXPECT_LE(grown.GetCapacity(), 1'600'000u) << "no more room than that is left over";
+}
+
 TEST(String, StringsThatShareABufferMayLiveOnDifferentThreads) {
     const CTulStringW shared(u"shared by all threads");
     const auto work = [copy = shared]() mutable {

@@ -54,7 +54,8 @@ struct StringHeader {
 /// A copy shares the buffer and costs one atomic addition. The buffer is left before any change while another
 /// string shares it, so two strings that share one may be used on two threads; one string object may not be
 /// changed on one thread while another reads that same object. All empty strings share one static buffer.
-/// Operations that need memory report `false` when there is none and leave the string as it was.
+/// Operations that need memory report `false` when there is none and leave the string as it was. Constructors
+/// and operators, which have no such result, throw std::bad_alloc.
 class ODFMODEL_API CTulStringW {
 public:
     CTulStringW() noexcept;

@@ -5,6 +5,7 @@
 #include <odfmodel/core/part.h>
 
 #include <algorithm>
+#include <memory>
 
 namespace ODF::xml {
 namespace {
@@ -336,9 +337,10 @@ void TreeBuilder::addMarkup(unsigned id, std::string_view text) {
     if (open_.empty()) {
         KeptMarkup& markup = ObjectAccess::requireExtras(root_).requireMarkup();
         auto& list = rootName_.empty() ? markup.before : markup.after;
-        list.push_back(nullptr);
-        list.back() = CSDStringValueObject::Create(id);
-        ObjectAccess::text(*list.back()) = CTulStringW(text);
+        std::unique_ptr<CSDObject> object(CSDStringValueObject::Create(id));
+        ObjectAccess::text(*object) = CTulStringW(text);
+        list.push_back(object.get());
+        object.release(); // NOLINT(bugprone-unused-return-value): the list has it
         return;
     }
     const Level& level = open_.back();

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <exception>
 #include <limits>
 #include <new>
 
@@ -57,7 +58,10 @@ std::u16string SafeMarkup(std::u16string_view text, std::u16string_view forbidde
 } // namespace
 
 XmlWriter::~XmlWriter() {
-    if (out_.isOpen()) XmlWriter::Close();
+    try {
+        if (out_.isOpen()) XmlWriter::Close();
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): nobody is left to be told
+    }
 }
 
 bool XmlWriter::open(const unsigned short* path) {
