@@ -191,8 +191,7 @@ bool OutputFile::create(const Path& path) {
     struct stat status {};
     if (stat(Native(path), &status) == 0 && S_ISFIFO(status.st_mode)) {
         // Opened for reading too, a pipe that nobody reads would take a piece and lose it.
-        descriptor_ =
-            posix::Retry([&] { return ::open(Native(path), O_WRONLY | O_CLOEXEC | O_NONBLOCK); });
+        descriptor_ = posix::Retry([&] { return ::open(Native(path), O_WRONLY | O_CLOEXEC | O_NONBLOCK); });
         if (isOpen() && fcntl(descriptor_, F_SETFL, 0) != 0) close(); // but wait for a slow reader
         return isOpen();
     }

@@ -251,7 +251,8 @@ bool Empty(int folder, std::span<char> left) noexcept {
     }
 }
 
-/// What is left to do when there is no memory: from the top down to a folder without folders, again and again.
+/// What is left to do when there is no memory: from the top down to a folder without folders, again and
+/// again.
 bool RemoveWithoutMemory(const char* tree) noexcept {
     for (bool isSmaller = true; isSmaller;) {
         if (rmdir(tree) == 0 || errno == ENOENT) return true;

@@ -122,8 +122,8 @@ void NoteContradictions(const ReadBytes& read, const ArchiveLayout& layout, cons
         if (entry.offset == kElsewhere || entry.packedSize == kElsewhere) continue;
         if (entry.offset < end) note(entry, "the member shares bytes with another one");
         header.resize(kHeaderSize + entry.name.size());
-        const bool isThere = entry.offset + header.size() <= layout.directory &&
-                             read(layout.start + entry.offset, header);
+        const bool isThere =
+            entry.offset + header.size() <= layout.directory && read(layout.start + entry.offset, header);
         if (!isThere || !Agrees(entry, header, Text(Bytes(header).subspan(kHeaderSize))))
             note(entry, "the member's own header disagrees with the directory, which is followed");
         const std::uint64_t room =
