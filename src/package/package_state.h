@@ -35,7 +35,7 @@ struct PackageState {
     int keepCompressed = 0;
     CTulStringW sourcePath;
     bool isSound = true;  ///< the last open was none that failed or found nothing
-    bool isOther = false;  ///< the archive at hand isn't the one that the parts came from
+    bool isOther = false; ///< the archive at hand isn't the one that the parts came from
 
     CSDZip* externalZip = nullptr;
     void* scratchBuffer = nullptr;

@@ -46,6 +46,8 @@ bool CreateFolders(const Path& path, bool isPrivate = false);
 bool RenameReplacing(const Path& from, const Path& to);
 /// Moves a file; across file systems it is copied, flushed and then deleted.
 bool MoveReplacing(const Path& from, const Path& to);
+/// Waits until the names in a folder are on the medium, as far as its file system can do that.
+void FlushFolder(const Path& folder) noexcept;
 /// Deletes one file or link.
 bool RemoveFile(const Path& path);
 /// Deletes a folder with all that lies in it, read-only and dot entries too. True when nothing is left.
@@ -160,7 +162,7 @@ inline constexpr std::size_t kLongestName = 255;
 inline constexpr std::size_t kLongestPath = 4096;
 
 /// Where a file that replaces `target` belongs: `target` with links at its end followed, so that the file
-/// behind a link is replaced and not the link.
+/// behind a link is replaced and not the link. Empty when the links lead in a circle.
 Path ResolveLinks(const Path& target);
 
 } // namespace ODF::platform

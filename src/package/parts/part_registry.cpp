@@ -23,7 +23,8 @@ PartRegistry::PartRegistry() : root_(std::make_unique<IPart>()) {}
 
 PartRegistry::~PartRegistry() {
     // Without any allocation: this may be the way out of a lack of memory.
-    std::erase_if(parts_, [this](const auto& entry) { return !entry.second || owned_.contains(entry.second); });
+    std::erase_if(parts_,
+                  [this](const auto& entry) { return !entry.second || owned_.contains(entry.second); });
     const auto destroy = [](IPart* part) {
         part->registry_ = nullptr;
         delete part;

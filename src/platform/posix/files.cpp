@@ -122,6 +122,14 @@ bool RenameReplacing(const Path& from, const Path& to) {
     return rename(Native(from), Native(to)) == 0;
 }
 
+void FlushFolder(const Path& folder) noexcept {
+    const int descriptor =
+        posix::Retry([&] { return ::open(Native(folder), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
+    if (descriptor < 0) return; // one may write in a folder that one may not read
+    posix::Retry([&] { return fsync(descriptor); });
+    ::close(descriptor);
+}
+
 bool MoveReplacing(const Path& from, const Path& to) {
     if (RenameReplacing(from, to)) return true;
     if (errno != EXDEV) return false;
@@ -180,6 +188,13 @@ OutputFile& OutputFile::operator=(OutputFile&& other) noexcept {
 
 bool OutputFile::create(const Path& path) {
     close();
+    struct stat status {};
+    if (stat(Native(path), &status) == 0 && S_ISFIFO(status.st_mode)) {
+        // Opened for reading too, a pipe that nobody reads would take a piece and lose it.
+        descriptor_ = posix::Retry([&] { return ::open(Native(path), O_WRONLY | O_CLOEXEC | O_NONBLOCK); });
+        if (isOpen() && fcntl(descriptor_, F_SETFL, 0) != 0) close(); // but wait for a slow reader
+        return isOpen();
+    }
     descriptor_ = posix::Retry(
         [&] { return ::open(Native(path), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY, 0666); });
     if (descriptor_ < 0 && errno == EACCES) // a file or device that may be written but not read
@@ -244,11 +259,11 @@ Path ResolveLinks(const Path& target) {
     for (int steps = 0; steps < 40; ++steps) {
         std::array<char, PATH_MAX> text{};
         const ssize_t length = readlink(Native(current), text.data(), text.size());
-        if (length <= 0 || static_cast<std::size_t>(length) >= text.size()) break;
+        if (length <= 0 || static_cast<std::size_t>(length) >= text.size()) return current;
         const std::string to(text.data(), static_cast<std::size_t>(length));
         current = to.front() == '/' ? Path(to) : Path(current.parent().utf8() + '/' + to);
     }
-    return current;
+    return {};
 }
 
 } // namespace ODF::platform

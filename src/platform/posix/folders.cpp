@@ -27,6 +27,11 @@ using posix::Native;
 
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
+/// Opens a name of a folder for reading; a signal doesn't end it.
+int OpenAt(int folder, const char* name, int flags) noexcept {
+    return posix::Retry([&] { return ::openat(folder, name, flags); });
+}
+
 struct Entry {
     std::string name;
     FileKind kind = FileKind::Other;
@@ -61,7 +66,7 @@ private:
 /// The entries of a folder in binary order of their names; none when it can't be read.
 std::vector<Entry> ReadEntries(int folder) {
     std::vector<Entry> entries;
-    const int own = ::openat(folder, ".", kFolderFlags);
+    const int own = OpenAt(folder, ".", kFolderFlags);
     const std::unique_ptr<DIR, int (*)(DIR*)> listing(own < 0 ? nullptr : fdopendir(own), closedir);
     if (!listing) {
         const bool isOutOfMemory = errno == ENOMEM;
@@ -97,14 +102,14 @@ bool IsNameFault(int error) noexcept {
 /// enter.
 class Place {
 public:
-    explicit Place(int root) noexcept : root_(root), folder_(::openat(root, ".", kFolderFlags)) {}
+    explicit Place(int root) noexcept : root_(root), folder_(OpenAt(root, ".", kFolderFlags)) {}
 
     int folder() const noexcept { return folder_.get(); }
 
     /// Goes into a folder, never through a link.
     bool enter(const std::string& name) {
         struct stat status {};
-        Descriptor next(::openat(folder_.get(), name.c_str(), kFolderFlags));
+        Descriptor next(OpenAt(folder_.get(), name.c_str(), kFolderFlags));
         if (!next.isOpen() || fstat(folder_.get(), &status) != 0) return false;
         above_.push_back({name, status.st_dev, status.st_ino});
         folder_ = std::move(next);
@@ -117,13 +122,13 @@ public:
         const Step step = std::move(above_.back());
         above_.pop_back();
         struct stat status {};
-        Descriptor parent(::openat(folder_.get(), "..", kFolderFlags));
+        Descriptor parent(OpenAt(folder_.get(), "..", kFolderFlags));
         const bool isRight = parent.isOpen() && fstat(parent.get(), &status) == 0 &&
                              status.st_dev == step.device && status.st_ino == step.inode;
         if (!isRight) {
-            parent = Descriptor(::openat(root_, ".", kFolderFlags));
+            parent = Descriptor(OpenAt(root_, ".", kFolderFlags));
             for (const Step& down : above_)
-                parent = Descriptor(::openat(parent.get(), down.name.c_str(), kFolderFlags));
+                parent = Descriptor(OpenAt(parent.get(), down.name.c_str(), kFolderFlags));
         }
         folder_ = std::move(parent);
         return folder_.isOpen();
@@ -174,7 +179,7 @@ void Traverse(int root, Before before, After after) {
 
 /// Opens up a folder that its owner may not change or enter.
 void MakeAccessible(int parent, const char* name) {
-    const Descriptor opened(::openat(parent, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const Descriptor opened(OpenAt(parent, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (!opened.isOpen()) return;
     const std::string self = "/proc/self/fd/" + std::to_string(opened.get());
     if (chmod(self.c_str(), 0700) != 0) fchmodat(parent, name, 0700, 0);
@@ -183,7 +188,7 @@ void MakeAccessible(int parent, const char* name) {
 } // namespace
 
 bool Walk(const Path& folder, const WalkVisitor& visit) {
-    const Descriptor root(::open(Native(folder), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const Descriptor root(OpenAt(AT_FDCWD, Native(folder), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!root.isOpen()) return false;
     Traverse(
         root.get(), [&](int, const std::string& path, const Entry& entry) { return visit(path, entry.kind); },
@@ -202,7 +207,7 @@ bool RemoveWholeTree(const Path& tree) {
     if (kind != FileKind::Folder) return RemoveFile(folder);
     MakeAccessible(AT_FDCWD, Native(folder));
     {
-        const Descriptor root(::open(Native(folder), kFolderFlags));
+        const Descriptor root(OpenAt(AT_FDCWD, Native(folder), kFolderFlags));
         if (!root.isOpen()) return false;
         Traverse(
             root.get(),
@@ -246,18 +251,19 @@ bool Empty(int folder, std::span<char> left) noexcept {
     }
 }
 
-/// What is left to do when there is no memory: from the top down to a folder without folders, again and again.
+/// What is left to do when there is no memory: from the top down to a folder without folders, again and
+/// again.
 bool RemoveWithoutMemory(const char* tree) noexcept {
     for (bool isSmaller = true; isSmaller;) {
         if (rmdir(tree) == 0 || errno == ENOENT) return true;
         isSmaller = false;
-        Descriptor folder(::open(tree, kFolderFlags));
+        Descriptor folder(OpenAt(AT_FDCWD, tree, kFolderFlags));
         std::array<char, kLongestName + 1> left{};
         while (folder.isOpen()) {
             isSmaller = Empty(folder.get(), left) || isSmaller;
             if (left.front() == '\0') break;
             MakeAccessible(folder.get(), left.data());
-            folder = Descriptor(::openat(folder.get(), left.data(), kFolderFlags));
+            folder = Descriptor(OpenAt(folder.get(), left.data(), kFolderFlags));
         }
     }
     return false;
@@ -275,7 +281,7 @@ bool RemoveTree(const Path& tree) noexcept {
 
 bool FolderWriter::open(const Path& folder) {
     close();
-    descriptor_ = ::open(Native(folder), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    descriptor_ = OpenAt(AT_FDCWD, Native(folder), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     return descriptor_ >= 0;
 }
 
@@ -284,13 +290,13 @@ void FolderWriter::close() noexcept {
 }
 
 int FolderWriter::openParent(std::span<const std::string> steps) {
-    int folder = ::openat(descriptor_, ".", kFolderFlags);
+    int folder = OpenAt(descriptor_, ".", kFolderFlags);
     for (const std::string& step : steps) {
         if (folder < 0) break;
         const char* const name = Native(step);
-        int next = ::openat(folder, name, kFolderFlags);
+        int next = OpenAt(folder, name, kFolderFlags);
         if (next < 0 && errno == ENOENT && mkdirat(folder, name, 0700) == 0)
-            next = ::openat(folder, name, kFolderFlags);
+            next = OpenAt(folder, name, kFolderFlags);
         isNameFault_ = next < 0 && IsNameFault(errno);
         ::close(folder);
         folder = next;

@@ -126,13 +126,14 @@ bool ReplacementFile::open(const Path& target) {
 
 bool ReplacementFile::replace() {
     if (!file_.isOpen()) return false;
-    // Where there is an older file to lose, the new one must be on the medium before its name is.
-    const bool isSafe = !IsTaken(target_) || file_.flushToDisk();
+    // The bytes must be on the medium before the name is, and the name before a caller relies on it.
+    const bool isSafe = file_.flushToDisk();
     if (!file_.close() || !isSafe || !RenameReplacing(name_, target_)) {
         discard();
         return false;
     }
     name_ = {};
+    FlushFolder(target_.parent());
     return true;
 }
 

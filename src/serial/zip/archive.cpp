@@ -1,6 +1,7 @@
 #include "serial/zip/archive.h"
 
 #include "serial/zip/archive_source.h"
+#include "serial/zip/directory_check.h"
 #include "serial/zip/inflate.h"
 
 #include <utility>
@@ -68,15 +69,28 @@ std::unique_ptr<CSDZipHandle> CSDZipHandle::openFile(const platform::Path& path,
         return nullptr;
     }
     const std::uint64_t byteCount = file.size();
-    return open([&](zip_error_t* error) { return archive::MakeFileSource(std::move(file), error); },
-                byteCount, limits, notes);
+    const auto read = [&file](std::uint64_t offset, std::span<unsigned char> target) {
+        return file.readAt(offset, target.data(), target.size()) ==
+               static_cast<std::ptrdiff_t>(target.size());
+    };
+    const std::uint64_t start = archive::CheckDirectory(read, byteCount, notes);
+    return open([&](zip_error_t* error) { return archive::MakeFileSource(std::move(file), start, error); },
+                byteCount - start, limits, notes);
 }
 
 std::unique_ptr<CSDZipHandle> CSDZipHandle::openMemory(std::span<const unsigned char> bytes,
                                                        const Limits& limits, const NoteSink& notes) {
+    const auto read = [bytes](std::uint64_t offset, std::span<unsigned char> target) {
+        if (offset > bytes.size() || target.size() > bytes.size() - offset) return false;
+        const auto from = bytes.subspan(static_cast<std::size_t>(offset), target.size());
+        std::copy(from.begin(), from.end(), target.begin());
+        return true;
+    };
+    const std::uint64_t start = archive::CheckDirectory(read, bytes.size(), notes);
+    const std::span<const unsigned char> last = bytes.subspan(static_cast<std::size_t>(start));
     return open(
-        [&](zip_error_t* error) { return archive::MakeMemorySource(bytes.data(), bytes.size(), error); },
-        bytes.size(), limits, notes);
+        [last](zip_error_t* error) { return archive::MakeMemorySource(last.data(), last.size(), error); },
+        last.size(), limits, notes);
 }
 
 std::unique_ptr<CSDZipHandle> CSDZipHandle::openMemory(std::vector<unsigned char> bytes, const Limits& limits,

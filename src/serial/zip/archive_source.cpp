@@ -16,12 +16,13 @@ constexpr std::size_t kBufferSize = std::size_t{1} << 16;
 
 class FileSource final : public CustomSource {
 public:
-    explicit FileSource(platform::InputFile file) : file_(std::move(file)), buffer_(kBufferSize) {}
+    FileSource(platform::InputFile file, std::uint64_t start)
+        : file_(std::move(file)), start_(start), buffer_(kBufferSize) {}
 
 private:
     void describe(zip_stat_t& status) const override {
         status.valid = ZIP_STAT_SIZE;
-        status.size = file_.size();
+        status.size = size();
     }
 
     zip_int64_t answer(void* data, zip_uint64_t length, zip_source_cmd_t command) override {
@@ -32,7 +33,7 @@ private:
         case ZIP_SOURCE_READ:
             return read(static_cast<unsigned char*>(data), length);
         case ZIP_SOURCE_SEEK:
-            return seek(position_, file_.size(), data, length) ? 0 : -1;
+            return seek(position_, size(), data, length) ? 0 : -1;
         case ZIP_SOURCE_TELL:
             return static_cast<zip_int64_t>(position_);
         case ZIP_SOURCE_SUPPORTS:
@@ -56,8 +57,9 @@ private:
             }
             const bool isLarge = wanted - done >= kBufferSize;
             const std::ptrdiff_t count =
-                isLarge ? file_.readAt(position_, target + done, static_cast<std::size_t>(wanted - done))
-                        : file_.readAt(position_, buffer_.data(), kBufferSize);
+                isLarge
+                    ? file_.readAt(start_ + position_, target + done, static_cast<std::size_t>(wanted - done))
+                    : file_.readAt(start_ + position_, buffer_.data(), kBufferSize);
             if (count < 0) return fail(ZIP_ER_READ, errno);
             if (count == 0) break;
             if (isLarge) {
@@ -71,7 +73,10 @@ private:
         return static_cast<zip_int64_t>(done);
     }
 
+    std::uint64_t size() const noexcept { return file_.size() - std::min(file_.size(), start_); }
+
     platform::InputFile file_;
+    std::uint64_t start_; ///< of the archive in the file
     std::vector<unsigned char> buffer_;
     std::uint64_t bufferStart_ = 0;
     std::size_t bufferedBytes_ = 0;
@@ -80,8 +85,8 @@ private:
 
 } // namespace
 
-zip_source_t* MakeFileSource(platform::InputFile file, zip_error_t* error) {
-    return CustomSource::handOver(std::make_unique<FileSource>(std::move(file)), error);
+zip_source_t* MakeFileSource(platform::InputFile file, std::uint64_t start, zip_error_t* error) {
+    return CustomSource::handOver(std::make_unique<FileSource>(std::move(file), start), error);
 }
 
 zip_source_t* MakeMemorySource(const void* data, std::uint64_t byteCount, zip_error_t* error) {

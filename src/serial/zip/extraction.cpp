@@ -55,9 +55,19 @@ private:
             if (isNew)
                 jobs.push_back({index, std::move(*path)});
             else
-                jobs[place->second].index = index;
+                takePlace(jobs[place->second], index);
         }
         return jobs;
+    }
+
+    /// Of two names for one place the directory has noted those that are the same.
+    void takePlace(Job& job, std::size_t index) const {
+        const Member& member = handle_.members()[index];
+        const Member& before = handle_.members()[job.index];
+        if (member.name != before.name)
+            notes_.add(NoteCode::MemberDuplicate, Severity::Warning, member.name,
+                       "takes the place of " + before.name + ", which is the same file");
+        job.index = index;
     }
 
     void prepareKeys(const std::vector<Job>& jobs) const {

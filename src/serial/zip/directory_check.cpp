@@ -1,0 +1,149 @@
+#include "serial/zip/directory_check.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <vector>
+
+namespace ODF::archive {
+
+namespace {
+
+constexpr std::size_t kEndSize = 22;
+constexpr std::size_t kLargestComment = 65535;
+constexpr std::size_t kEntrySize = 46;
+constexpr std::size_t kHeaderSize = 30;
+constexpr std::uint32_t kEndMark = 0x06054B50;
+constexpr std::uint32_t kEntryMark = 0x02014B50;
+constexpr std::uint32_t kHeaderMark = 0x04034B50;
+constexpr std::uint32_t kElsewhere = 0xFFFFFFFF; // the number is in a longer record
+constexpr unsigned kSizesFollow = 1U << 3U;
+
+using Bytes = std::span<const unsigned char>;
+
+std::uint16_t Number16(Bytes bytes, std::size_t offset) noexcept {
+    return static_cast<std::uint16_t>(bytes[offset] | unsigned{bytes[offset + 1]} << 8U);
+}
+std::uint32_t Number32(Bytes bytes, std::size_t offset) noexcept {
+    return Number16(bytes, offset) | std::uint32_t{Number16(bytes, offset + 2)} << 16U;
+}
+std::string_view Text(Bytes bytes) noexcept {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+/// A larger directory is left to libzip alone.
+constexpr std::uint64_t kLargestChecked = std::uint64_t{64} << 20;
+
+struct ArchiveLayout {
+    std::uint64_t start = 0;
+    std::uint64_t directory = 0; ///< from `start` on
+    std::uint64_t directorySize = 0;
+    bool isKnown = false; ///< false for what has no plain end record
+};
+
+/// One member as the directory tells of it.
+struct Entry {
+    std::string_view name;
+    std::uint16_t flags = 0;
+    std::uint16_t method = 0;
+    std::uint32_t crc = 0;
+    std::uint32_t packedSize = 0;
+    std::uint32_t size = 0;
+    std::uint32_t offset = 0;
+};
+
+std::vector<Entry> ReadEntries(Bytes directory) {
+    std::vector<Entry> entries;
+    while (directory.size() >= kEntrySize && Number32(directory, 0) == kEntryMark) {
+        const std::size_t nameSize = Number16(directory, 28);
+        const std::size_t whole = kEntrySize + nameSize + Number16(directory, 30) + Number16(directory, 32);
+        if (whole > directory.size()) break;
+        entries.push_back({Text(directory.subspan(kEntrySize, nameSize)), Number16(directory, 8),
+                           Number16(directory, 10), Number32(directory, 16), Number32(directory, 20),
+                           Number32(directory, 24), Number32(directory, 42)});
+        directory = directory.subspan(whole);
+    }
+    return entries;
+}
+
+/// Whether the header in front of the data tells the same as the directory.
+bool Agrees(const Entry& entry, Bytes header, std::string_view name) noexcept {
+    if (Number32(header, 0) != kHeaderMark || name != entry.name || Number16(header, 8) != entry.method)
+        return false;
+    if ((Number16(header, 6) & kSizesFollow) != 0) return true;
+    const std::uint32_t packedSize = Number32(header, 18);
+    const std::uint32_t size = Number32(header, 22);
+    if (packedSize == kElsewhere || size == kElsewhere) return true;
+    return Number32(header, 14) == entry.crc && packedSize == entry.packedSize && size == entry.size;
+}
+
+ArchiveLayout FindLayout(const ReadBytes& read, std::uint64_t byteCount) {
+    ArchiveLayout layout;
+    if (byteCount < kEndSize) return layout;
+    // A comment may follow the end record, but few archives have one.
+    for (const std::uint64_t reach : {std::uint64_t{1024}, std::uint64_t{kEndSize + kLargestComment}}) {
+        std::vector<unsigned char> tail(static_cast<std::size_t>(std::min(reach, byteCount)));
+        const std::uint64_t tailStart = byteCount - tail.size();
+        if (!read(tailStart, tail)) return layout;
+        for (std::size_t place = tail.size() - kEndSize + 1; place-- > 0;) {
+            const Bytes end = Bytes(tail).subspan(place);
+            if (Number32(end, 0) != kEndMark || Number16(end, 20) != end.size() - kEndSize) continue;
+            const std::uint64_t offset = tailStart + place;
+            layout.directorySize = Number32(end, 12);
+            layout.directory = Number32(end, 16);
+            if (layout.directory == kElsewhere || layout.directorySize < kEntrySize ||
+                layout.directorySize + layout.directory > offset)
+                return layout;
+            // The directory ends where the end record begins, whatever was put before the archive.
+            std::array<unsigned char, 4> mark{};
+            const std::uint64_t directory = offset - layout.directorySize;
+            if (!read(directory, mark) || Number32(mark, 0) != kEntryMark) return layout;
+            layout.start = directory - layout.directory;
+            layout.isKnown = true;
+            return layout;
+        }
+    }
+    return layout;
+}
+
+void NoteContradictions(const ReadBytes& read, const ArchiveLayout& layout, const NoteSink& notes) {
+    if (layout.directorySize > kLargestChecked) return;
+    std::vector<unsigned char> directory(static_cast<std::size_t>(layout.directorySize));
+    if (!read(layout.start + layout.directory, directory)) return;
+    std::vector<Entry> entries = ReadEntries(directory);
+    std::stable_sort(entries.begin(), entries.end(),
+                     [](const Entry& a, const Entry& b) { return a.offset < b.offset; });
+    const auto note = [&](const Entry& entry, std::string_view text) {
+        notes.add(NoteCode::General, Severity::Warning, entry.name, text);
+    };
+    std::uint64_t end = 0; // of all members so far
+    std::vector<unsigned char> header;
+    for (const Entry& entry : entries) {
+        if (entry.offset == kElsewhere || entry.packedSize == kElsewhere) continue;
+        if (entry.offset < end) note(entry, "the member shares bytes with another one");
+        header.resize(kHeaderSize + entry.name.size());
+        const bool isThere =
+            entry.offset + header.size() <= layout.directory && read(layout.start + entry.offset, header);
+        if (!isThere || !Agrees(entry, header, Text(Bytes(header).subspan(kHeaderSize))))
+            note(entry, "the member's own header disagrees with the directory, which is followed");
+        const std::uint64_t room =
+            isThere ? std::uint64_t{Number16(header, 26)} + Number16(header, 28) : entry.name.size();
+        const std::uint64_t ownEnd = entry.offset + kHeaderSize + room + entry.packedSize;
+        if (ownEnd > layout.directory) note(entry, "the member reaches into the directory");
+        end = std::max(end, ownEnd);
+    }
+}
+
+} // namespace
+
+std::uint64_t CheckDirectory(const ReadBytes& read, std::uint64_t byteCount, const NoteSink& notes) {
+    const ArchiveLayout layout = FindLayout(read, byteCount);
+    if (!layout.isKnown) return 0;
+    if (layout.start > 0)
+        notes.add(NoteCode::General, Severity::Warning, {},
+                  "something lies before the archive; the last archive of the file is read");
+    if (notes.diagnostics) NoteContradictions(read, layout, notes);
+    return layout.start;
+}
+
+} // namespace ODF::archive
