@@ -124,9 +124,10 @@ bool ExpatParser::parsePieces(const char* at, std::size_t byteCount, bool isLast
     return true;
 }
 
-void ExpatParser::stop(std::string reason) {
+void ExpatParser::stop(std::string reason, StopKind kind) {
     if (stopped_) return;
     stopped_ = true;
+    kind_ = kind;
     error_ = std::move(reason);
     XML_StopParser(parser_, XML_FALSE);
 }
@@ -140,6 +141,7 @@ bool ExpatParser::finish(int status, std::size_t byteCount) {
     if (error_.empty()) {
         const XML_Error code = XML_GetErrorCode(parser_);
         if (code == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
+        if (code == XML_ERROR_AMPLIFICATION_LIMIT_BREACH) kind_ = StopKind::Size;
         error_ = XML_ErrorString(code) ? XML_ErrorString(code) : "parse error";
     }
     stopped_ = true;

@@ -32,6 +32,13 @@ protected:
     ~ParserEvents() = default;
 };
 
+/// Why a parse has ended before its time.
+enum class StopKind {
+    Content, ///< not well formed, or refused for what it is
+    Depth,   ///< elements nest deeper than the limits allow
+    Size     ///< anything else beyond the limits
+};
+
 /// The XML library behind one small wall: push parsing, no external entity or DTD is ever loaded, and the
 /// expansion of internal entities is bounded. What a callback throws passes through `parse`, never through
 /// the library.
@@ -53,10 +60,11 @@ public:
     std::size_t wanted() const noexcept { return unfinished_; }
 
     /// Ends the parse from within a callback; `reason` is what `error` tells.
-    void stop(std::string reason);
+    void stop(std::string reason, StopKind kind = StopKind::Content);
 
     bool isStopped() const noexcept { return stopped_; }
     const std::string& error() const noexcept { return error_; }
+    StopKind kind() const noexcept { return kind_; }
     unsigned long line() const noexcept;
     unsigned long column() const noexcept;
 
@@ -69,6 +77,7 @@ private:
     ParserEvents& events_;
     XML_ParserStruct* parser_;
     std::string error_;
+    StopKind kind_ = StopKind::Content;
     std::exception_ptr thrown_;
     std::string held_; ///< pieces that wait
     std::uint64_t fed_ = 0;
