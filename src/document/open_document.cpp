@@ -90,6 +90,7 @@ struct Document::State {
     OdfPackage package;
     bool isFlat = false;
     Limits limits;
+    Limits left; ///< the same, but what the trees have had of the bounds on all of them is taken off
     KindOfDocument kind;
     std::map<std::string, Tree, std::less<>> trees;
 
@@ -118,7 +119,9 @@ Tree* Document::State::tree(std::string_view member, Diagnostics& diagnostics, S
     if (isFlat || !package.contains(member)) return nullptr;
     Bytes bytes;
     const Status read = package.read(member, bytes, diagnostics);
-    Tree tree = ReadTree(bytes, member, limits, diagnostics);
+    Tree tree = ReadTree(bytes, member, left, diagnostics);
+    left.freeObjects -= std::min(left.freeObjects, tree.cost.objects);
+    left.freeTreeBytes -= std::min(left.freeTreeBytes, tree.cost.textBytes);
     if (read != Status::Ok) tree.status = read == Status::NotReadable ? Status::Damaged : read;
     if (status) *status = tree.status;
     // Without a root the member stays what it is: bytes.
@@ -153,6 +156,10 @@ DocumentKind Document::State::kindOfBody() {
 }
 
 Status Document::State::openPackage(Bytes bytes, const OpenOptions& options, Diagnostics& diagnostics) {
+    left.freeObjects += bytes.size() * limits.objectsPerByte;
+    left.freeTreeBytes += bytes.size() * limits.treeBytesPerByte;
+    left.objectsPerByte = left.treeBytesPerByte =
+        0; // the bytes of the members, which are not packed, don't count
     if (const Status status = package.open(std::move(bytes), options.password, limits, diagnostics);
         status != Status::Ok)
         return status;
@@ -309,7 +316,7 @@ Result Document::Open(std::istream& stream, const OpenOptions& options) {
 Result Document::OpenBytes(std::vector<unsigned char> bytes, const OpenOptions& options) {
     return Run([&](Diagnostics& diagnostics) {
         auto opened = std::make_unique<State>();
-        opened->limits = options.limits;
+        opened->limits = opened->left = options.limits;
         const Status status = LooksLikeXml(bytes)
                                   ? opened->openFlat(bytes, diagnostics)
                                   : opened->openPackage(std::move(bytes), options, diagnostics);

@@ -46,6 +46,7 @@ Tree ReadTree(std::span<const unsigned char> xml, std::string_view member, const
     reader->SetFidelity(Fidelity::Everything);
     reader->SetDiagnostics(&own, member);
     if (!reader->ParseMemory(xml.data(), xml.size(), tree.root.get())) tree.status = StatusOf(own);
+    tree.cost = reader->GetCost();
     for (const Note& note : own.notes())
         diagnostics.add(note);
     return tree;

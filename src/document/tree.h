@@ -16,6 +16,7 @@ namespace ODF {
 struct Tree {
     std::unique_ptr<CSDObject> root; ///< null when the member is no XML of a known root
     Status status = Status::Ok;      ///< any other: the tree has only what came before a fault
+    TreeCost cost;
 };
 
 /// Reads a member's tree. Notes tell of faults, with line and column.

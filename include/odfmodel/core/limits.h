@@ -5,6 +5,12 @@
 
 namespace ODF {
 
+/// What a tree takes of the bounds on all trees of a document.
+struct TreeCost {
+    std::uint64_t objects = 0;
+    std::uint64_t textBytes = 0; ///< of texts and attribute values, in UTF-8
+};
+
 /// Bounds against hostile input. Each default is far above what honest documents hold and far below what
 /// would hurt the host; a host may set its own before `Open`.
 struct Limits {
@@ -31,6 +37,15 @@ struct Limits {
     /// `entityFreeBytes`.
     float entityAmplification = 100.0F;
     std::uint64_t entityFreeBytes = std::uint64_t{8} << 20;
+    /// Objects, and bytes of texts and attribute values, that the trees of one document may have: so many for
+    /// any file, and more by the size of the file, as it is packed. Elements of a few bytes pack a
+    /// thousandfold and take 100 bytes and more each as objects; a sheet of ten million cells has 30 million
+    /// objects and packs to some 30 MB. What memory all of it takes is bounded with it, whatever the content
+    /// is made by.
+    std::uint64_t freeObjects = 2'000'000;
+    std::uint32_t objectsPerByte = 4;
+    std::uint64_t freeTreeBytes = std::uint64_t{64} << 20;
+    std::uint32_t treeBytesPerByte = 100;
 };
 
 } // namespace ODF

@@ -57,6 +57,8 @@ public:
     /// What of a document the following trees keep; `Fidelity::Listed` at first. With
     /// `Fidelity::Everything` a document whose root isn't the one expected is refused.
     virtual void SetFidelity(ODF::Fidelity fidelity) = 0;
+    /// What the last tree that was parsed took of the bounds on objects and on bytes of text.
+    virtual ODF::TreeCost GetCost() const = 0;
 
     bool ParseFile(std::u16string_view path, CSDObject* root) {
         return ParseFile(CTulStringW(path).c_str(), root);

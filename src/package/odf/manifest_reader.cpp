@@ -22,9 +22,9 @@ public:
         while (open_.size() > 1)
             close();
         if (!open_.empty()) root = std::move(open_.front());
-        if (parser_.whyStopped() == xml::Stop::Size || parser_.whyStopped() == xml::Stop::Expansion)
-            return Manifest::ReadResult::TooLarge;
-        return isRead ? Manifest::ReadResult::Ok : Manifest::ReadResult::Damaged;
+        if (isRead) return Manifest::ReadResult::Ok;
+        return parser_.kind() == xml::StopKind::Size ? Manifest::ReadResult::TooLarge
+                                                     : Manifest::ReadResult::Damaged;
     }
 
 private:
@@ -34,8 +34,8 @@ private:
         for (; *attributes; attributes += 2, ++nodes)
             if (nodes <= nodesLeft_) element.attributes.emplace_back(attributes[0], attributes[1]);
         if (nodes > nodesLeft_ || open_.size() == kDeepest) {
-            parser_.stop(nodes > nodesLeft_ ? xml::Stop::Size : xml::Stop::Depth,
-                         "more than a manifest may hold");
+            parser_.stop("more than a manifest may hold",
+                         nodes > nodesLeft_ ? xml::StopKind::Size : xml::StopKind::Depth);
             return;
         }
         nodesLeft_ -= nodes;

@@ -8,7 +8,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 struct XML_ParserStruct;
 
@@ -33,20 +32,16 @@ protected:
     ~ParserEvents() = default;
 };
 
-/// Why a parse has ended before its document did.
-enum class Stop {
-    None,
-    NotWellFormed,
-    Depth,     ///< elements nest deeper than the limits allow
-    Size,      ///< a text, an attribute or their number is beyond the limits
-    Expansion, ///< the document grows through its own entities
-    Request    ///< a callback has seen enough
+/// Why a parse has ended before its time.
+enum class StopKind {
+    Content, ///< not well formed, or refused for what it is
+    Depth,   ///< elements nest deeper than the limits allow
+    Size     ///< anything else beyond the limits
 };
 
 /// The XML library behind one small wall: push parsing, no external entity or DTD is ever loaded, and the
 /// expansion of internal entities is bounded. What a callback throws passes through `parse`, never through
-/// the library. However small the pieces are, the time is linear in the document: the library reads a tag or
-/// comment that hasn't ended yet anew with each piece, so a long one waits until as much again has come.
+/// the library.
 class ExpatParser {
 public:
     /// `wantsDetails` adds the events beyond elements and character data.
@@ -58,42 +53,36 @@ public:
     /// A place for the next `capacity` bytes of the document, to be handed over by `parseBuffer`.
     void* buffer(std::size_t capacity);
     bool parseBuffer(std::size_t byteCount, bool isLast);
+    /// Small pieces may wait for others when they are in the midst of something long.
     bool parse(const void* data, std::size_t byteCount, bool isLast);
+    /// What the next piece should have at least: the library reads a tag or a comment from its start again
+    /// with each piece, so pieces grow with what is unfinished, and the work stays linear.
+    std::size_t wanted() const noexcept { return unfinished_; }
 
     /// Ends the parse from within a callback; `reason` is what `error` tells.
-    void stop(Stop kind, std::string reason);
-    /// The same for one of the limits that the words name.
-    void stop(std::string reason);
+    void stop(std::string reason, StopKind kind = StopKind::Content);
 
-    bool isStopped() const noexcept { return stopped_ != Stop::None; }
-    Stop whyStopped() const noexcept { return stopped_; }
+    bool isStopped() const noexcept { return stopped_; }
     const std::string& error() const noexcept { return error_; }
+    StopKind kind() const noexcept { return kind_; }
     unsigned long line() const noexcept;
     unsigned long column() const noexcept;
 
 private:
     struct Callbacks;
 
-    bool parseHeld(bool isLast);
-    bool feed(const char* data, std::size_t byteCount, bool isLast);
-    bool finish(int status);
-    /// Counts what a document with a DTD of its own delivers; false when it grows out of bounds.
-    bool deliver(std::size_t byteCount);
+    bool parsePieces(const char* at, std::size_t byteCount, bool isLast);
+    bool finish(int status, std::size_t byteCount);
 
     ParserEvents& events_;
     XML_ParserStruct* parser_;
-    std::size_t mostTokenBytes_;
-    std::uint64_t mostGrowth_;
-    std::vector<char> held_; ///< bytes that the library hasn't got yet, and room for more
-    std::size_t heldBytes_ = 0;
-    std::size_t wantedBytes_ = 0; ///< the library gets no fewer at once, but for the last
-    std::uint64_t fedBytes_ = 0;
-    std::uint64_t deliveredBytes_ = 0;
-    bool hasDoctype_ = false;
-    bool wantsDetails_;
     std::string error_;
+    StopKind kind_ = StopKind::Content;
     std::exception_ptr thrown_;
-    Stop stopped_ = Stop::None;
+    std::string held_; ///< pieces that wait
+    std::uint64_t fed_ = 0;
+    std::size_t unfinished_ = 0; ///< bytes from the start of what is cut by the end of the last piece
+    bool stopped_ = false;
 };
 
 } // namespace ODF::xml

@@ -34,11 +34,11 @@ namespace ODF::xml {
 void HandlerDriver::startElement(const char* name, const char** attributes) {
     flushText();
     if (hasScope_.size() >= limits_.depth) {
-        parser_->stop(Stop::Depth, "elements nest too deep");
+        parser_->stop("elements nest too deep", StopKind::Depth);
         return;
     }
     if (const char* const reason = BeyondLimits(attributes, limits_)) {
-        parser_->stop(Stop::Size, reason);
+        parser_->stop(reason, StopKind::Size);
         return;
     }
     hasScope_.push_back(names_.enterScope(attributes));
@@ -66,7 +66,7 @@ void HandlerDriver::endElement(const char* name) {
 
 void HandlerDriver::characterData(std::string_view text) {
     if (text_.size() + text.size() > limits_.textBytes) {
-        parser_->stop(Stop::Size, "a text is too long");
+        parser_->stop("a text is too long", StopKind::Size);
         return;
     }
     text_.append(text);

@@ -17,7 +17,7 @@ public:
         NameTable names;
         names.enterScope(attributes);
         name_ = names.element(name).canonical;
-        parser_->stop(Stop::Request, "the root element is known");
+        parser_->stop("the root element is known");
     }
     void endElement(const char*) override {}
     void characterData(std::string_view) override {}

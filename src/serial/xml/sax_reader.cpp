@@ -8,6 +8,7 @@
 #include <odfmodel/serial/default_handler.h>
 #include <odfmodel/serial/unzip.h>
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <optional>
@@ -30,30 +31,33 @@ struct HandlerParse {
     }
 };
 
-NoteCode CodeOf(Stop stop) noexcept {
-    switch (stop) {
-    case Stop::Depth:
-        return NoteCode::DepthLimit;
-    case Stop::Size:
-    case Stop::Expansion:
-        return NoteCode::SizeLimit;
-    default:
-        return NoteCode::XmlNotWellFormed;
-    }
-}
-
 /// Serves a parse without a handler, which only tells whether the document is well formed.
 struct IdleHandler final : CSDDefaultHandler {};
+
+NoteCode CodeOf(StopKind kind) noexcept {
+    switch (kind) {
+    case StopKind::Depth:
+        return NoteCode::DepthLimit;
+    case StopKind::Size:
+        return NoteCode::SizeLimit;
+    case StopKind::Content:
+        break;
+    }
+    return NoteCode::XmlNotWellFormed;
+}
 
 class SaxReader final : public CSDSaxReader {
 public:
     bool ParseFile(const unsigned short* path, CSDObject* root) override {
         if (!root) return false;
-        return withTree(*root, [&](ExpatParser& parser) { return feedFile(path, parser); });
+        return withTree(*root, [&](ExpatParser& parser, TreeBuilder& builder) {
+            return feedFile(path, parser, &builder);
+        });
     }
     bool ParseMemory(const void* data, std::size_t byteCount, CSDObject* root) override {
         if (!root || (!data && byteCount > 0)) return false;
-        return withTree(*root, [&](ExpatParser& parser) {
+        return withTree(*root, [&](ExpatParser& parser, TreeBuilder& builder) {
+            builder.setSourceBytes(byteCount);
             return parser.parse(byteCount > 0 ? data : "", byteCount, true) || fail(parser);
         });
     }
@@ -92,6 +96,7 @@ public:
     bool HasMatchedRoot() const override { return hasMatchedRoot_; }
     void SetLimits(const Limits& limits) override { limits_ = limits; }
     void SetFidelity(Fidelity fidelity) override { fidelity_ = fidelity; }
+    TreeCost GetCost() const override { return cost_; }
     void SetDiagnostics(Diagnostics* diagnostics, std::string_view member) override {
         diagnostics_ = diagnostics;
         member_ = member;
@@ -103,11 +108,13 @@ private:
     template<typename Feed>
     bool withTree(CSDObject& root, Feed feed) {
         TreeBuilder builder(root, limits_, fidelity_);
+        cost_ = {};
         ExpatParser parser(builder, limits_, fidelity_ == Fidelity::Everything);
         builder.setParser(parser);
         hasMatchedRoot_ = false;
-        const bool done = feed(parser);
+        const bool done = feed(parser, builder);
         builder.finish();
+        cost_ = builder.cost();
         hasMatchedRoot_ = builder.hasMatchedRoot();
         if (diagnostics_) {
             builder.report(*diagnostics_);
@@ -118,18 +125,28 @@ private:
         return done;
     }
 
-    bool feedFile(const unsigned short* path, ExpatParser& parser) {
+    bool feedFile(const unsigned short* path, ExpatParser& parser, TreeBuilder* builder = nullptr) {
         constexpr std::size_t kPiece = 1U << 16;
+        constexpr std::size_t kMost = 1U << 28;
         platform::InputFile file;
-        if (!path || !file.open(platform::Path(path)))
-            return note(NoteCode::MemberUnreadable, "the file can not be read");
+        if (!path || !file.open(platform::Path(path))) {
+            note(NoteCode::MemberUnreadable, "the file can not be read");
+            return false;
+        }
         for (std::uint64_t offset = 0;;) {
-            const std::ptrdiff_t count = file.readAt(offset, parser.buffer(kPiece), kPiece);
-            if (count < 0) return note(NoteCode::MemberUnreadable, "the file can not be read to its end");
+            const std::size_t wanted = std::clamp(parser.wanted(), kPiece, kMost);
+            const std::ptrdiff_t count = file.readAt(offset, parser.buffer(wanted), wanted);
+            if (count < 0) {
+                note(NoteCode::MemberUnreadable, "the file can not be read to its end");
+                return false;
+            }
             offset += static_cast<std::uint64_t>(count);
-            if (offset > limits_.partBytes)
-                return note(NoteCode::SizeLimit, "the part is too large", &parser);
-            const bool isLast = static_cast<std::size_t>(count) < kPiece;
+            if (builder) builder->setSourceBytes(offset);
+            if (offset > limits_.partBytes) {
+                note(NoteCode::SizeLimit, "the part is too large", parser.line(), parser.column());
+                return false;
+            }
+            const bool isLast = static_cast<std::size_t>(count) < wanted;
             if (!parser.parseBuffer(static_cast<std::size_t>(count), isLast)) return fail(parser);
             if (isLast) return true;
         }
@@ -145,20 +162,18 @@ private:
 
     /// Notes why the parse has ended; always false.
     bool fail(const ExpatParser& parser) {
-        return note(CodeOf(parser.whyStopped()), parser.error(), &parser);
-    }
-    /// Always false, so that a failed step can return it.
-    bool note(NoteCode code, std::string_view text, const ExpatParser* parser = nullptr) {
-        if (diagnostics_)
-            diagnostics_->add(code, Severity::Error, member_, text, parser ? parser->line() : 0,
-                              parser ? parser->column() : 0);
+        note(CodeOf(parser.kind()), parser.error(), parser.line(), parser.column());
         return false;
+    }
+    void note(NoteCode code, std::string_view text, unsigned long line = 0, unsigned long column = 0) {
+        if (diagnostics_) diagnostics_->add(code, Severity::Error, member_, text, line, column);
     }
 
     IdleHandler idle_;
     CSDDefaultHandler* handler_ = nullptr;
     Limits limits_;
     Fidelity fidelity_ = Fidelity::Listed;
+    TreeCost cost_;
     Diagnostics* diagnostics_ = nullptr;
     std::string member_;
     std::unique_ptr<HandlerParse> chunks_;

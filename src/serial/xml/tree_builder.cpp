@@ -5,6 +5,7 @@
 #include <odfmodel/core/part.h>
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 
 namespace ODF::xml {
@@ -43,11 +44,17 @@ void TreeBuilder::startElement(const char* name, const char** attributes) {
     flushText();
     const std::size_t depth = open_.size() + skipDepth_;
     if (depth >= limits_.depth) {
-        parser_->stop("elements nest too deep");
+        parser_->stop("elements nest too deep", StopKind::Depth);
         return;
     }
     if (skipDepth_ > 0) {
         ++skipDepth_;
+        return;
+    }
+    for (const char** at = attributes; *at; at += 2)
+        cost_.textBytes += std::strlen(at[1]);
+    if (++cost_.objects > most_.objects || cost_.textBytes > most_.textBytes) {
+        parser_->stop("the document has too much content", StopKind::Size);
         return;
     }
     const bool hasScope = names_.enterScope(attributes);
@@ -176,7 +183,7 @@ void TreeBuilder::readAttributes(const Level& level, const ResolvedName& element
     }
     if (keepsAll_ && !names && ObjectAccess::isDate(object)) {
         if (const char* const reason = BeyondLimits(attributes, limits_)) {
-            parser_->stop(reason);
+            parser_->stop(reason, StopKind::Size);
             return;
         }
         ObjectAccess::setKeepsValue(object); // also that there is no text at all
@@ -188,7 +195,7 @@ void TreeBuilder::readAttributes(const Level& level, const ResolvedName& element
     }
     if (!names) {
         if (const char* const reason = BeyondLimits(attributes, limits_)) {
-            parser_->stop(reason);
+            parser_->stop(reason, StopKind::Size);
             return;
         }
         list_.clear();
@@ -203,7 +210,7 @@ void TreeBuilder::readAttributes(const Level& level, const ResolvedName& element
     std::size_t count = 0;
     for (const char** at = attributes; *at; at += 2) {
         if (++count > limits_.attributes) {
-            parser_->stop("too many attributes");
+            parser_->stop("too many attributes", StopKind::Size);
             return;
         }
         if (**at == 'x' && NameTable::isDeclaration(*at)) continue;
@@ -215,7 +222,7 @@ void TreeBuilder::readAttributes(const Level& level, const ResolvedName& element
         const std::string_view value(at[1]);
         if (row >= 0) {
             if (value.size() > limits_.textBytes) {
-                parser_->stop("an attribute value is too long");
+                parser_->stop("an attribute value is too long", StopKind::Size);
                 return;
             }
             if (keepsAll_ && name.nameSpace == kMathNamespace) {
@@ -234,7 +241,7 @@ void TreeBuilder::readAttributes(const Level& level, const ResolvedName& element
         }
         if (keepsAll_) {
             if (value.size() > limits_.textBytes) {
-                parser_->stop("an attribute value is too long");
+                parser_->stop("an attribute value is too long", StopKind::Size);
                 return;
             }
             keepAttribute(name, *at, value);
@@ -301,8 +308,9 @@ void TreeBuilder::close(Level& level) {
 
 void TreeBuilder::characterData(std::string_view text) {
     if (skipDepth_ > 0 || open_.empty()) return;
-    if (text_.size() + text.size() > limits_.textBytes) {
-        parser_->stop("a text is too long");
+    cost_.textBytes += text.size();
+    if (text_.size() + text.size() > limits_.textBytes || cost_.textBytes > most_.textBytes) {
+        parser_->stop("a text is too long", StopKind::Size);
         return;
     }
     text_.append(text);
@@ -330,8 +338,11 @@ void TreeBuilder::skippedEntity(const char* name) {
 void TreeBuilder::addMarkup(unsigned id, std::string_view text) {
     flushText();
     if (skipDepth_ > 0) return;
-    if (text.size() > limits_.textBytes) {
-        parser_->stop("a text is too long");
+    ++cost_.objects;
+    cost_.textBytes += text.size();
+    if (text.size() > limits_.textBytes || cost_.textBytes > most_.textBytes ||
+        cost_.objects > most_.objects) {
+        parser_->stop("a text is too long", StopKind::Size);
         return;
     }
     if (open_.empty()) {
@@ -413,6 +424,7 @@ void TreeBuilder::keepText(Level& level) {
 }
 
 void TreeBuilder::addTextRun(std::u16string_view text) {
+    ++cost_.objects;
     const std::size_t byteCount = TextMaker::bytesFor(text.size());
     Arena* arena = nullptr;
     CSDObject* const run = makeChild(&ObjectAccess::make<CSDStringValueObject>, kTextRunId, byteCount, arena);

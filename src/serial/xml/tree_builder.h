@@ -19,12 +19,20 @@ namespace ODF::xml {
 class TreeBuilder final : public ParserEvents {
 public:
     TreeBuilder(CSDObject& root, const Limits& limits, Fidelity fidelity)
-        : root_(root), limits_(limits), keepsAll_(fidelity == Fidelity::Everything) {}
+        : root_(root), limits_(limits), keepsAll_(fidelity == Fidelity::Everything) {
+        setSourceBytes(0);
+    }
     TreeBuilder(const TreeBuilder&) = delete;
     TreeBuilder& operator=(const TreeBuilder&) = delete;
     ~TreeBuilder();
 
     void setParser(ExpatParser& parser) noexcept { parser_ = &parser; }
+    /// Bytes of the document, as far as they are known yet: the more, the larger the tree may become.
+    void setSourceBytes(std::uint64_t byteCount) noexcept {
+        most_.objects = limits_.freeObjects + byteCount * limits_.objectsPerByte;
+        most_.textBytes = limits_.freeTreeBytes + byteCount * limits_.treeBytesPerByte;
+    }
+    const TreeCost& cost() const noexcept { return cost_; }
     /// What was met that no class lists, for the diagnostics.
     void report(Diagnostics& diagnostics) const;
 
@@ -87,6 +95,8 @@ private:
     CSDObject& root_;
     Limits limits_;
     const bool keepsAll_;
+    TreeCost cost_;
+    TreeCost most_;
     ExpatParser* parser_ = nullptr;
     NameTable names_;
     ValuePool pool_;

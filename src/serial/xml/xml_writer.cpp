@@ -354,6 +354,8 @@ void XmlWriter::writeWholeAttributes(const CSDObject& object, const ClassDescrip
     };
     const auto write = [&](const AttributeRow& row, const std::uint64_t* slot) {
         const AttributeValue value{row, slot};
+        // No reader takes a number that has no key, which only a caller's cast gives.
+        if (value.isKey() && !row.enumeration->key(static_cast<int>(value.whole()))) return;
         const std::string_view name = nameOf(row);
         if (value.isText()) {
             const std::u16string_view text = value.text();
