@@ -78,7 +78,7 @@ ExitCode RewriteListed(const RoundtripOptions& options) {
     ODF::CODFDoc document;
     const ODF::Status opened = OpenListed(document, options.from, options.passwords);
     const ODF::Diagnostics& diagnostics = document.GetDiagnostics();
-    if (opened != ODF::Status::Ok) {
+    if (!IsDone(opened)) {
         Complain(options.from, OpenReason(options.from, opened, diagnostics.notes()));
         return ExitCode::CannotOpen;
     }
@@ -86,7 +86,7 @@ ExitCode RewriteListed(const RoundtripOptions& options) {
     const bool isWhole = IsWhole(diagnostics);
     if (!isWhole && !options.allowsIncomplete) return RefuseIncomplete(options);
     document.Save(options.to);
-    if (diagnostics.status() != ODF::Status::Ok) {
+    if (!IsDone(diagnostics.status())) {
         Complain(options.to, WriteReason(options.to, diagnostics.status(), diagnostics.notes()));
         return ExitCode::CannotWrite;
     }

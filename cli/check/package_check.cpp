@@ -98,14 +98,13 @@ void CheckListed(CheckResult& result, ODF::Document& before, const std::string& 
     const std::string saved = ScratchFile(scratch, result.path);
     ODF::CODFDoc document;
     const ODF::Diagnostics& diagnostics = document.GetDiagnostics();
-    if (OpenListed(document, result.path, password) != ODF::Status::Ok)
+    if (!IsDone(OpenListed(document, result.path, password)))
         return Fail(result, ExitCode::CannotOpen, Reason(diagnostics));
     TreeRoots roots;
     for (const auto& [name, part] : TreesOf(document))
         roots.emplace(name, part->GetRootClass()->GetID());
     document.Save(saved);
-    if (diagnostics.status() != ODF::Status::Ok)
-        return Fail(result, ExitCode::CannotWrite, Reason(diagnostics));
+    if (!IsDone(diagnostics.status())) return Fail(result, ExitCode::CannotWrite, Reason(diagnostics));
     ODF::Document after;
     const ODF::Result opened = after.Open(saved);
     if (!after.IsOpen())

@@ -17,4 +17,9 @@ ODF::Status OpenListed(ODF::CODFDoc& document, const std::string& path, const st
 /// The parts that have an element tree, by their path with `/`, in the order of the package.
 std::vector<std::pair<std::string, ODF::CODFPart*>> TreesOf(const ODF::CDocument& document);
 
+/// Whether an open or a save of the plain model was done, be it without what a damaged file doesn't give.
+constexpr bool IsDone(ODF::Status status) noexcept {
+    return status == ODF::Status::Ok || status == ODF::Status::Damaged;
+}
+
 } // namespace command

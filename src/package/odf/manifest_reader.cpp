@@ -23,8 +23,7 @@ public:
             close();
         if (!open_.empty()) root = std::move(open_.front());
         if (isRead) return Manifest::ReadResult::Ok;
-        return parser_.kind() == xml::StopKind::Size ? Manifest::ReadResult::TooLarge
-                                                     : Manifest::ReadResult::Damaged;
+        return isTooLarge_ ? Manifest::ReadResult::TooLarge : Manifest::ReadResult::Damaged;
     }
 
 private:
@@ -34,8 +33,9 @@ private:
         for (; *attributes; attributes += 2, ++nodes)
             if (nodes <= nodesLeft_) element.attributes.emplace_back(attributes[0], attributes[1]);
         if (nodes > nodesLeft_ || open_.size() == kDeepest) {
+            isTooLarge_ = nodes > nodesLeft_;
             parser_.stop("more than a manifest may hold",
-                         nodes > nodesLeft_ ? xml::StopKind::Size : xml::StopKind::Depth);
+                         isTooLarge_ ? xml::StopKind::Size : xml::StopKind::Depth);
             return;
         }
         nodesLeft_ -= nodes;
@@ -56,6 +56,7 @@ private:
 
     xml::ExpatParser parser_;
     std::size_t nodesLeft_;
+    bool isTooLarge_ = false;
     std::vector<ManifestElement> open_;
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstring>
 #include <new>
 #include <utility>
 
@@ -28,13 +29,24 @@ struct ExpatParser::Callbacks {
             parser.stop("");
         }
     }
+    /// The bytes that a start tag takes in a file at the least.
+    static std::size_t tagBytes(const char* name, const char** attributes) noexcept {
+        std::size_t byteCount = std::strlen(name) + 3;
+        for (; *attributes; ++attributes)
+            byteCount += std::strlen(*attributes) + 2;
+        return byteCount;
+    }
     static void start(void* data, const char* name, const char** attributes) {
+        auto& parser = *static_cast<ExpatParser*>(data);
+        if (parser.hasDoctype_ && !parser.deliver(tagBytes(name, attributes))) return;
         guarded(data, [&](ParserEvents& events) { events.startElement(name, attributes); });
     }
     static void end(void* data, const char* name) {
         guarded(data, [&](ParserEvents& events) { events.endElement(name); });
     }
     static void characters(void* data, const char* text, int length) {
+        auto& parser = *static_cast<ExpatParser*>(data);
+        if (parser.hasDoctype_ && !parser.deliver(static_cast<std::size_t>(length))) return;
         guarded(data, [&](ParserEvents& events) {
             events.characterData(std::string_view(text, static_cast<std::size_t>(length)));
         });
@@ -52,9 +64,13 @@ struct ExpatParser::Callbacks {
         guarded(data, [](ParserEvents& events) { events.endCdata(); });
     }
     static void startDoctype(void* data, const char* name, const char* systemId, const char* publicId, int) {
+        auto& parser = *static_cast<ExpatParser*>(data);
+        parser.hasDoctype_ = true;
+        if (!parser.wantsDetails_) return;
         guarded(data, [&](ParserEvents& events) { events.startDoctype(name, publicId, systemId); });
     }
     static void endDoctype(void* data) {
+        if (!static_cast<ExpatParser*>(data)->wantsDetails_) return;
         guarded(data, [](ParserEvents& events) { events.endDoctype(); });
     }
     /// One that is defined in another file, which is never read.
@@ -68,8 +84,19 @@ struct ExpatParser::Callbacks {
     }
 };
 
+namespace {
+
+/// A tag is more than its longest value.
+constexpr std::size_t kTagBytes = std::size_t{1} << 24;
+/// The library counts in int.
+constexpr std::size_t kLongestUnfinished = std::size_t{1} << 29;
+
+} // namespace
+
 ExpatParser::ExpatParser(ParserEvents& events, const Limits& limits, bool wantsDetails)
-    : events_(events), parser_(XML_ParserCreate(nullptr)) {
+    : events_(events), parser_(XML_ParserCreate(nullptr)),
+      mostUnfinished_(std::min(limits.textBytes, kLongestUnfinished) + kTagBytes),
+      mostGrowth_(limits.entityFreeBytes), wantsDetails_(wantsDetails) {
     if (!parser_) throw std::bad_alloc();
     XML_SetUserData(parser_, this);
     XML_SetElementHandler(parser_, &Callbacks::start, &Callbacks::end);
@@ -82,11 +109,11 @@ ExpatParser::ExpatParser(ParserEvents& events, const Limits& limits, bool wantsD
 #else
 #error "libexpat 2.4 or later is needed for its bound on entity expansion"
 #endif
+    XML_SetDoctypeDeclHandler(parser_, &Callbacks::startDoctype, &Callbacks::endDoctype);
     if (!wantsDetails) return;
     XML_SetCommentHandler(parser_, &Callbacks::comment);
     XML_SetProcessingInstructionHandler(parser_, &Callbacks::instruction);
     XML_SetCdataSectionHandler(parser_, &Callbacks::startCdata, &Callbacks::endCdata);
-    XML_SetDoctypeDeclHandler(parser_, &Callbacks::startDoctype, &Callbacks::endDoctype);
     XML_SetSkippedEntityHandler(parser_, &Callbacks::skippedEntity);
     XML_SetExternalEntityRefHandler(parser_, &Callbacks::externalEntity);
 }
@@ -103,7 +130,8 @@ void* ExpatParser::buffer(std::size_t capacity) {
 }
 
 bool ExpatParser::parseBuffer(std::size_t byteCount, bool isLast) {
-    return finish(XML_ParseBuffer(parser_, static_cast<int>(byteCount), isLast), byteCount);
+    fed_ += byteCount;
+    return finish(XML_ParseBuffer(parser_, static_cast<int>(byteCount), isLast));
 }
 
 bool ExpatParser::parse(const void* data, std::size_t byteCount, bool isLast) {
@@ -124,8 +152,8 @@ bool ExpatParser::parsePieces(const char* at, std::size_t byteCount, bool isLast
     do {
         const std::size_t piece = std::min({byteCount, std::max(kPiece, wanted()), kMost});
         byteCount -= piece;
-        if (!finish(XML_Parse(parser_, at, static_cast<int>(piece), isLast && byteCount == 0), piece))
-            return false;
+        fed_ += piece;
+        if (!finish(XML_Parse(parser_, at, static_cast<int>(piece), isLast && byteCount == 0))) return false;
         at += piece;
     } while (byteCount > 0);
     return true;
@@ -139,11 +167,20 @@ void ExpatParser::stop(std::string reason, StopKind kind) {
     XML_StopParser(parser_, XML_FALSE);
 }
 
-bool ExpatParser::finish(int status, std::size_t byteCount) {
-    fed_ += byteCount;
+bool ExpatParser::deliver(std::size_t byteCount) {
+    // Of a byte in a file that isn't UTF-8 come two at the most; blanks and comments around it don't matter.
+    delivered_ += byteCount;
+    if (delivered_ <= mostGrowth_ || (delivered_ - mostGrowth_) / 2 <= fed_) return true;
+    stop("the document grows too much through its entities", StopKind::Size);
+    return false;
+}
+
+bool ExpatParser::finish(int status) {
     const XML_Index start = XML_GetCurrentByteIndex(parser_);
     unfinished_ = start < 0 ? 0 : static_cast<std::size_t>(fed_ - static_cast<std::uint64_t>(start));
     if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
+    if (status == XML_STATUS_OK && !stopped_ && unfinished_ > mostUnfinished_)
+        stop("a tag or comment is too long", StopKind::Size);
     if (status == XML_STATUS_OK && !stopped_) return true;
     if (error_.empty()) {
         const XML_Error code = XML_GetErrorCode(parser_);

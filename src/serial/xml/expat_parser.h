@@ -72,10 +72,17 @@ private:
     struct Callbacks;
 
     bool parsePieces(const char* at, std::size_t byteCount, bool isLast);
-    bool finish(int status, std::size_t byteCount);
+    bool finish(int status);
+    /// Counts what a document with a DTD of its own delivers; false when it grows out of bounds.
+    bool deliver(std::size_t byteCount);
 
     ParserEvents& events_;
     XML_ParserStruct* parser_;
+    std::size_t mostUnfinished_;
+    std::uint64_t mostGrowth_;
+    std::uint64_t delivered_ = 0;
+    bool hasDoctype_ = false;
+    bool wantsDetails_;
     std::string error_;
     StopKind kind_ = StopKind::Content;
     std::exception_ptr thrown_;
