@@ -1,6 +1,6 @@
-"""Lets the office suite save documents with a password.
+"""Lets the office suite save documents with a password, or open such documents and save them in clear.
 
-encrypt.py PROFILE PASSWORD SOURCE TARGET [SOURCE TARGET]...
+encrypt.py encrypt|decrypt PROFILE PASSWORD SOURCE TARGET [SOURCE TARGET]...
 
 Ends with 0 when every target was written, with 77 when Python or the office suite lacks what this needs.
 """
@@ -49,7 +49,9 @@ def properties(**values):
     return tuple(PropertyValue(name, 0, value, 0) for name, value in values.items())
 
 
-def main(profile, password, *jobs):
+def main(task, profile, password, *jobs):
+    secret = {"Password": password}
+    for_load, for_store = ({}, secret) if task == "encrypt" else (secret, {})
     pipe = f"odfmodel-test-{os.getpid()}"
     process = subprocess.Popen(
         ["soffice", f"-env:UserInstallation={url(profile)}", "--headless", "--norestore", "--nologo",
@@ -61,8 +63,8 @@ def main(profile, password, *jobs):
             service, name = KINDS[os.path.splitext(source)[1]]
             # Without a view: an installation without user interface can't make one.
             document = context.ServiceManager.createInstanceWithContext(service, context)
-            document.load(properties(URL=url(source), FilterName=name))
-            document.storeToURL(url(target), properties(FilterName=name, Password=password))
+            document.load(properties(URL=url(source), FilterName=name, **for_load))
+            document.storeToURL(url(target), properties(FilterName=name, **for_store))
             document.close(True)
         try:
             desktop.terminate()

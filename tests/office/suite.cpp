@@ -36,12 +36,22 @@ bool OfficeSuite::convert(const std::string& filter, const std::string& folder,
     return Succeeds(command);
 }
 
+bool OfficeSuite::drive(const char* task, const std::string& password,
+                        const std::vector<std::string>& files) const {
+    std::vector<std::string> command{"/usr/bin/python3", ODFMODEL_SOURCE_DIR "/tests/office/encrypt.py", task,
+                                     profile_, password};
+    command.insert(command.end(), files.begin(), files.end());
+    return Succeeds(command);
+}
+
 bool OfficeSuite::encrypt(const std::string& password,
                           const std::vector<std::string>& sourcesAndTargets) const {
-    std::vector<std::string> command{"/usr/bin/python3", ODFMODEL_SOURCE_DIR "/tests/office/encrypt.py",
-                                     profile_, password};
-    command.insert(command.end(), sourcesAndTargets.begin(), sourcesAndTargets.end());
-    return Succeeds(command);
+    return drive("encrypt", password, sourcesAndTargets);
+}
+
+bool OfficeSuite::decrypt(const std::string& password,
+                          const std::vector<std::string>& sourcesAndTargets) const {
+    return drive("decrypt", password, sourcesAndTargets);
 }
 
 } // namespace test

@@ -20,8 +20,12 @@ public:
     /// Saves each source under its target with a password. False when the installation can't be driven from
     /// outside.
     bool encrypt(const std::string& password, const std::vector<std::string>& sourcesAndTargets) const;
+    /// Opens each source with a password and saves it in clear under its target. False as above, and when the
+    /// suite can't open one.
+    bool decrypt(const std::string& password, const std::vector<std::string>& sourcesAndTargets) const;
 
 private:
+    bool drive(const char* task, const std::string& password, const std::vector<std::string>& files) const;
     std::string profile_;
 };
 
