@@ -31,8 +31,10 @@ bool HoldsSomething(const platform::Path& folder) {
 TemporaryStorage::~TemporaryStorage() {
     for (const platform::Path& file : files_)
         platform::RemoveFile(file);
+    // There is nobody to tell of a fault, such as too many open files for a moment, so it is tried again.
     for (const platform::Path& folder : ownFolders_)
-        platform::RemoveTree(folder);
+        for (int attempt = 0; attempt < 3 && !platform::RemoveTree(folder);)
+            ++attempt;
 }
 
 void TemporaryStorage::set(const CTulStringW& folder) {
