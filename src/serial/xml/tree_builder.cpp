@@ -137,7 +137,7 @@ bool TreeBuilder::createChild(Level& child, const ResolvedName& name, std::strin
             known.row = found ? static_cast<std::int32_t>(found - map->rows) : kUnknown;
             if (found) known.names = &namesOf(*found->table);
         }
-        if (known.row >= 0) {
+        if (map && known.row >= 0) {
             make(*known.names->table, map->rows[known.row].id, known.names);
             return true;
         }
