@@ -62,7 +62,7 @@ ExitCode PrintText(const std::string& path, const Passwords& passwords, const Te
         isWhole = Parse(file.read("content.xml"), "content.xml", text, diagnostics);
     }
     text.finish();
-    if (opened == ExitCode::Ok) ComplainNotes(path, diagnostics); // else they are told already
+    if (opened == ExitCode::Ok) ComplainNotes(path, diagnostics); // else the reason has them
     if (text.isCut()) Complain(path, "repeated cells or rows are too many; some copies are left out");
     return isWhole ? opened : ExitCode::CannotOpen;
 }

@@ -1,5 +1,5 @@
 # Puts the XML below src/document/templates into a header, one string a file: text/content.xml becomes
-# kTextContent. Made anew, when a file changes, by the configuration that the build starts by itself.
+# kTextContent. When a file changes, the build configures again and makes them again.
 set(templates_folder "${PROJECT_SOURCE_DIR}/src/document/templates")
 file(GLOB_RECURSE template_files CONFIGURE_DEPENDS "${templates_folder}/*.xml")
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${template_files})

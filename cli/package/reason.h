@@ -12,7 +12,7 @@ using Notes = std::vector<ODF::Note>;
 /// Why something failed, on one line: the status, then what the first note of an error says more.
 std::string Reason(ODF::Status status, const Notes& notes);
 std::string Reason(const ODF::Diagnostics& diagnostics);
-/// The same for a file that can't be opened or written, with what the file system tells of its path.
+/// The same for a file that can't be opened or written, with what the file system says about its path.
 std::string OpenReason(const std::string& path, ODF::Status status, const Notes& notes);
 std::string WriteReason(const std::string& path, ODF::Status status, const Notes& notes);
 /// A note on one line: member, place and text.

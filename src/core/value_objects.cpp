@@ -62,7 +62,7 @@ CSDStringValueObject::~CSDStringValueObject() = default;
 
 namespace {
 
-/// A lack of memory is told by an exception: false is what an element without character content returns.
+/// Throws std::bad_alloc without memory: false is what an element without character content returns.
 void AppendTo(CTulStringW& value, const unsigned short* text, unsigned length) {
     if (!value.Append(text, length)) throw std::bad_alloc();
 }

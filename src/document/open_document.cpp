@@ -103,7 +103,7 @@ struct Document::State {
     Status readMainTrees(Diagnostics& diagnostics);
     bool isWhole() const noexcept;
     COfficeBody* body();
-    /// What a body tells of the kind.
+    /// The kind, by what is in the body.
     DocumentKind kindOfBody();
     Status write(const SaveOptions& options, Bytes& bytes, Diagnostics& diagnostics);
     bool hasSignature() const;

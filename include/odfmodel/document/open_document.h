@@ -71,7 +71,7 @@ enum class DocumentKind {
     Chart,
     Image,
     Formula,
-    MasterText, ///< a text that is put together from others
+    MasterText, ///< a text document made up of others
     WebText,    ///< a template for HTML
     Database
 };
@@ -106,7 +106,7 @@ struct SaveOptions {
 /// file that it saves.
 ///
 /// One document belongs to one thread at a time; different documents never meet. Pointers to objects live as
-/// long as the document, or until it is opened anew. A `Document` that was moved from is a closed one.
+/// long as the document, or until it is opened again. A `Document` that was moved from is closed.
 class ODFMODEL_API Document {
 public:
     /// A closed document, without members and trees.

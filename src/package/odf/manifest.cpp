@@ -86,7 +86,7 @@ void Manifest::index() {
     }
 }
 
-/// Names of a manifest that declares its namespace in no known way are told by their local part alone.
+/// In a manifest that declares no known namespace, names are compared by their local part alone.
 bool Manifest::isOwn(std::string_view name, std::string_view local) const noexcept {
     return LocalOf(name) == local && (prefixes_.empty() || std::find(prefixes_.begin(), prefixes_.end(),
                                                                      PrefixOf(name)) != prefixes_.end());
