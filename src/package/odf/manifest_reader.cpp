@@ -15,7 +15,7 @@ constexpr std::size_t kDeepest = 32;
 class ManifestReader final : public xml::ParserEvents {
 public:
     ManifestReader(const Limits& limits, std::size_t mostNodes)
-        : parser_(*this, limits, false), nodesLeft_(mostNodes) {}
+        : parser_(*this, control_, limits, false), nodesLeft_(mostNodes) {}
 
     Manifest::ReadResult read(std::span<const unsigned char> bytes, ManifestElement& root) {
         const bool isRead = parser_.parse(bytes.data(), bytes.size(), true);
@@ -27,26 +27,26 @@ public:
     }
 
 private:
-    void startElement(const char* name, const char** attributes) override {
-        ManifestElement element{name, {}, {}};
-        std::size_t nodes = 1;
-        for (; *attributes; attributes += 2, ++nodes)
-            if (nodes <= nodesLeft_) element.attributes.emplace_back(attributes[0], attributes[1]);
+    void startElement(std::string_view name, xml::Attributes attributes) override {
+        ManifestElement element{std::string(name), {}, {}};
+        const std::size_t nodes = 1 + attributes.size();
+        for (const auto& [attribute, value] : attributes.first(nodes <= nodesLeft_ ? attributes.size() : 0))
+            element.attributes.emplace_back(attribute, value);
         if (nodes > nodesLeft_ || open_.size() == kDeepest) {
             isTooLarge_ = nodes > nodesLeft_;
-            parser_.stop("more than a manifest may hold",
-                         isTooLarge_ ? xml::StopKind::Size : xml::StopKind::Depth);
+            control_.stop("more than a manifest may hold",
+                          isTooLarge_ ? xml::StopKind::Size : xml::StopKind::Depth);
             return;
         }
         nodesLeft_ -= nodes;
         open_.push_back(std::move(element));
     }
 
-    void endElement(const char*) override {
+    void endElement(std::string_view) override {
         if (open_.size() > 1) close();
     }
 
-    void characterData(std::string_view) override {}
+    void characterData(std::string_view, bool) override {}
 
     void close() {
         ManifestElement element = std::move(open_.back());
@@ -54,6 +54,7 @@ private:
         open_.back().children.push_back(std::move(element));
     }
 
+    xml::ParseControl control_;
     xml::ExpatParser parser_;
     std::size_t nodesLeft_;
     bool isTooLarge_ = false;

@@ -14,12 +14,10 @@ bool Equal(std::string_view utf8, const unsigned short* text) {
 
 } // namespace
 
-const char* BeyondLimits(const char** attributes, const Limits& limits) noexcept {
-    std::size_t count = 0;
-    for (const char** at = attributes; *at; at += 2) {
-        if (++count > limits.attributes) return "too many attributes";
-        if (std::string_view(at[1]).size() > limits.textBytes) return "an attribute value is too long";
-    }
+const char* BeyondLimits(Attributes attributes, const Limits& limits) noexcept {
+    if (attributes.size() > limits.attributes) return "too many attributes";
+    for (const Attribute& attribute : attributes)
+        if (attribute.value.size() > limits.textBytes) return "an attribute value is too long";
     return nullptr;
 }
 

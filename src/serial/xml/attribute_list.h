@@ -12,7 +12,7 @@
 namespace ODF::xml {
 
 /// What about the attributes of a start tag is beyond the limits; null when nothing is.
-const char* BeyondLimits(const char** attributes, const Limits& limits) noexcept;
+const char* BeyondLimits(Attributes attributes, const Limits& limits) noexcept;
 
 /// The attributes of a start tag for handlers and callers' own classes. Values become UTF-16 when they are
 /// asked for.

@@ -15,19 +15,33 @@
 
 namespace ODF::xml {
 
+namespace {
+
+std::string_view OrEmpty(const char* text) noexcept {
+    return text ? std::string_view(text) : std::string_view();
+}
+
+/// A tag is more than its longest value.
+constexpr std::size_t kTagBytes = std::size_t{1} << 24;
+/// The library counts in int.
+constexpr std::size_t kMaxUnfinished = std::size_t{1} << 29;
+
+} // namespace
+
 // The library's callbacks are C: whatever one of ours throws is kept, the parse is stopped, and `finish`
 // throws it on.
 struct ExpatParser::Callbacks {
     template<typename Call>
     static void guarded(void* data, Call call) noexcept {
         auto& parser = *static_cast<ExpatParser*>(data);
-        if (parser.stopped_) return;
+        if (parser.control_.isStopped() || parser.isPassedOver()) return;
         try {
             call(parser.events_);
         } catch (...) {
             parser.thrown_ = std::current_exception();
-            parser.stop("");
+            parser.control_.stop("");
         }
+        if (parser.control_.isStopped()) XML_StopParser(parser.parser_, XML_FALSE);
     }
     /// The bytes that a start tag takes in a file at the least.
     static std::size_t tagBytes(const char* name, const char** attributes) noexcept {
@@ -39,7 +53,12 @@ struct ExpatParser::Callbacks {
     static void start(void* data, const char* name, const char** attributes) {
         auto& parser = *static_cast<ExpatParser*>(data);
         if (parser.hasDoctype_ && !parser.deliver(tagBytes(name, attributes))) return;
-        guarded(data, [&](ParserEvents& events) { events.startElement(name, attributes); });
+        guarded(data, [&](ParserEvents& events) {
+            parser.attributes_.clear();
+            for (; *attributes; attributes += 2)
+                parser.attributes_.push_back({attributes[0], attributes[1]});
+            events.startElement(name, parser.attributes_);
+        });
     }
     static void end(void* data, const char* name) {
         guarded(data, [&](ParserEvents& events) { events.endElement(name); });
@@ -48,7 +67,7 @@ struct ExpatParser::Callbacks {
         auto& parser = *static_cast<ExpatParser*>(data);
         if (parser.hasDoctype_ && !parser.deliver(static_cast<std::size_t>(length))) return;
         guarded(data, [&](ParserEvents& events) {
-            events.characterData(std::string_view(text, static_cast<std::size_t>(length)));
+            events.characterData(std::string_view(text, static_cast<std::size_t>(length)), false);
         });
     }
     static void comment(void* data, const char* text) {
@@ -67,7 +86,9 @@ struct ExpatParser::Callbacks {
         auto& parser = *static_cast<ExpatParser*>(data);
         parser.hasDoctype_ = true;
         if (!parser.wantsDetails_) return;
-        guarded(data, [&](ParserEvents& events) { events.startDoctype(name, publicId, systemId); });
+        guarded(data, [&](ParserEvents& events) {
+            events.startDoctype(name, OrEmpty(publicId), OrEmpty(systemId));
+        });
     }
     static void endDoctype(void* data) {
         if (!static_cast<ExpatParser*>(data)->wantsDetails_) return;
@@ -75,8 +96,7 @@ struct ExpatParser::Callbacks {
     }
     /// One that is defined in another file, which is never read.
     static int externalEntity(XML_Parser self, const char* names, const char*, const char*, const char*) {
-        guarded(XML_GetUserData(self),
-                [&](ParserEvents& events) { events.skippedEntity(names ? names : ""); });
+        guarded(XML_GetUserData(self), [&](ParserEvents& events) { events.skippedEntity(OrEmpty(names)); });
         return XML_STATUS_OK;
     }
     static void skippedEntity(void* data, const char* name, int) {
@@ -84,18 +104,9 @@ struct ExpatParser::Callbacks {
     }
 };
 
-namespace {
-
-/// A tag is more than its longest value.
-constexpr std::size_t kTagBytes = std::size_t{1} << 24;
-/// The library counts in int.
-constexpr std::size_t kLongestUnfinished = std::size_t{1} << 29;
-
-} // namespace
-
-ExpatParser::ExpatParser(ParserEvents& events, const Limits& limits, bool wantsDetails)
-    : events_(events), parser_(XML_ParserCreate(nullptr)),
-      mostUnfinished_(std::min(limits.textBytes, kLongestUnfinished) + kTagBytes),
+ExpatParser::ExpatParser(ParserEvents& events, ParseControl& control, const Limits& limits, bool wantsDetails)
+    : events_(events), control_(control), parser_(XML_ParserCreate(nullptr)),
+      mostUnfinished_(std::min(limits.textBytes, kMaxUnfinished) + kTagBytes),
       mostGrowth_(limits.entityFreeBytes), wantsDetails_(wantsDetails) {
     if (!parser_) throw std::bad_alloc();
     XML_SetUserData(parser_, this);
@@ -159,19 +170,19 @@ bool ExpatParser::parsePieces(const char* at, std::size_t byteCount, bool isLast
     return true;
 }
 
-void ExpatParser::stop(std::string reason, StopKind kind) {
-    if (stopped_) return;
-    stopped_ = true;
-    kind_ = kind;
-    error_ = std::move(reason);
-    XML_StopParser(parser_, XML_FALSE);
+bool ExpatParser::isPassedOver() const noexcept {
+    if (passedOver_ == 0) return false;
+    // By its end, since the end of an empty element is told of as a token without bytes after its tag.
+    const XML_Index end = XML_GetCurrentByteIndex(parser_) + XML_GetCurrentByteCount(parser_);
+    return end >= 0 && static_cast<std::uint64_t>(end) <= passedOver_;
 }
 
 bool ExpatParser::deliver(std::size_t byteCount) {
     // Of a byte in a file that isn't UTF-8 come two at the most; blanks and comments around it don't matter.
     delivered_ += byteCount;
     if (delivered_ <= mostGrowth_ || (delivered_ - mostGrowth_) / 2 <= fed_) return true;
-    stop("the document grows too much through its entities", StopKind::Size);
+    control_.stop("the document grows too much through its entities", StopKind::Size);
+    XML_StopParser(parser_, XML_FALSE);
     return false;
 }
 
@@ -179,24 +190,22 @@ bool ExpatParser::finish(int status) {
     const XML_Index start = XML_GetCurrentByteIndex(parser_);
     unfinished_ = start < 0 ? 0 : static_cast<std::size_t>(fed_ - static_cast<std::uint64_t>(start));
     if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
-    if (status == XML_STATUS_OK && !stopped_ && unfinished_ > mostUnfinished_)
-        stop("a tag or comment is too long", StopKind::Size);
-    if (status == XML_STATUS_OK && !stopped_) return true;
-    if (error_.empty()) {
-        const XML_Error code = XML_GetErrorCode(parser_);
-        if (code == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
-        if (code == XML_ERROR_AMPLIFICATION_LIMIT_BREACH) kind_ = StopKind::Size;
-        error_ = XML_ErrorString(code) ? XML_ErrorString(code) : "parse error";
+    if (control_.isStopped()) return false;
+    if (status == XML_STATUS_OK) {
+        if (unfinished_ <= mostUnfinished_) return true;
+        control_.stop("a tag or comment is too long", StopKind::Size);
+        return false;
     }
-    stopped_ = true;
+    const XML_Error code = XML_GetErrorCode(parser_);
+    if (code == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
+    const char* const reason = XML_ErrorString(code);
+    control_.stop(reason ? reason : "parse error",
+                  code == XML_ERROR_AMPLIFICATION_LIMIT_BREACH ? StopKind::Size : StopKind::Content);
     return false;
 }
 
-unsigned long ExpatParser::line() const noexcept {
-    return XML_GetCurrentLineNumber(parser_);
-}
-unsigned long ExpatParser::column() const noexcept {
-    return XML_GetCurrentColumnNumber(parser_) + 1;
+Position ExpatParser::position() const noexcept {
+    return {XML_GetCurrentLineNumber(parser_), XML_GetCurrentColumnNumber(parser_) + 1};
 }
 
 } // namespace ODF::xml

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "serial/xml/parser_events.h"
+
 #include <odfmodel/core/limits.h>
 
 #include <cstddef>
@@ -7,37 +9,11 @@
 #include <exception>
 #include <memory>
 #include <string>
-#include <string_view>
+#include <vector>
 
 struct XML_ParserStruct;
 
 namespace ODF::xml {
-
-/// What a parse calls back. Text is UTF-8 and valid for the call. Names stand as in the file, with their
-/// prefix.
-class ParserEvents {
-public:
-    virtual void startElement(const char* name, const char** attributes) = 0;
-    virtual void endElement(const char* name) = 0;
-    virtual void characterData(std::string_view text) = 0;
-    virtual void comment(const char*) {}
-    virtual void processingInstruction(const char*, const char*) {}
-    virtual void startCdata() {}
-    virtual void endCdata() {}
-    virtual void startDoctype(const char*, const char*, const char*) {}
-    virtual void endDoctype() {}
-    virtual void skippedEntity(const char*) {}
-
-protected:
-    ~ParserEvents() = default;
-};
-
-/// Why a parse has ended before its time.
-enum class StopKind {
-    Content, ///< not well formed, or refused for what it is
-    Depth,   ///< elements nest deeper than the limits allow
-    Size     ///< anything else beyond the limits
-};
 
 /// The XML library behind one small wall: push parsing, no external entity or DTD is ever loaded, and the
 /// expansion of internal entities is bounded. What a callback throws passes through `parse`, never through
@@ -45,7 +21,7 @@ enum class StopKind {
 class ExpatParser {
 public:
     /// `wantsDetails` adds the events beyond elements and character data.
-    ExpatParser(ParserEvents& events, const Limits& limits, bool wantsDetails);
+    ExpatParser(ParserEvents& events, ParseControl& control, const Limits& limits, bool wantsDetails);
     ~ExpatParser();
     ExpatParser(const ExpatParser&) = delete;
     ExpatParser& operator=(const ExpatParser&) = delete;
@@ -59,37 +35,35 @@ public:
     /// with each piece, so pieces grow with what is unfinished, and the work stays linear.
     std::size_t wanted() const noexcept { return unfinished_; }
 
-    /// Ends the parse from within a callback; `reason` is what `error` tells.
-    void stop(std::string reason, StopKind kind = StopKind::Content);
+    /// Keeps back the events of the first `byteCount` bytes, which somebody else has had delivered.
+    void passOver(std::uint64_t byteCount) noexcept { passedOver_ = byteCount; }
 
-    bool isStopped() const noexcept { return stopped_; }
-    const std::string& error() const noexcept { return error_; }
-    StopKind kind() const noexcept { return kind_; }
-    unsigned long line() const noexcept;
-    unsigned long column() const noexcept;
+    /// Where the parse is, or has ended.
+    Position position() const noexcept;
 
 private:
     struct Callbacks;
 
+    bool isPassedOver() const noexcept;
     bool parsePieces(const char* at, std::size_t byteCount, bool isLast);
     bool finish(int status);
     /// Counts what a document with a DTD of its own delivers; false when it grows out of bounds.
     bool deliver(std::size_t byteCount);
 
     ParserEvents& events_;
+    ParseControl& control_;
     XML_ParserStruct* parser_;
     std::size_t mostUnfinished_;
     std::uint64_t mostGrowth_;
     std::uint64_t delivered_ = 0;
     bool hasDoctype_ = false;
     bool wantsDetails_;
-    std::string error_;
-    StopKind kind_ = StopKind::Content;
     std::exception_ptr thrown_;
+    std::vector<Attribute> attributes_;
+    std::uint64_t passedOver_ = 0;
     std::string held_; ///< pieces that wait
     std::uint64_t fed_ = 0;
     std::size_t unfinished_ = 0; ///< bytes from the start of what is cut by the end of the last piece
-    bool stopped_ = false;
 };
 
 } // namespace ODF::xml

@@ -31,14 +31,14 @@ void CSDDefaultHandler::externalEntityDecl(const unsigned short*, const unsigned
 
 namespace ODF::xml {
 
-void HandlerDriver::startElement(const char* name, const char** attributes) {
+void HandlerDriver::startElement(std::string_view name, Attributes attributes) {
     flushText();
     if (hasScope_.size() >= limits_.depth) {
-        parser_->stop("elements nest too deep", StopKind::Depth);
+        control_.stop("elements nest too deep", StopKind::Depth);
         return;
     }
     if (const char* const reason = BeyondLimits(attributes, limits_)) {
-        parser_->stop(reason, StopKind::Size);
+        control_.stop(reason, StopKind::Size);
         return;
     }
     hasScope_.push_back(names_.enterScope(attributes));
@@ -47,12 +47,13 @@ void HandlerDriver::startElement(const char* name, const char** attributes) {
             handler_.startPrefixMapping(CTulStringW(prefix), CTulStringW(uri));
     const ResolvedName& element = names_.element(name);
     list_.clear();
-    for (const char** at = attributes; *at; at += 2)
-        if (!NameTable::isDeclaration(*at)) list_.add(*at, names_.attribute(*at, element.nameSpace), at[1]);
+    for (const auto& [qname, value] : attributes)
+        if (!NameTable::isDeclaration(qname))
+            list_.add(qname, names_.attribute(qname, element.nameSpace), value);
     handler_.startElement(CTulStringW(element.uri), CTulStringW(element.local), CTulStringW(name), &list_);
 }
 
-void HandlerDriver::endElement(const char* name) {
+void HandlerDriver::endElement(std::string_view name) {
     flushText();
     const ResolvedName& element = names_.element(name);
     handler_.endElement(CTulStringW(element.uri), CTulStringW(element.local), CTulStringW(name));
@@ -64,9 +65,9 @@ void HandlerDriver::endElement(const char* name) {
     hasScope_.pop_back();
 }
 
-void HandlerDriver::characterData(std::string_view text) {
+void HandlerDriver::characterData(std::string_view text, bool) {
     if (text_.size() + text.size() > limits_.textBytes) {
-        parser_->stop("a text is too long", StopKind::Size);
+        control_.stop("a text is too long", StopKind::Size);
         return;
     }
     text_.append(text);
@@ -79,12 +80,12 @@ void HandlerDriver::flushText() {
     handler_.characters(ToUnits(units.c_str()), static_cast<unsigned>(units.size()));
 }
 
-void HandlerDriver::comment(const char* text) {
+void HandlerDriver::comment(std::string_view text) {
     flushText();
     const CTulStringW units(text);
     handler_.comment(units, static_cast<unsigned>(units.GetLength()));
 }
-void HandlerDriver::processingInstruction(const char* target, const char* data) {
+void HandlerDriver::processingInstruction(std::string_view target, std::string_view data) {
     flushText();
     handler_.processingInstruction(CTulStringW(target), CTulStringW(data));
 }
@@ -96,13 +97,14 @@ void HandlerDriver::endCdata() {
     flushText();
     handler_.endCDATA();
 }
-void HandlerDriver::startDoctype(const char* name, const char* publicId, const char* systemId) {
+void HandlerDriver::startDoctype(std::string_view name, std::string_view publicId,
+                                 std::string_view systemId) {
     handler_.startDTD(CTulStringW(name), CTulStringW(publicId), CTulStringW(systemId));
 }
 void HandlerDriver::endDoctype() {
     handler_.endDTD();
 }
-void HandlerDriver::skippedEntity(const char* name) {
+void HandlerDriver::skippedEntity(std::string_view name) {
     flushText();
     handler_.skippedEntity(CTulStringW(name));
 }

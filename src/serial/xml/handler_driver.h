@@ -1,8 +1,8 @@
 #pragma once
 
 #include "serial/xml/attribute_list.h"
-#include "serial/xml/expat_parser.h"
 #include "serial/xml/name_table.h"
+#include "serial/xml/parser_events.h"
 
 #include <vector>
 
@@ -13,27 +13,26 @@ namespace ODF::xml {
 /// Feeds a content handler from the events of a parse.
 class HandlerDriver final : public ParserEvents {
 public:
-    HandlerDriver(CSDDefaultHandler& handler, const Limits& limits) : handler_(handler), limits_(limits) {}
+    HandlerDriver(CSDDefaultHandler& handler, ParseControl& control, const Limits& limits)
+        : handler_(handler), control_(control), limits_(limits) {}
 
-    void setParser(ExpatParser& parser) noexcept { parser_ = &parser; }
-
-    void startElement(const char* name, const char** attributes) override;
-    void endElement(const char* name) override;
-    void characterData(std::string_view text) override;
-    void comment(const char* text) override;
-    void processingInstruction(const char* target, const char* data) override;
+    void startElement(std::string_view name, Attributes attributes) override;
+    void endElement(std::string_view name) override;
+    void characterData(std::string_view text, bool isWhole) override;
+    void comment(std::string_view text) override;
+    void processingInstruction(std::string_view target, std::string_view data) override;
     void startCdata() override;
     void endCdata() override;
-    void startDoctype(const char* name, const char* publicId, const char* systemId) override;
+    void startDoctype(std::string_view name, std::string_view publicId, std::string_view systemId) override;
     void endDoctype() override;
-    void skippedEntity(const char* name) override;
+    void skippedEntity(std::string_view name) override;
 
 private:
     void flushText();
 
     CSDDefaultHandler& handler_;
+    ParseControl& control_;
     Limits limits_;
-    ExpatParser* parser_ = nullptr;
     NameTable names_;
     ReadAttributeList list_;
     std::vector<bool> hasScope_;

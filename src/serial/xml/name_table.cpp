@@ -1,7 +1,5 @@
 #include "serial/xml/name_table.h"
 
-#include <cstring>
-
 namespace ODF::xml {
 
 const ForeignName& ResolvedName::kept(std::string_view qname, bool isElement) const {
@@ -26,13 +24,10 @@ void NameTable::bind(std::string_view prefix, std::string_view uri) {
     bindings_.push_back({std::string(prefix), std::string(uri), FindNamespaceByUri(uri)});
 }
 
-bool NameTable::enterScope(const char** attributes) {
+bool NameTable::enterScope(Attributes attributes) {
     const std::size_t before = bindings_.size();
-    for (const char** at = attributes; *at; at += 2) {
-        if (**at != 'x') continue;
-        const std::string_view qname(*at);
-        if (isDeclaration(qname)) bind(qname.size() > 6 ? qname.substr(6) : std::string_view(), at[1]);
-    }
+    for (const auto& [qname, value] : attributes)
+        if (isDeclaration(qname)) bind(qname.size() > 6 ? qname.substr(6) : std::string_view(), value);
     if (bindings_.size() == before) return false;
     scopes_.push_back({scope_, before});
     scope_ = nextScope_++;
@@ -53,13 +48,13 @@ std::vector<std::pair<std::string_view, std::string_view>> NameTable::scopeDecla
     return result;
 }
 
-const ResolvedName& NameTable::element(const char* qname) {
+const ResolvedName& NameTable::element(std::string_view qname) {
     Resolution& known = entry(qname).asElement;
     if (known.scope != scope_) known = {scope_, resolve(qname, true, false)};
     return *known.name;
 }
 
-const ResolvedName& NameTable::attribute(const char* qname, NamespaceIndex owner) {
+const ResolvedName& NameTable::attribute(std::string_view qname, NamespaceIndex owner) {
     Entry& names = entry(qname);
     const bool isMath = owner == kMathNamespace;
     Resolution& known = isMath ? names.asMathAttribute : names.asAttribute;
@@ -67,9 +62,9 @@ const ResolvedName& NameTable::attribute(const char* qname, NamespaceIndex owner
     return *known.name;
 }
 
-NameTable::Entry& NameTable::entry(const char* qname) {
+NameTable::Entry& NameTable::entry(std::string_view qname) {
     Entry* next = last_->next;
-    if (!next || std::strcmp(next->qname.c_str(), qname) != 0) {
+    if (!next || next->qname != qname) {
         next = &find(qname);
         last_->next = next;
     }

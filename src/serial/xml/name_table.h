@@ -3,6 +3,7 @@
 #include "core/kept.h"
 #include "core/namespaces.h"
 #include "core/value_pool.h"
+#include "serial/xml/parser_events.h"
 
 #include <odfmodel/core/string.h>
 
@@ -52,14 +53,14 @@ public:
 
     /// Takes the declarations among a start tag's attributes; true when there are any, and `leaveScope` is
     /// due at the end tag.
-    bool enterScope(const char** attributes);
+    bool enterScope(Attributes attributes);
     void leaveScope();
     /// Number of declarations that the present scope has itself, for the callbacks about prefixes.
     std::vector<std::pair<std::string_view, std::string_view>> scopeDeclarations() const;
 
-    const ResolvedName& element(const char* qname);
+    const ResolvedName& element(std::string_view qname);
     /// An attribute of an element of the namespace `owner`.
-    const ResolvedName& attribute(const char* qname, NamespaceIndex owner);
+    const ResolvedName& attribute(std::string_view qname, NamespaceIndex owner);
 
     static bool isDeclaration(std::string_view qname) noexcept {
         return qname.starts_with("xmlns") && (qname.size() == 5 || qname[5] == ':');
@@ -89,7 +90,7 @@ private:
     };
 
     void bind(std::string_view prefix, std::string_view uri);
-    Entry& entry(const char* qname);
+    Entry& entry(std::string_view qname);
     Entry& find(std::string_view qname);
     const ResolvedName* resolve(std::string_view qname, bool isElement, bool isMath);
     const ResolvedName* canonical(NamespaceIndex nameSpace, std::string_view uri, std::string_view local,

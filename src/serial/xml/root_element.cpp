@@ -10,31 +10,31 @@ namespace {
 
 class FirstElement final : public ParserEvents {
 public:
-    void setParser(ExpatParser& parser) noexcept { parser_ = &parser; }
+    explicit FirstElement(ParseControl& control) noexcept : control_(control) {}
     const std::string& name() const noexcept { return name_; }
 
-    void startElement(const char* name, const char** attributes) override {
+    void startElement(std::string_view name, Attributes attributes) override {
         NameTable names;
         names.enterScope(attributes);
         name_ = names.element(name).canonical;
-        parser_->stop("the root element is known");
+        control_.stop("the root element is known");
     }
-    void endElement(const char*) override {}
-    void characterData(std::string_view) override {}
+    void endElement(std::string_view) override {}
+    void characterData(std::string_view, bool) override {}
 
 private:
-    ExpatParser* parser_ = nullptr;
+    ParseControl& control_;
     std::string name_;
 };
 
 } // namespace
 
 std::string RootElementOf(std::span<const unsigned char> document, const Limits& limits) {
-    FirstElement first;
-    ExpatParser parser(first, limits, false);
-    first.setParser(parser);
+    ParseControl control;
+    FirstElement first(control);
+    ExpatParser parser(first, control, limits, false);
     // It is nearly always in the first few bytes.
-    for (std::size_t piece = 4096; !document.empty() && !parser.isStopped(); piece *= 2) {
+    for (std::size_t piece = 4096; !document.empty() && !control.isStopped(); piece *= 2) {
         const auto next = document.first(std::min(piece, document.size()));
         document = document.subspan(next.size());
         parser.parse(next.data(), next.size(), document.empty());

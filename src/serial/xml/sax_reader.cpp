@@ -1,6 +1,7 @@
 #include <odfmodel/serial/sax_reader.h>
 
 #include "platform/files.h"
+#include "serial/xml/document_parse.h"
 #include "serial/xml/handler_driver.h"
 #include "serial/xml/tree_builder.h"
 
@@ -8,7 +9,6 @@
 #include <odfmodel/serial/default_handler.h>
 #include <odfmodel/serial/unzip.h>
 
-#include <algorithm>
 #include <array>
 #include <memory>
 #include <optional>
@@ -18,17 +18,24 @@ CSDSaxReader::~CSDSaxReader() = default;
 namespace ODF::xml {
 namespace {
 
-/// A parse that feeds the content handler, piece by piece.
+/// A parse that feeds the content handler.
 struct HandlerParse {
-    HandlerDriver driver;
-    ExpatParser parser;
+    ParseControl control;
     CSDDefaultHandler& handler;
+    HandlerDriver driver;
 
     HandlerParse(CSDDefaultHandler& target, const Limits& limits)
-        : driver(target, limits), parser(driver, limits, true), handler(target) {
-        driver.setParser(parser);
+        : handler(target), driver(target, control, limits) {
         handler.startDocument();
     }
+};
+
+/// The same, with the document in pieces.
+struct ChunkParse : HandlerParse {
+    ExpatParser parser;
+
+    ChunkParse(CSDDefaultHandler& target, const Limits& limits)
+        : HandlerParse(target, limits), parser(driver, control, limits, true) {}
 };
 
 /// Serves a parse without a handler, which only tells whether the document is well formed.
@@ -50,33 +57,31 @@ class SaxReader final : public CSDSaxReader {
 public:
     bool ParseFile(const unsigned short* path, CSDObject* root) override {
         if (!root) return false;
-        return withTree(*root, [&](ExpatParser& parser, TreeBuilder& builder) {
-            return feedFile(path, parser, &builder);
-        });
+        return withTree(*root, [&](DocumentParse& parse) { return parseFile(path, parse); });
     }
     bool ParseMemory(const void* data, std::size_t byteCount, CSDObject* root) override {
         if (!root || (!data && byteCount > 0)) return false;
-        return withTree(*root, [&](ExpatParser& parser, TreeBuilder& builder) {
-            builder.setSourceBytes(byteCount);
-            return parser.parse(byteCount > 0 ? data : "", byteCount, true) || fail(parser);
+        return withTree(*root, [&](DocumentParse& parse) {
+            return parse.memory({static_cast<const char*>(data), byteCount});
         });
     }
     bool ParseWithHandler(const unsigned short* path) override {
-        HandlerParse parse(target(), limits_);
-        const bool done = feedFile(path, parse.parser);
-        if (done) parse.handler.endDocument();
-        return done;
+        HandlerParse events(target(), limits_);
+        DocumentParse parse(events.driver, events.control, limits_, true);
+        const ParseResult result = parseFile(path, parse);
+        if (!tell(result, events.control, parse.position())) return false;
+        events.handler.endDocument();
+        return true;
     }
     bool BeginChunks() override {
-        chunks_ = std::make_unique<HandlerParse>(target(), limits_);
+        chunks_ = std::make_unique<ChunkParse>(target(), limits_);
         chunksFailed_ = false;
         return true;
     }
     bool ParseChunk(const void* data, int byteCount, int) override {
         if (!chunks_ || chunksFailed_ || byteCount < 0 || (!data && byteCount > 0)) return false;
         if (byteCount == 0) return true;
-        chunksFailed_ = !chunks_->parser.parse(data, static_cast<std::size_t>(byteCount), false) &&
-                        !fail(chunks_->parser);
+        chunksFailed_ = !parseChunk(*chunks_, data, static_cast<std::size_t>(byteCount), false);
         return !chunksFailed_;
     }
     void EndChunks() override { finishChunks(); }
@@ -105,14 +110,16 @@ public:
 private:
     CSDDefaultHandler& target() { return handler_ ? *handler_ : idle_; }
 
-    template<typename Feed>
-    bool withTree(CSDObject& root, Feed feed) {
-        TreeBuilder builder(root, limits_, fidelity_);
+    template<typename Parse>
+    bool withTree(CSDObject& root, Parse run) {
+        ParseControl control;
+        TreeBuilder builder(root, control, limits_, fidelity_);
         cost_ = {};
-        ExpatParser parser(builder, limits_, fidelity_ == Fidelity::Everything);
-        builder.setParser(parser);
+        DocumentParse parse(builder, control, limits_, fidelity_ == Fidelity::Everything);
+        parse.onBytes = [&](std::uint64_t byteCount) { builder.setSourceBytes(byteCount); };
         hasMatchedRoot_ = false;
-        const bool done = feed(parser, builder);
+        const ParseResult result = run(parse);
+        const bool done = tell(result, control, parse.position());
         builder.finish();
         cost_ = builder.cost();
         hasMatchedRoot_ = builder.hasMatchedRoot();
@@ -125,48 +132,45 @@ private:
         return done;
     }
 
-    bool feedFile(const unsigned short* path, ExpatParser& parser, TreeBuilder* builder = nullptr) {
-        constexpr std::size_t kPiece = 1U << 16;
-        constexpr std::size_t kMost = 1U << 28;
+    static ParseResult parseFile(const unsigned short* path, DocumentParse& parse) {
         platform::InputFile file;
-        if (!path || !file.open(platform::Path(path))) {
-            note(NoteCode::MemberUnreadable, "the file can not be read");
-            return false;
-        }
-        for (std::uint64_t offset = 0;;) {
-            const std::size_t wanted = std::clamp(parser.wanted(), kPiece, kMost);
-            const std::ptrdiff_t count = file.readAt(offset, parser.buffer(wanted), wanted);
-            if (count < 0) {
-                note(NoteCode::MemberUnreadable, "the file can not be read to its end");
-                return false;
-            }
-            offset += static_cast<std::uint64_t>(count);
-            if (builder) builder->setSourceBytes(offset);
-            if (offset > limits_.partBytes) {
-                note(NoteCode::SizeLimit, "the part is too large", parser.line(), parser.column());
-                return false;
-            }
-            const bool isLast = static_cast<std::size_t>(count) < wanted;
-            if (!parser.parseBuffer(static_cast<std::size_t>(count), isLast)) return fail(parser);
-            if (isLast) return true;
-        }
+        if (!path || !file.open(platform::Path(path))) return ParseResult::Unreadable;
+        return parse.file(file);
+    }
+
+    bool parseChunk(ChunkParse& chunks, const void* data, std::size_t byteCount, bool isLast) {
+        const bool isParsed = chunks.parser.parse(data, byteCount, isLast);
+        return tell(isParsed ? ParseResult::Ok : ParseResult::Stopped, chunks.control,
+                    chunks.parser.position());
     }
 
     bool finishChunks() {
         const auto parse = std::move(chunks_);
         if (!parse || chunksFailed_) return false;
-        if (!parse->parser.parse("", 0, true)) return fail(parse->parser);
+        if (!parseChunk(*parse, "", 0, true)) return false;
         parse->handler.endDocument();
         return true;
     }
 
-    /// Notes why the parse has ended; always false.
-    bool fail(const ExpatParser& parser) {
-        note(CodeOf(parser.kind()), parser.error(), parser.line(), parser.column());
+    /// Notes why a parse has ended; true when it was at the end of the document.
+    bool tell(ParseResult result, const ParseControl& control, Position at) {
+        switch (result) {
+        case ParseResult::Ok:
+            return true;
+        case ParseResult::Stopped:
+            note(CodeOf(control.kind()), control.reason(), at);
+            break;
+        case ParseResult::Unreadable:
+            note(NoteCode::MemberUnreadable, "the file can't be read");
+            break;
+        case ParseResult::TooLarge:
+            note(NoteCode::SizeLimit, "the part is too large", at);
+            break;
+        }
         return false;
     }
-    void note(NoteCode code, std::string_view text, unsigned long line = 0, unsigned long column = 0) {
-        if (diagnostics_) diagnostics_->add(code, Severity::Error, member_, text, line, column);
+    void note(NoteCode code, std::string_view text, Position at = {}) {
+        if (diagnostics_) diagnostics_->add(code, Severity::Error, member_, text, at.line, at.column);
     }
 
     IdleHandler idle_;
@@ -176,7 +180,7 @@ private:
     TreeCost cost_;
     Diagnostics* diagnostics_ = nullptr;
     std::string member_;
-    std::unique_ptr<HandlerParse> chunks_;
+    std::unique_ptr<ChunkParse> chunks_;
     bool chunksFailed_ = false;
     bool hasMatchedRoot_ = false;
 };

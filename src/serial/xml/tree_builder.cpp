@@ -5,7 +5,6 @@
 #include <odfmodel/core/part.h>
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 
 namespace ODF::xml {
@@ -40,21 +39,21 @@ TreeBuilder::ClassNames& TreeBuilder::namesOf(const ClassDescriptor& table) {
     return names;
 }
 
-void TreeBuilder::startElement(const char* name, const char** attributes) {
+void TreeBuilder::startElement(std::string_view name, Attributes attributes) {
     flushText();
     const std::size_t depth = open_.size() + skipDepth_;
     if (depth >= limits_.depth) {
-        parser_->stop("elements nest too deep", StopKind::Depth);
+        control_.stop("elements nest too deep", StopKind::Depth);
         return;
     }
     if (skipDepth_ > 0) {
         ++skipDepth_;
         return;
     }
-    for (const char** at = attributes; *at; at += 2)
-        cost_.textBytes += std::strlen(at[1]);
+    for (const Attribute& attribute : attributes)
+        cost_.textBytes += attribute.value.size();
     if (++cost_.objects > most_.objects || cost_.textBytes > most_.textBytes) {
-        parser_->stop("the document has too much content", StopKind::Size);
+        control_.stop("the document has too much content", StopKind::Size);
         return;
     }
     const bool hasScope = names_.enterScope(attributes);
@@ -70,7 +69,7 @@ void TreeBuilder::startElement(const char* name, const char** attributes) {
         if (keepsAll_ && ObjectAccess::isForeign(root_))
             hasMatchedRoot_ = element.kept(name, true).means(ObjectAccess::name(root_));
         if (keepsAll_ && !hasMatchedRoot_) {
-            parser_->stop("unexpected root element " + rootName_);
+            control_.stop("unexpected root element " + rootName_);
             return;
         }
     } else if (!createChild(level, element, name, attributes)) {
@@ -98,12 +97,10 @@ CSDObject* TreeBuilder::makeChild(CSDObject* (*make)(unsigned, Arena*), unsigned
 }
 
 bool TreeBuilder::createChild(Level& child, const ResolvedName& name, std::string_view qname,
-                              const char** attributes) {
+                              Attributes attributes) {
     const Level& parent = open_.back();
     const auto make = [&](const ClassDescriptor& table, unsigned id, ClassNames* names) {
-        std::size_t words = table.words();
-        for (const char** at = attributes; *at; at += 2)
-            ++words;
+        const std::size_t words = table.words() + attributes.size();
         child.object = makeChild(table.make, id, words * sizeof(std::uint64_t), child.arena);
         if (ObjectAccess::table(*child.object)) child.names = names;
     };
@@ -174,7 +171,7 @@ void TreeBuilder::settle() {
         level.firstPending = 0;
 }
 
-void TreeBuilder::readAttributes(const Level& level, const ResolvedName& element, const char** attributes) {
+void TreeBuilder::readAttributes(const Level& level, const ResolvedName& element, Attributes attributes) {
     CSDObject& object = *level.object;
     ClassNames* const names = level.names;
     if (keepsAll_) {
@@ -183,46 +180,44 @@ void TreeBuilder::readAttributes(const Level& level, const ResolvedName& element
     }
     if (keepsAll_ && !names && ObjectAccess::isDate(object)) {
         if (const char* const reason = BeyondLimits(attributes, limits_)) {
-            parser_->stop(reason, StopKind::Size);
+            control_.stop(reason, StopKind::Size);
             return;
         }
         ObjectAccess::setKeepsValue(object); // also that there is no text at all
-        for (const char** at = attributes; *at; at += 2)
-            if (!NameTable::isDeclaration(*at))
-                keepAttribute(names_.attribute(*at, element.nameSpace), *at, at[1]);
+        for (const auto& [qname, value] : attributes)
+            if (!NameTable::isDeclaration(qname))
+                keepAttribute(names_.attribute(qname, element.nameSpace), qname, value);
         if (!kept_.empty()) ObjectAccess::keep(object, kept_);
         return;
     }
     if (!names) {
         if (const char* const reason = BeyondLimits(attributes, limits_)) {
-            parser_->stop(reason, StopKind::Size);
+            control_.stop(reason, StopKind::Size);
             return;
         }
         list_.clear();
-        for (const char** at = attributes; *at; at += 2)
-            if (!NameTable::isDeclaration(*at))
-                list_.add(*at, names_.attribute(*at, element.nameSpace), at[1]);
+        for (const auto& [qname, value] : attributes)
+            if (!NameTable::isDeclaration(qname))
+                list_.add(qname, names_.attribute(qname, element.nameSpace), value);
         settle();
         object.ReadAttribute(&list_);
         return;
     }
     values_.clear();
-    std::size_t count = 0;
-    for (const char** at = attributes; *at; at += 2) {
-        if (++count > limits_.attributes) {
-            parser_->stop("too many attributes", StopKind::Size);
-            return;
-        }
-        if (**at == 'x' && NameTable::isDeclaration(*at)) continue;
-        const ResolvedName& name = names_.attribute(*at, element.nameSpace);
+    if (attributes.size() > limits_.attributes) {
+        control_.stop("too many attributes", StopKind::Size);
+        return;
+    }
+    for (const auto& [qname, value] : attributes) {
+        if (NameTable::isDeclaration(qname)) continue;
+        const ResolvedName& name = names_.attribute(qname, element.nameSpace);
         std::int32_t looked = kNotLooked;
         std::int32_t* const place = Place(names->attributeRows, name.id, kNotLooked);
         std::int32_t& row = place ? *place : looked;
         if (row == kNotLooked) row = names->table->findAttribute(name.nameSpace, name.local);
-        const std::string_view value(at[1]);
         if (row >= 0) {
             if (value.size() > limits_.textBytes) {
-                parser_->stop("an attribute value is too long", StopKind::Size);
+                control_.stop("an attribute value is too long", StopKind::Size);
                 return;
             }
             if (keepsAll_ && name.nameSpace == kMathNamespace) {
@@ -230,21 +225,21 @@ void TreeBuilder::readAttributes(const Level& level, const ResolvedName& element
                 // to one of the same name without.
                 if (std::any_of(values_.begin(), values_.end(),
                                 [row](const ReadValue& other) { return other.row == row; })) {
-                    keepAttribute(name, *at, value);
+                    keepAttribute(name, qname, value);
                     continue;
                 }
-                if (std::string_view(*at).find(':') != std::string_view::npos)
-                    kept_.push_back({name.kept(*at, false), CTulStringW(value), row});
+                if (qname.find(':') != std::string_view::npos)
+                    kept_.push_back({name.kept(qname, false), CTulStringW(value), row});
             }
             values_.push_back({static_cast<std::uint16_t>(row), value});
             continue;
         }
         if (keepsAll_) {
             if (value.size() > limits_.textBytes) {
-                parser_->stop("an attribute value is too long", StopKind::Size);
+                control_.stop("an attribute value is too long", StopKind::Size);
                 return;
             }
-            keepAttribute(name, *at, value);
+            keepAttribute(name, qname, value);
             continue;
         }
         // Unknown attributes of a class are few, so a short list serves as the counter.
@@ -262,7 +257,7 @@ void TreeBuilder::readAttributes(const Level& level, const ResolvedName& element
                                  {pool_, names->usage.data(), level.arena, keepsAll_ ? &kept_ : nullptr});
 }
 
-void TreeBuilder::keepAttribute(const ResolvedName& name, const char* qname, std::string_view value) {
+void TreeBuilder::keepAttribute(const ResolvedName& name, std::string_view qname, std::string_view value) {
     const ForeignName& kept = name.kept(qname, false);
     // Two prefixes of one namespace can give an attribute twice; the last one counts, as with those of a
     // class.
@@ -283,7 +278,7 @@ void TreeBuilder::keepDeclarations(CSDObject& object) {
         declarations.push_back({CTulStringW(prefix), CTulStringW(uri)});
 }
 
-void TreeBuilder::endElement(const char*) {
+void TreeBuilder::endElement(std::string_view) {
     flushText();
     if (skipDepth_ > 0) {
         --skipDepth_;
@@ -306,14 +301,17 @@ void TreeBuilder::close(Level& level) {
         ObjectAccess::joinRuns(*level.object);
 }
 
-void TreeBuilder::characterData(std::string_view text) {
+void TreeBuilder::characterData(std::string_view text, bool isWhole) {
     if (skipDepth_ > 0 || open_.empty()) return;
     cost_.textBytes += text.size();
     if (text_.size() + text.size() > limits_.textBytes || cost_.textBytes > most_.textBytes) {
-        parser_->stop("a text is too long", StopKind::Size);
+        control_.stop("a text is too long", StopKind::Size);
         return;
     }
-    text_.append(text);
+    if (isWhole)
+        takeText(text);
+    else
+        text_.append(text);
 }
 
 void TreeBuilder::finish() {
@@ -323,16 +321,16 @@ void TreeBuilder::finish() {
         close(level);
 }
 
-void TreeBuilder::comment(const char* text) {
+void TreeBuilder::comment(std::string_view text) {
     if (keepsAll_) addMarkup(kCommentId, text);
 }
 
-void TreeBuilder::processingInstruction(const char* target, const char* data) {
-    if (keepsAll_) addMarkup(kProcessingInstructionId, std::string(target) + " " + data);
+void TreeBuilder::processingInstruction(std::string_view target, std::string_view data) {
+    if (keepsAll_) addMarkup(kProcessingInstructionId, std::string(target).append(" ").append(data));
 }
 
-void TreeBuilder::skippedEntity(const char* name) {
-    if (keepsAll_) parser_->stop("the entity " + std::string(name) + " is defined outside the file");
+void TreeBuilder::skippedEntity(std::string_view name) {
+    if (keepsAll_) control_.stop("the entity " + std::string(name) + " is defined outside the file");
 }
 
 void TreeBuilder::addMarkup(unsigned id, std::string_view text) {
@@ -342,7 +340,7 @@ void TreeBuilder::addMarkup(unsigned id, std::string_view text) {
     cost_.textBytes += text.size();
     if (text.size() > limits_.textBytes || cost_.textBytes > most_.textBytes ||
         cost_.objects > most_.objects) {
-        parser_->stop("a text is too long", StopKind::Size);
+        control_.stop("a text is too long", StopKind::Size);
         return;
     }
     if (open_.empty()) {
@@ -363,20 +361,25 @@ void TreeBuilder::addMarkup(unsigned id, std::string_view text) {
 
 void TreeBuilder::flushText() {
     if (text_.empty()) return;
+    takeText(text_);
+    text_.clear();
+}
+
+/// Gives the open object a text that is complete.
+void TreeBuilder::takeText(std::string_view text) {
     CSDObject& object = *open_.back().object;
     const ClassDescriptor* const table = open_.back().names ? open_.back().names->table : nullptr;
     if (table && ObjectAccess::keepsRuns(object)) {
-        addTextRun(texts_.decode(text_));
+        addTextRun(texts_.decode(text));
     } else if (keepsAll_ && ObjectAccess::descriptor(object)) {
-        keepText(open_.back());
+        keepText(open_.back(), text);
     } else if (!table || ObjectAccess::holdsText(object)) {
         if (!table) settle();
-        units_ = texts_.decode(text_);
+        units_ = texts_.decode(text);
         object.ReadNodeValue(ToUnits(units_.c_str()), static_cast<unsigned>(units_.size()));
-    } else if (!IsBlank(text_)) {
+    } else if (!IsBlank(text)) {
         ++droppedText_[table->elementName];
     }
-    text_.clear();
 }
 
 bool TreeBuilder::hasChildren(const Level& level) const noexcept {
@@ -384,17 +387,17 @@ bool TreeBuilder::hasChildren(const Level& level) const noexcept {
 }
 
 /// Text of an element whose class keeps it as one value, or has no place for it at all.
-void TreeBuilder::keepText(Level& level) {
+void TreeBuilder::keepText(Level& level, std::string_view text) {
     CSDObject& object = *level.object;
     const bool isOfDate = ObjectAccess::isDate(object);
     if (!isOfDate && !ObjectAccess::holdsText(object)) {
-        if (!level.hasRuns && IsBlank(text_)) return;
+        if (!level.hasRuns && IsBlank(text)) return;
         level.hasRuns = true;
-        addTextRun(texts_.decode(text_));
+        addTextRun(texts_.decode(text));
         return;
     }
     if (!hasChildren(level)) {
-        units_ = texts_.decode(text_);
+        units_ = texts_.decode(text);
         object.ReadNodeValue(ToUnits(units_.c_str()), static_cast<unsigned>(units_.size()));
         return;
     }
@@ -417,10 +420,10 @@ void TreeBuilder::keepText(Level& level) {
         ObjectAccess::setKeepsValue(object);
     }
     if (isOfDate) {
-        units_ = texts_.decode(text_);
+        units_ = texts_.decode(text);
         object.ReadNodeValue(ToUnits(units_.c_str()), static_cast<unsigned>(units_.size()));
     }
-    addTextRun(texts_.decode(text_));
+    addTextRun(texts_.decode(text));
 }
 
 void TreeBuilder::addTextRun(std::u16string_view text) {

@@ -4,8 +4,8 @@
 #include "core/object_access.h"
 #include "core/text_maker.h"
 #include "serial/xml/attribute_list.h"
-#include "serial/xml/expat_parser.h"
 #include "serial/xml/name_table.h"
+#include "serial/xml/parser_events.h"
 
 #include <odfmodel/core/diagnostics.h>
 
@@ -18,15 +18,14 @@ namespace ODF::xml {
 /// their tables; a caller's own classes are driven by their virtual operations.
 class TreeBuilder final : public ParserEvents {
 public:
-    TreeBuilder(CSDObject& root, const Limits& limits, Fidelity fidelity)
-        : root_(root), limits_(limits), keepsAll_(fidelity == Fidelity::Everything) {
+    TreeBuilder(CSDObject& root, ParseControl& control, const Limits& limits, Fidelity fidelity)
+        : root_(root), control_(control), limits_(limits), keepsAll_(fidelity == Fidelity::Everything) {
         setSourceBytes(0);
     }
     TreeBuilder(const TreeBuilder&) = delete;
     TreeBuilder& operator=(const TreeBuilder&) = delete;
     ~TreeBuilder();
 
-    void setParser(ExpatParser& parser) noexcept { parser_ = &parser; }
     /// Bytes of the document, as far as they are known yet: the more, the larger the tree may become.
     void setSourceBytes(std::uint64_t byteCount) noexcept {
         most_.objects = limits_.freeObjects + byteCount * limits_.objectsPerByte;
@@ -40,12 +39,12 @@ public:
     bool hasMatchedRoot() const noexcept { return hasMatchedRoot_; }
     const std::string& rootName() const noexcept { return rootName_; }
 
-    void startElement(const char* name, const char** attributes) override;
-    void endElement(const char* name) override;
-    void characterData(std::string_view text) override;
-    void comment(const char* text) override;
-    void processingInstruction(const char* target, const char* data) override;
-    void skippedEntity(const char* name) override;
+    void startElement(std::string_view name, Attributes attributes) override;
+    void endElement(std::string_view name) override;
+    void characterData(std::string_view text, bool isWhole) override;
+    void comment(std::string_view text) override;
+    void processingInstruction(std::string_view target, std::string_view data) override;
+    void skippedEntity(std::string_view name) override;
     /// Hands over what a parse was gathering when it ended at a fault.
     void finish();
 
@@ -75,12 +74,13 @@ private:
     };
 
     void flushText();
-    bool createChild(Level& child, const ResolvedName& name, std::string_view qname, const char** attributes);
-    void readAttributes(const Level& level, const ResolvedName& element, const char** attributes);
+    void takeText(std::string_view text);
+    bool createChild(Level& child, const ResolvedName& name, std::string_view qname, Attributes attributes);
+    void readAttributes(const Level& level, const ResolvedName& element, Attributes attributes);
     ClassNames& namesOf(const ClassDescriptor& table);
-    void keepText(Level& level);
+    void keepText(Level& level, std::string_view text);
     void keepDeclarations(CSDObject& object);
-    void keepAttribute(const ResolvedName& name, const char* qname, std::string_view value);
+    void keepAttribute(const ResolvedName& name, std::string_view qname, std::string_view value);
     void addMarkup(unsigned id, std::string_view text);
     void addTextRun(std::u16string_view text);
     bool hasChildren(const Level& level) const noexcept;
@@ -93,11 +93,11 @@ private:
     void settle();
 
     CSDObject& root_;
+    ParseControl& control_;
     Limits limits_;
     const bool keepsAll_;
     TreeCost cost_;
     TreeCost most_;
-    ExpatParser* parser_ = nullptr;
     NameTable names_;
     ValuePool pool_;
     std::unordered_map<const ClassDescriptor*, ClassNames> classes_;
