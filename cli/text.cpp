@@ -16,7 +16,7 @@ bool Parse(const MemberBytes& xml, const std::string& name, CSDDefaultHandler& h
     if (xml.bytes.empty()) return true;
     const SaxReader reader = MakeSaxReader();
     reader->SetDiagnostics(&diagnostics, name);
-    return ParsePieces(*reader, xml.text(), handler) && xml.isWhole;
+    return ParseXml(*reader, xml.text(), handler) && xml.isWhole;
 }
 
 /// Gathers the styles of `styles.xml` that lists and headings are numbered by.

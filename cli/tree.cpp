@@ -108,7 +108,7 @@ std::unique_ptr<CSDObject> ReadForeignTree(std::string_view xml) {
     };
     RootName handler;
     const SaxReader reader = MakeSaxReader();
-    if (ParsePieces(*reader, xml, handler) && handler.root &&
+    if (ParseXml(*reader, xml, handler) && handler.root &&
         ODF::FromXml(xml, *handler.root, ODF::Fidelity::Everything))
         return std::move(handler.root);
     return nullptr;

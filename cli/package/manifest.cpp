@@ -45,7 +45,7 @@ private:
 std::vector<ManifestEntry> ReadManifest(std::string_view xml) {
     std::vector<ManifestEntry> entries;
     ManifestHandler handler(entries);
-    ParsePieces(*MakeSaxReader(), xml, handler);
+    ParseXml(*MakeSaxReader(), xml, handler);
     return entries;
 }
 

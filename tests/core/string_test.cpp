@@ -208,6 +208,25 @@ TEST(String, TranslatesUtf8) {
     EXPECT_EQ(ODF::ToUtf8(kNoUnits), "");
 }
 
+TEST(String, TranslatesEveryCodePointAtAnyPlace) {
+    // Blocks of ASCII take another way than what comes between them.
+    for (const char32_t c : {U'\x7F', U'\u0080', U'\u07FF', U'\u0800', U'\u0FFF', U'\u1000', U'\uCFFF',
+                             U'\uD7FF', U'\uE000', U'\uFFFF', U'\U00010000', U'\U0010FFFF'})
+        for (std::size_t before = 0; before < 40; ++before)
+            for (const std::size_t after : {0U, 1U, 7U, 15U, 16U, 17U}) {
+                std::u16string units(before, u'a');
+                if (c > 0xFFFF)
+                    units += {static_cast<char16_t>(0xD800 + ((c - 0x10000) >> 10)),
+                              static_cast<char16_t>(0xDC00 + ((c - 0x10000) & 0x3FF))};
+                else
+                    units += {static_cast<char16_t>(c), static_cast<char16_t>(c)};
+                units.append(after, u'b');
+                const std::string utf8 = ODF::ToUtf8(units);
+                ASSERT_EQ(ODF::ToUtf16(utf8), units);
+                ASSERT_EQ(ODF::ToUtf16(utf8 + "\xE2\x82"), units + u'\uFFFD');
+            }
+}
+
 TEST(String, IsCopiedAFewTimesWhileItGrows) {
     CTulStringW grown;
     int buffers = 0;

@@ -45,6 +45,8 @@ public:
 
     /// Parses XML in memory into the tree under `root`; otherwise as `ParseFile`.
     virtual bool ParseMemory(const void* data, std::size_t byteCount, CSDObject* root) = 0;
+    /// Parses XML in memory and feeds the installed content handler; otherwise as `ParseWithHandler`.
+    virtual bool ParseMemoryWithHandler(const void* data, std::size_t byteCount) = 0;
     /// Whether the last document that was parsed into a tree began with the element that the root object
     /// stands for.
     virtual bool HasMatchedRoot() const = 0;

@@ -3,6 +3,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <string_view>
 
 #if defined(__SSE2__)
 #include <bit>
@@ -10,6 +12,18 @@
 #endif
 
 namespace ODF::xml {
+
+/// Whether two names are the same. Most have 8 to 16 bytes, for which two comparisons of words suffice.
+inline bool SameName(std::string_view a, std::string_view b) noexcept {
+    if (a.size() != b.size()) return false;
+    if (a.size() < 8 || a.size() > 16) return std::memcmp(a.data(), b.data(), a.size()) == 0;
+    const auto word = [](std::string_view name, std::size_t at) {
+        std::uint64_t bytes = 0;
+        std::memcpy(&bytes, name.data() + at, sizeof bytes);
+        return bytes;
+    };
+    return word(a, 0) == word(b, 0) && word(a, a.size() - 8) == word(b, b.size() - 8);
+}
 
 /// Searches of the tokeniser: each returns the first byte of [at, end) that it has to look at, or `end`. With
 /// SSE2 they take 16 bytes a step; nothing outside the range is read.

@@ -61,6 +61,11 @@ struct ExpatParser::Callbacks {
         });
     }
     static void end(void* data, const char* name) {
+        // The end of an empty element is told of after its tag, as a token without bytes.
+        auto& parser = *static_cast<ExpatParser*>(data);
+        if (parser.passedOver_ > 0 && XML_GetCurrentByteCount(parser.parser_) == 0 &&
+            static_cast<std::uint64_t>(XML_GetCurrentByteIndex(parser.parser_)) == parser.passedOver_)
+            return;
         guarded(data, [&](ParserEvents& events) { events.endElement(name); });
     }
     static void characters(void* data, const char* text, int length) {
@@ -172,9 +177,8 @@ bool ExpatParser::parsePieces(const char* at, std::size_t byteCount, bool isLast
 
 bool ExpatParser::isPassedOver() const noexcept {
     if (passedOver_ == 0) return false;
-    // By its end, since the end of an empty element is told of as a token without bytes after its tag.
-    const XML_Index end = XML_GetCurrentByteIndex(parser_) + XML_GetCurrentByteCount(parser_);
-    return end >= 0 && static_cast<std::uint64_t>(end) <= passedOver_;
+    const XML_Index at = XML_GetCurrentByteIndex(parser_);
+    return at >= 0 && static_cast<std::uint64_t>(at) < passedOver_;
 }
 
 bool ExpatParser::deliver(std::size_t byteCount) {

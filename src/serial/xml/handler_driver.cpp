@@ -46,17 +46,18 @@ void HandlerDriver::startElement(std::string_view name, Attributes attributes) {
         for (const auto& [prefix, uri] : names_.scopeDeclarations())
             handler_.startPrefixMapping(CTulStringW(prefix), CTulStringW(uri));
     const ResolvedName& element = names_.element(name);
+    const CTulStringW& spelled = names_.spelled();
     list_.clear();
     for (const auto& [qname, value] : attributes)
         if (!NameTable::isDeclaration(qname))
             list_.add(qname, names_.attribute(qname, element.nameSpace), value);
-    handler_.startElement(CTulStringW(element.uri), CTulStringW(element.local), CTulStringW(name), &list_);
+    handler_.startElement(element.uri16, element.local16, spelled, &list_);
 }
 
 void HandlerDriver::endElement(std::string_view name) {
     flushText();
     const ResolvedName& element = names_.element(name);
-    handler_.endElement(CTulStringW(element.uri), CTulStringW(element.local), CTulStringW(name));
+    handler_.endElement(element.uri16, element.local16, names_.spelled());
     if (hasScope_.back()) {
         for (const auto& [prefix, uri] : names_.scopeDeclarations())
             handler_.endPrefixMapping(CTulStringW(prefix));
@@ -65,19 +66,26 @@ void HandlerDriver::endElement(std::string_view name) {
     hasScope_.pop_back();
 }
 
-void HandlerDriver::characterData(std::string_view text, bool) {
+void HandlerDriver::characterData(std::string_view text, bool isWhole) {
     if (text_.size() + text.size() > limits_.textBytes) {
         control_.stop("a text is too long", StopKind::Size);
         return;
     }
-    text_.append(text);
+    if (isWhole)
+        give(text);
+    else
+        text_.append(text);
 }
 
 void HandlerDriver::flushText() {
     if (text_.empty()) return;
-    const std::u16string units = ToUtf16(text_);
+    give(text_);
     text_.clear();
-    handler_.characters(ToUnits(units.c_str()), static_cast<unsigned>(units.size()));
+}
+
+void HandlerDriver::give(std::string_view text) {
+    units_ = texts_.decode(text);
+    handler_.characters(ToUnits(units_.c_str()), static_cast<unsigned>(units_.size()));
 }
 
 void HandlerDriver::comment(std::string_view text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/text_maker.h"
 #include "serial/xml/attribute_list.h"
 #include "serial/xml/name_table.h"
 #include "serial/xml/parser_events.h"
@@ -29,6 +30,7 @@ public:
 
 private:
     void flushText();
+    void give(std::string_view text);
 
     CSDDefaultHandler& handler_;
     ParseControl& control_;
@@ -37,6 +39,8 @@ private:
     ReadAttributeList list_;
     std::vector<bool> hasScope_;
     std::string text_;
+    TextMaker texts_;
+    std::u16string units_;
 };
 
 } // namespace ODF::xml

@@ -1,5 +1,7 @@
 #include "serial/xml/name_table.h"
 
+#include "serial/xml/byte_scan.h"
+
 namespace ODF::xml {
 
 const ForeignName& ResolvedName::kept(std::string_view qname, bool isElement) const {
@@ -54,6 +56,11 @@ const ResolvedName& NameTable::element(std::string_view qname) {
     return *known.name;
 }
 
+const CTulStringW& NameTable::spelled() {
+    if (last_->qname16.IsEmpty()) last_->qname16 = CTulStringW(std::string_view(last_->qname));
+    return last_->qname16;
+}
+
 const ResolvedName& NameTable::attribute(std::string_view qname, NamespaceIndex owner) {
     Entry& names = entry(qname);
     const bool isMath = owner == kMathNamespace;
@@ -64,7 +71,7 @@ const ResolvedName& NameTable::attribute(std::string_view qname, NamespaceIndex 
 
 NameTable::Entry& NameTable::entry(std::string_view qname) {
     Entry* next = last_->next;
-    if (!next || next->qname != qname) {
+    if (!next || !SameName(next->qname, qname)) {
         next = &find(qname);
         last_->next = next;
     }
@@ -125,6 +132,8 @@ const ResolvedName* NameTable::canonical(NamespaceIndex nameSpace, std::string_v
     if (const auto known = resolved_.find(key); known != resolved_.end()) return &known->second;
     ResolvedName& made = resolved_[key];
     made.canonical16 = CTulStringW(std::string_view(name));
+    made.uri16 = CTulStringW(uri);
+    made.local16 = CTulStringW(local);
     made.canonical = std::move(name);
     made.uri = uri;
     made.local = local;

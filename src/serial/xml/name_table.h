@@ -23,6 +23,8 @@ struct ResolvedName {
     std::string uri;
     std::string local;
     CTulStringW canonical16;
+    CTulStringW uri16;
+    CTulStringW local16;
     NamespaceIndex nameSpace = kNoNamespace;
     std::uint32_t id = 0; ///< small number of its own within one parse
 
@@ -59,11 +61,13 @@ public:
     std::vector<std::pair<std::string_view, std::string_view>> scopeDeclarations() const;
 
     const ResolvedName& element(std::string_view qname);
+    /// The name that was asked for last, as in the file.
+    const CTulStringW& spelled();
     /// An attribute of an element of the namespace `owner`.
     const ResolvedName& attribute(std::string_view qname, NamespaceIndex owner);
 
     static bool isDeclaration(std::string_view qname) noexcept {
-        return qname.starts_with("xmlns") && (qname.size() == 5 || qname[5] == ':');
+        return qname.starts_with('x') && qname.starts_with("xmlns") && (qname.size() == 5 || qname[5] == ':');
     }
 
 private:
@@ -74,6 +78,7 @@ private:
     /// A name as it stands in the file, with what it meant last in each of its roles.
     struct Entry {
         std::string qname;
+        CTulStringW qname16; ///< made when it is first asked for
         Resolution asElement;
         Resolution asAttribute;
         Resolution asMathAttribute;

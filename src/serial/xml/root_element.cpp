@@ -2,6 +2,7 @@
 
 #include "serial/xml/expat_parser.h"
 #include "serial/xml/name_table.h"
+#include "serial/xml/tokenizer.h"
 
 #include <algorithm>
 
@@ -32,6 +33,9 @@ private:
 std::string RootElementOf(std::span<const unsigned char> document, const Limits& limits) {
     ParseControl control;
     FirstElement first(control);
+    Tokenizer tokenizer(first, control, false);
+    const std::string_view text(reinterpret_cast<const char*>(document.data()), document.size());
+    if (tokenizer.parse(text, true) != Tokenizer::Outcome::Unsure) return first.name();
     ExpatParser parser(first, control, limits, false);
     // It is nearly always in the first few bytes.
     for (std::size_t piece = 4096; !document.empty() && !control.isStopped(); piece *= 2) {

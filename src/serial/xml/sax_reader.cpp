@@ -66,12 +66,13 @@ public:
         });
     }
     bool ParseWithHandler(const unsigned short* path) override {
-        HandlerParse events(target(), limits_);
-        DocumentParse parse(events.driver, events.control, limits_, true);
-        const ParseResult result = parseFile(path, parse);
-        if (!tell(result, events.control, parse.position())) return false;
-        events.handler.endDocument();
-        return true;
+        return withHandler([&](DocumentParse& parse) { return parseFile(path, parse); });
+    }
+    bool ParseMemoryWithHandler(const void* data, std::size_t byteCount) override {
+        if (!data && byteCount > 0) return false;
+        return withHandler([&](DocumentParse& parse) {
+            return parse.memory({static_cast<const char*>(data), byteCount});
+        });
     }
     bool BeginChunks() override {
         chunks_ = std::make_unique<ChunkParse>(target(), limits_);
@@ -130,6 +131,16 @@ private:
                                   "unexpected root element " + builder.rootName());
         }
         return done;
+    }
+
+    template<typename Parse>
+    bool withHandler(Parse run) {
+        HandlerParse events(target(), limits_);
+        DocumentParse parse(events.driver, events.control, limits_, true);
+        const ParseResult result = run(parse);
+        if (!tell(result, events.control, parse.position())) return false;
+        events.handler.endDocument();
+        return true;
     }
 
     static ParseResult parseFile(const unsigned short* path, DocumentParse& parse) {

@@ -63,7 +63,6 @@ bool Tokenizer::startsWith(std::string_view prefix) const noexcept {
 }
 
 Tokenizer::Step Tokenizer::token() {
-    if (*at_ == '&') return reference();
     if (*at_ != '<') return text();
     if (end_ - at_ < 2) return missing();
     switch (at_[1]) {
@@ -123,13 +122,13 @@ Tokenizer::Step Tokenizer::text() {
         at_ = stop;
         return Step::Next;
     }
-    bool hasReturn = false;
+    bool isPlain = true;
     const char* at = at_;
     for (;;) {
         at = byte_scan::TextStop(at, end_);
         if (at == end_) return missing(); // also at the last byte: the root isn't closed
         const char c = *at;
-        if (c == '<' || c == '&') break;
+        if (c == '<') break;
         if (c == ']') {
             if (end_ - at < 3) return missing();
             if (at[1] == ']' && at[2] == '>') return Step::Unsure;
@@ -139,26 +138,28 @@ Tokenizer::Step Tokenizer::text() {
             if (past == at) return end_ - at < 4 ? missing() : Step::Unsure;
             at = past;
         } else if (Is(c, byte_scan::kBlank)) {
-            hasReturn |= c == '\r';
+            isPlain &= c != '\r';
             ++at;
+        } else if (c == '&') {
+            isPlain = false;
+            char character[4];
+            char* out = character;
+            at = pastReference(at, out);
+            if (!at) return step_;
         } else {
             return Step::Unsure;
         }
     }
     if (at + 1 == end_) return missing();
-    const bool isWhole = isAfterTag_ && *at == '<' && at[1] != '!' && at[1] != '?';
-    events_.characterData(hasReturn ? withLineEnds(at_, at) : View(at_, at), isWhole);
+    const bool isWhole = isAfterTag_ && at[1] != '!' && at[1] != '?';
+    if (isPlain) {
+        events_.characterData(View(at_, at), isWhole);
+    } else {
+        decodedBytes_.clear();
+        decode(at_, at, false);
+        events_.characterData(decodedBytes_, isWhole);
+    }
     return advance(at, false);
-}
-
-Tokenizer::Step Tokenizer::reference() {
-    if (openLengths_.empty()) return Step::Unsure;
-    char character[4];
-    char* out = character;
-    const char* const past = pastReference(at_, out);
-    if (!past) return step_;
-    events_.characterData(View(character, out), false);
-    return advance(past, false);
 }
 
 /// The place after the reference at `at`, whose character is put at `out`: one of the five entities that need
@@ -282,31 +283,39 @@ const char* Tokenizer::value(const char* at, char quote) {
             return fail(Step::Unsure);
         }
     }
-    if (isPlain)
+    if (isPlain) {
         attributes_.back().value = View(begin, at);
-    else
-        decodeValue(attributes_.size() - 1, begin, at);
+    } else {
+        const std::size_t offset = decodedBytes_.size();
+        decode(begin, at, true);
+        decoded_.push_back({attributes_.size() - 1, offset});
+        // The bytes may move until the tag is complete; for now only the length counts.
+        attributes_.back().value = std::string_view(decodedBytes_).substr(offset);
+    }
     return at + 1;
 }
 
-/// Resolves the references of a value that has been checked, and makes its blanks spaces.
-void Tokenizer::decodeValue(std::size_t index, const char* at, const char* end) {
-    const std::size_t offset = decodedBytes_.size();
+/// Appends text that has been checked to the decoded bytes: references resolved, each line end a newline; in
+/// a value each blank a space.
+void Tokenizer::decode(const char* at, const char* end, bool isValue) {
     while (at != end) {
         if (*at == '&') {
             char character[4];
             char* out = character;
             at = pastReference(at, out);
             decodedBytes_.append(character, out);
-        } else {
-            if (*at == '\r' && at + 1 != end && at[1] == '\n') ++at;
-            decodedBytes_.push_back(Is(*at, byte_scan::kBlank) ? ' ' : *at);
-            ++at;
+            continue;
         }
+        const char* const stop =
+            isValue ? byte_scan::ValueStop(at, end, '&') : byte_scan::MarkStop(at, end, '&');
+        decodedBytes_.append(at, stop);
+        at = stop;
+        if (at == end || *at == '&') continue;
+        if (*at == '\r' && at + 1 != end && at[1] == '\n') ++at;
+        const bool isBlank = Is(*at, byte_scan::kBlank);
+        decodedBytes_.push_back(isBlank ? (isValue ? ' ' : *at == '\r' ? '\n' : *at) : *at);
+        ++at;
     }
-    decoded_.push_back({index, offset});
-    // The bytes may move until the tag is complete; for now only the length counts.
-    attributes_[index].value = std::string_view(decodedBytes_).substr(offset);
 }
 
 bool Tokenizer::hasDuplicate() {
@@ -314,7 +323,7 @@ bool Tokenizer::hasDuplicate() {
     if (attributes_.size() <= kFew) {
         for (std::size_t i = 1; i < attributes_.size(); ++i)
             for (std::size_t j = 0; j < i; ++j)
-                if (attributes_[i].name == attributes_[j].name) return true;
+                if (SameName(attributes_[i].name, attributes_[j].name)) return true;
         return false;
     }
     sorted_.clear();
@@ -330,7 +339,7 @@ Tokenizer::Step Tokenizer::endTag() {
     const char* at = at_ + 2;
     if (static_cast<std::size_t>(end_ - at) <= length) return missing();
     const std::string_view name(openNames_.data() + openNames_.size() - length, length);
-    if (std::memcmp(at, name.data(), length) != 0) return Step::Unsure;
+    if (!SameName(View(at, at + length), name)) return Step::Unsure;
     at = SkipBlank(at + length, end_);
     if (at == end_) return missing();
     if (*at != '>') return Step::Unsure;
@@ -408,16 +417,16 @@ Tokenizer::Step Tokenizer::instruction() {
     return advance(stop + 2, false);
 }
 
-/// The bytes with each line end as a single newline.
+/// The bytes with each line end as a single newline; for what has no references.
 std::string_view Tokenizer::withLineEnds(const char* at, const char* end) {
     if (!std::memchr(at, '\r', static_cast<std::size_t>(end - at))) return View(at, end);
-    lines_.clear();
+    decodedBytes_.clear();
     for (; at != end; ++at)
         if (*at != '\r')
-            lines_.push_back(*at);
+            decodedBytes_.push_back(*at);
         else if (at + 1 == end || at[1] != '\n')
-            lines_.push_back('\n');
-    return lines_;
+            decodedBytes_.push_back('\n');
+    return decodedBytes_;
 }
 
 Position Advance(Position from, std::string_view before) noexcept {

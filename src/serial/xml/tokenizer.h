@@ -58,7 +58,6 @@ private:
 
     Step token();
     Step text();
-    Step reference();
     Step startTag();
     Step endTag();
     Step markup();
@@ -79,7 +78,7 @@ private:
     Step missing() const noexcept { return isLast_ ? Step::Unsure : Step::Short; }
 
     bool hasDuplicate();
-    void decodeValue(std::size_t index, const char* at, const char* end);
+    void decode(const char* at, const char* end, bool isValue);
     std::string_view withLineEnds(const char* at, const char* end);
     void open(std::string_view name);
     bool startsWith(std::string_view prefix) const noexcept;
@@ -105,9 +104,8 @@ private:
         std::size_t index;  ///< of the attribute
         std::size_t offset; ///< of its value in `decodedBytes_`
     };
-    std::vector<Decoded> decoded_; ///< values that aren't views of the document
-    std::string decodedBytes_;
-    std::string lines_;
+    std::vector<Decoded> decoded_;         ///< values that aren't views of the document
+    std::string decodedBytes_;             ///< of the values of a tag, or of one text
     std::vector<std::string_view> sorted_; ///< names, when there are many
 };
 
