@@ -57,6 +57,7 @@ ExitCode ReportOpenPackaging(const std::string& path) {
     ODF::Diagnostics diagnostics;
     IPackage package;
     package.SetDiagnostics(&diagnostics);
+    package.SetFidelity(ODF::Fidelity::Everything);
     if (package.Open(path, 1) == 0) {
         Complain(path, Reason(diagnostics));
         return ExitCode::CannotOpen;
