@@ -14,19 +14,21 @@ void AddCheck(CLI::App& app, ExitCode& exitCode) {
         bool isListed = false;
         bool isJson = false;
         bool isVerbose = false;
+        bool isStrict = false;
     };
     const auto options = std::make_shared<Options>();
     options->addOptions(*check);
     check->add_flag("--listed", options->isListed,
                     "Check the trip that keeps what the element classes list alone, as roundtrip --listed");
+    check->add_flag("--strict", options->isStrict, kStrictHelp);
     check->add_flag("--json", options->isJson, "Print one JSON document for all files");
     check->add_flag("-v,--verbose", options->isVerbose,
                     "List also what is harmless: a document type that is dropped");
     check->callback([options, &exitCode] {
         std::vector<CheckResult> results;
         exitCode = options->forEach([&](const std::string& path) {
-            const CheckResult result =
-                CheckPackage(path, options->isListed ? Trip::Listed : Trip::Full, options->passwords);
+            const CheckResult result = CheckPackage(path, options->isListed ? Trip::Listed : Trip::Full,
+                                                    options->passwords, options->isStrict);
             if (options->isJson)
                 results.push_back(result);
             else

@@ -3,6 +3,8 @@
 #include <array>
 #include <cstdio>
 #include <iostream>
+#include <poll.h>
+#include <unistd.h>
 
 namespace command {
 namespace {
@@ -87,6 +89,11 @@ std::string Quoted(std::string_view text) {
 
 std::string Printable(std::string_view text) {
     return Escaped(text, [](char32_t c) { return IsControl(c) && c != U'\n' && c != U'\t'; });
+}
+
+bool IsReaderGone() {
+    pollfd output{STDOUT_FILENO, POLLOUT, 0};
+    return poll(&output, 1, 0) > 0 && (output.revents & (POLLERR | POLLHUP)) != 0;
 }
 
 void Complain(std::string_view about, std::string_view reason) {

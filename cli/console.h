@@ -16,4 +16,7 @@ std::string Printable(std::string_view text);
 /// One line on the standard error stream: "odfmodel: <about>: <reason>". `about` may be empty.
 void Complain(std::string_view about, std::string_view reason);
 
+/// Whether nobody reads the standard output any more, as when `head` has seen enough.
+bool IsReaderGone();
+
 } // namespace command

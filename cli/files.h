@@ -13,6 +13,8 @@
 
 namespace command {
 
+inline constexpr const char* kStrictHelp = "Refuse archives in which other programs may read another content";
+
 /// The arguments of a subcommand that works on one file after the other.
 struct Files {
     std::vector<std::string> paths;

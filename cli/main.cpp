@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <csignal>
 #include <exception>
 #include <iostream>
 #include <new>
@@ -39,6 +40,7 @@ command::ExitCode Run(int argc, char** argv) {
     }
     std::cout.flush();
     if (std::cout) return exitCode;
+    if (command::IsReaderGone()) return command::Worst(exitCode, ExitCode::CannotWrite);
     command::Complain({}, "the output can't be written");
     return command::Worst(exitCode, ExitCode::CannotWrite);
 }
@@ -49,6 +51,8 @@ int main(int argc, char** argv) {
     command::ExitCode exitCode = command::ExitCode::Failure;
     try {
         std::ios::sync_with_stdio(false);
+        // A reader that leaves is told by the write, so that nothing is left half done.
+        std::signal(SIGPIPE, SIG_IGN);
         exitCode = Run(argc, argv);
     } catch (const std::bad_alloc&) {
         command::Complain({}, "out of memory");

@@ -1,5 +1,6 @@
 #include "commands.h"
 #include "console.h"
+#include "files.h"
 #include "package/archive.h"
 #include "package/kind.h"
 #include "package/listed_document.h"
@@ -23,6 +24,7 @@ struct RoundtripOptions {
     bool isListed = false;
     bool isDecrypted = false;
     bool allowsIncomplete = false;
+    bool isStrict = false;
     Passwords passwords;
 };
 
@@ -48,7 +50,7 @@ ExitCode RefuseIncomplete(const RoundtripOptions& options) {
 
 ExitCode Rewrite(const RoundtripOptions& options) {
     ODF::Document document;
-    const ExitCode opened = OpenDocument(document, options.from, options.passwords);
+    const ExitCode opened = OpenDocument(document, options.from, options.passwords, options.isStrict);
     if (!document.IsOpen()) return opened;
     if (opened != ExitCode::Ok && !options.allowsIncomplete) return RefuseIncomplete(options);
     if (options.isDecrypted) document.RemovePassword();
@@ -96,7 +98,13 @@ ExitCode RewriteListed(const RoundtripOptions& options) {
 
 ExitCode Run(RoundtripOptions& options) {
     if (!options.passwords.prepare()) return ExitCode::CannotOpen;
-    if (IsOpenPackaging(DetectType(options.from))) return Repack(options);
+    const bool isOpenPackaging = IsOpenPackaging(DetectType(options.from));
+    if (options.isStrict && (isOpenPackaging || options.isListed))
+        if (const std::string why = AmbiguityOf(options.from); !why.empty()) {
+            Complain(options.from, std::string(ODF::ToText(ODF::Status::Ambiguous)) + " (" + why + ")");
+            return ExitCode::CannotOpen;
+        }
+    if (isOpenPackaging) return Repack(options);
     return options.isListed ? RewriteListed(options) : Rewrite(options);
 }
 
@@ -117,6 +125,7 @@ void AddRoundtrip(CLI::App& app, ExitCode& exitCode) {
     roundtrip->add_flag("--decrypt", options->isDecrypted, "Write an encrypted document in clear");
     roundtrip->add_flag("--incomplete", options->allowsIncomplete,
                         "Write a document that can't be read whole, too, with what could be read");
+    roundtrip->add_flag("--strict", options->isStrict, kStrictHelp);
     options->passwords.addOptions(*roundtrip);
     roundtrip->callback([options, &exitCode] { exitCode = Run(*options); });
 }

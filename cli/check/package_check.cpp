@@ -115,15 +115,21 @@ void CheckListed(CheckResult& result, ODF::Document& before, const std::string& 
 
 } // namespace
 
-CheckResult CheckPackage(const std::string& path, Trip trip, const Passwords& passwords) {
+CheckResult CheckPackage(const std::string& path, Trip trip, const Passwords& passwords, bool isStrict) {
     CheckResult result;
     result.path = path;
     if (IsOpenPackaging(DetectType(path))) {
+        const std::string why = isStrict ? AmbiguityOf(path) : std::string();
+        if (!why.empty()) {
+            Fail(result, ExitCode::CannotOpen,
+                 std::string(ODF::ToText(ODF::Status::Ambiguous)) + " (" + why + ")");
+            return result;
+        }
         CheckOpenPackaging(result);
     } else {
         ODF::Document document;
         std::string password;
-        const ODF::Result opened = TryOpen(document, path, passwords, &password);
+        const ODF::Result opened = TryOpen(document, path, passwords, &password, isStrict);
         if (!document.IsOpen()) {
             Fail(result, ExitCode::CannotOpen, OpenReason(path, opened.Code(), opened.Notes()));
             return result;

@@ -27,6 +27,7 @@ enum class Trip {
 };
 
 /// Opens the document, saves it and compares both files member by member. Passwords are asked for as need be.
-CheckResult CheckPackage(const std::string& path, Trip trip, const Passwords& passwords);
+/// `isStrict` refuses archives that other programs may read otherwise.
+CheckResult CheckPackage(const std::string& path, Trip trip, const Passwords& passwords, bool isStrict);
 
 } // namespace command

@@ -32,7 +32,11 @@ void PrintParts(IPackage& package) {
     PrintHeading("parts");
     for (const auto& [path, part] : *package.GetParts()) {
         if (part->GetTargetMode() == TargetModeExternal) continue;
-        const auto size = sizes.find(NameWithoutSlash(*part));
+        const std::string name = NameWithoutSlash(*part);
+        auto size = sizes.find(name);
+        // Archives may keep the escapes of links in their names, or begin these with a separator.
+        for (const std::string& other : {SDPackage::EscapeTarget(CTulStringW(name)).utf8(), "/" + name})
+            if (size == sizes.end()) size = sizes.find(other);
         std::cout << "  " << std::setw(12) << (size == sizes.end() ? "missing" : std::to_string(size->second))
                   << "  " << Quoted(path.utf8()) << "  " << Quoted(ODF::ToUtf8(part->GetContentType()))
                   << '\n';
@@ -57,6 +61,7 @@ ExitCode ReportOpenPackaging(const std::string& path) {
     ODF::Diagnostics diagnostics;
     IPackage package;
     package.SetDiagnostics(&diagnostics);
+    package.SetFidelity(ODF::Fidelity::Everything);
     if (package.Open(path, 1) == 0) {
         Complain(path, Reason(diagnostics));
         return ExitCode::CannotOpen;

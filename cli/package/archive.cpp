@@ -1,5 +1,7 @@
 #include "package/archive.h"
 
+#include "package/reason.h"
+
 #include <algorithm>
 
 namespace command {
@@ -31,6 +33,15 @@ ODF::Status Archive::open(const std::string& path) {
     diagnostics_.setStatus(isOpen && unzip_.itemTable ? ODF::Status::Ok : ODF::Status::NotAnArchive);
     setMembers(isOpen ? MembersOf(unzip_) : std::vector<Member>());
     return diagnostics_.status();
+}
+
+std::string AmbiguityOf(const std::string& path) {
+    Archive archive;
+    archive.open(path);
+    for (const ODF::Note& note : archive.diagnostics().notes())
+        if (note.code == ODF::NoteCode::Ambiguous || note.code == ODF::NoteCode::MemberDuplicate)
+            return NoteText(note);
+    return {};
 }
 
 MemberBytes Archive::read(std::string_view name) const {

@@ -5,6 +5,8 @@
 #include <odfmodel/core/diagnostics.h>
 #include <odfmodel/serial/unzip.h>
 
+#include <string>
+
 namespace command {
 
 /// The members of an open archive, in its order.
@@ -22,5 +24,9 @@ private:
     ODF::Diagnostics diagnostics_;
     mutable CSDUnZip unzip_; // reading moves its cursor
 };
+
+/// What makes programs differ in what they read in the archive at `path`, on one line; empty when nothing
+/// does.
+std::string AmbiguityOf(const std::string& path);
 
 } // namespace command

@@ -21,13 +21,20 @@ constexpr TypeRow kTypes[] = {
     {Type::DocTypePresentation, "presentation (Open Packaging)"},
     {Type::DocTypePresentationTemplate, "presentation template (Open Packaging)"},
     {Type::DocTypeSlideShow, "slide show (Open Packaging)"},
+    {Type::DocTypePresentationMacro, "presentation with macros (Open Packaging)"},
+    {Type::DocTypePresentationMacroTemplate, "presentation template with macros (Open Packaging)"},
+    {Type::DocTypeSlideShowMacro, "slide show with macros (Open Packaging)"},
+    {Type::DocTypePresentationAddIn, "presentation add-in (Open Packaging)"},
     {Type::DocTypeWorkbook, "workbook (Open Packaging)"},
     {Type::DocTypeWorkbookMacro, "workbook with macros (Open Packaging)"},
     {Type::DocTypeWorkbookBinary, "binary workbook (Open Packaging)"},
     {Type::DocTypeWorkbookTemplate, "workbook template (Open Packaging)"},
     {Type::DocTypeWorkbookMacroTemplate, "workbook template with macros (Open Packaging)"},
+    {Type::DocTypeWorkbookAddIn, "workbook add-in (Open Packaging)"},
     {Type::DocTypeWordDocument, "word document (Open Packaging)"},
     {Type::DocTypeWordTemplate, "word template (Open Packaging)"},
+    {Type::DocTypeWordDocumentMacro, "word document with macros (Open Packaging)"},
+    {Type::DocTypeWordMacroTemplate, "word template with macros (Open Packaging)"},
     {Type::DocTypeTulPresentation, "presentation (user data form)"},
     {Type::DocTypeTulWorkbook, "workbook (user data form)"},
     {Type::DocTypeTulWordDocument, "word document (user data form)"},
@@ -90,6 +97,7 @@ bool IsOpenPackaging(DocumentType type) {
 
 DocumentType DetectType(const std::string& path) {
     SDPackage::IPackage package;
+    package.SetFidelity(ODF::Fidelity::Everything);
     return package.DetectDocumentType(path);
 }
 

@@ -10,10 +10,11 @@
 namespace command {
 
 ODF::Result TryOpen(ODF::Document& document, const std::string& path, const Passwords& passwords,
-                    std::string* password) {
+                    std::string* password, bool isStrict) {
     ODF::Result result;
     passwords.open(path, [&](const std::string* tried) {
         ODF::OpenOptions options;
+        options.refusesAmbiguous = isStrict;
         if (tried) options.password = *tried;
         if (password) *password = options.password;
         result = document.Open(path, options);
@@ -22,8 +23,9 @@ ODF::Result TryOpen(ODF::Document& document, const std::string& path, const Pass
     return result;
 }
 
-ExitCode OpenDocument(ODF::Document& document, const std::string& path, const Passwords& passwords) {
-    const ODF::Result result = TryOpen(document, path, passwords);
+ExitCode OpenDocument(ODF::Document& document, const std::string& path, const Passwords& passwords,
+                      bool isStrict) {
+    const ODF::Result result = TryOpen(document, path, passwords, nullptr, isStrict);
     if (document.IsOpen())
         ComplainNotes(path, result.Notes());
     else

@@ -12,12 +12,13 @@ namespace command {
 class Passwords;
 
 /// Opens a document with the passwords of the options or the terminal. `password`, if given, is the one that
-/// was tried last, empty for none.
+/// was tried last, empty for none. `isStrict` refuses archives that other programs may read otherwise.
 ODF::Result TryOpen(ODF::Document& document, const std::string& path, const Passwords& passwords,
-                    std::string* password = nullptr);
+                    std::string* password = nullptr, bool isStrict = false);
 /// The same, and tells what was met. `CannotOpen` when the document is damaged, too; then it is open with
 /// what could be read.
-ExitCode OpenDocument(ODF::Document& document, const std::string& path, const Passwords& passwords);
+ExitCode OpenDocument(ODF::Document& document, const std::string& path, const Passwords& passwords,
+                      bool isStrict = false);
 
 /// The file that a document was opened from, in clear.
 class DocumentFile final : public MemberSource {

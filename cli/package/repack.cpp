@@ -8,6 +8,7 @@ ExitCode RepackUnchanged(const std::string& from, const std::string& to, std::ve
                          ODF::Diagnostics& diagnostics) {
     SDPackage::IPackage package;
     package.SetDiagnostics(&diagnostics);
+    package.SetFidelity(ODF::Fidelity::Everything);
     if (package.Open(from, 1) == 0) return ExitCode::CannotOpen;
     members = MembersOf(*package.GetUnZip());
     std::vector<CTulStringW> names(members.size());

@@ -11,6 +11,7 @@
 #include <odfmodel/core/limits.h>
 #include <odfmodel/core/object.h>
 #include <odfmodel/core/part.h>
+#include <odfmodel/core/progress.h>
 #include <odfmodel/core/reflection.h>
 #include <odfmodel/core/serializer.h>
 #include <odfmodel/core/string.h>

@@ -53,6 +53,10 @@ const char* ToText(Status status) noexcept {
         return "out of memory";
     case Status::Damaged:
         return "the content is damaged";
+    case Status::Cancelled:
+        return "cancelled";
+    case Status::Ambiguous:
+        return "the archive can be read in more than one way";
     }
     return "unknown";
 }

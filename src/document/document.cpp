@@ -1,6 +1,7 @@
 #include <odfmodel/document/document.h>
 
 #include "document/part_factory.h"
+#include "document/tree.h"
 #include "platform/files.h"
 #include "platform/temporary.h"
 
@@ -10,8 +11,8 @@
 
 #include <algorithm>
 #include <new>
-#include <set>
 #include <unordered_map>
+#include <utility>
 
 namespace ODF {
 namespace {
@@ -52,23 +53,25 @@ CDocument::~CDocument() {
 
 void CDocument::Clear() noexcept {
     // Parts of a new document that was never saved hang on the root part alone, others stand in the map, most
-    // in both.
-    std::set<CODFPart*> parts;
-    std::vector<ISDPart*> open;
-    if (rootPart_) open.push_back(rootPart_);
+    // in both. Nothing is allocated here: this is the way out of a lack of memory, too.
+    CODFPart* first = nullptr;
+    CODFPart* last = nullptr;
+    const auto enter = [&](CODFPart* part) {
+        if (!part || part->isDeleted_) return;
+        part->isDeleted_ = true;
+        part->nextDeleted_ = nullptr;
+        (last ? last->nextDeleted_ : first) = part;
+        last = part;
+    };
+    enter(rootPart_);
     for (const auto& [ipart, part] : partMap_)
-        open.push_back(part);
-    while (!open.empty()) {
-        auto* const part = static_cast<CODFPart*>(open.back());
-        open.pop_back();
-        if (!part || !parts.insert(part).second) continue;
-        std::vector<ISDPart*> children;
-        part->GetChildParts(&children);
-        open.insert(open.end(), children.begin(), children.end());
-    }
-    for (CODFPart* const part : parts) {
+        enter(part);
+    for (const CODFPart* part = first; part; part = part->nextDeleted_)
+        for (ISDPart* const child : part->childParts_)
+            enter(static_cast<CODFPart*>(child));
+    while (first) {
+        const std::unique_ptr<CODFPart> part(std::exchange(first, first->nextDeleted_));
         CSDObject::Delete(part->GetRootClass());
-        delete part;
     }
     partMap_.clear();
     unreadParts_.clear();
@@ -83,6 +86,7 @@ void CDocument::Clear() noexcept {
 void CDocument::RemoveOwnFolder() noexcept {
     if (!ownFolder_.empty()) platform::RemoveTree(platform::Path(std::move(ownFolder_)));
     ownFolder_.clear();
+    folderClaim_.reset();
 }
 
 void CDocument::SetPassword(const unsigned short* password) {
@@ -119,11 +123,15 @@ int CDocument::Open(const unsigned short* path) {
     Clear();
     diagnostics_.clear();
     docType_ = sd::SDDocType::DocTypeUnknown;
+    // Whatever becomes of the opening, the password goes.
+    const struct Wiping {
+        CDocument& document;
+        ~Wiping() { document.WipePassword(); }
+    } wiping{*this};
     try {
         return Read(path);
     } catch (const std::bad_alloc&) {
         Clear();
-        WipePassword();
         diagnostics_.setStatus(Status::OutOfMemory);
         return 0;
     }
@@ -138,7 +146,6 @@ int CDocument::Read(const unsigned short* path) {
     auto unzip = std::make_unique<CODFUnZip>();
     unzip->SetPassword(password_);
     const int isOpen = package_->Open(path, nullptr, 0, unzip.release());
-    WipePassword();
     if (!isOpen) {
         diagnostics_.setStatus(Status::NotAnArchive); // unless the package knows better
         return 0;
@@ -148,7 +155,7 @@ int CDocument::Read(const unsigned short* path) {
         diagnostics_.setStatus(Status::NoContent);
         return 0;
     }
-    const int result = _PartReadSax();
+    const int result = _PartReadSax(platform::FileSize(platform::Path(path)).value_or(0));
     for (const Note& note : diagnostics_.notes())
         if (note.severity == Severity::Error) faults_.push_back(note);
     isDamaged_ = isDamaged_ || !faults_.empty();
@@ -168,10 +175,12 @@ int CDocument::_InitParts() {
     Enter(package_->GetRootPart(), rootPart_);
     for (const auto& [path, ipart] : *parts) {
         if (!ipart) continue;
-        CODFPart* const part = factory.Create(ToView(ipart->GetPartName()), ToView(ipart->GetRelationType()));
+        Enter(ipart, nullptr);
+        // From here on the document deletes it, whatever fails.
+        CODFPart* const part = partMap_.back().second =
+            factory.Create(ToView(ipart->GetPartName()), ToView(ipart->GetRelationType()));
         part->SetPackagePartInfo(ipart);
         rootPart_->AddChildPart(nullptr, part);
-        Enter(ipart, part);
     }
     mainPart_ = _FindMainPartODF();
     return mainPart_ ? 1 : 0;
@@ -183,15 +192,18 @@ CODFPart* CDocument::_FindMainPartODF() const {
     return nullptr;
 }
 
-int CDocument::_PartReadSax() {
+int CDocument::_PartReadSax(std::uint64_t fileBytes) {
     const std::unique_ptr<CSDSaxReader, ReaderRelease> reader(CreateSaxReader());
     reader->SetFeature("http://apache.org/xml/features/nonvalidating/load-external-dtd", false);
-    reader->SetLimits(limits_);
+    Limits left = SharedLimits(limits_, fileBytes);
     reader->SetFidelity(fidelity_);
     for (const auto& [ipart, part] : partMap_) {
         if (part->GetPartType() != PartTypeXml) continue;
         reader->SetDiagnostics(&diagnostics_, MemberName(part->GetPackagePath()));
-        if (!reader->ParseFile(part->GetLocalPath(), part->GetRootClass())) isDamaged_ = true;
+        reader->SetLimits(left);
+        const bool isRead = reader->ParseFile(part->GetLocalPath(), part->GetRootClass());
+        if (!isRead) isDamaged_ = true;
+        Spend(left, reader->GetCost());
         // A file of another kind under a main name, or one that isn't XML at all, leaves an empty tree. Its
         // bytes are kept for the save, unless the caller fills the tree.
         if (!reader->HasMatchedRoot()) unreadParts_.push_back(part);
@@ -245,9 +257,16 @@ int CDocument::_SetPackageRoot(const unsigned short* path, const unsigned short*
     if (!path || *path == 0) return 0;
     CTulStringW folder(localPath);
     if (!localPath) {
-        platform::Path made = platform::CreateTemporaryFolder(platform::Path(path).stem());
-        if (made.empty()) return 0;
-        ownFolder_ = std::move(made).utf8();
+        std::unique_ptr<platform::FolderClaim> claim =
+            platform::FolderClaim::create(platform::Path(path).stem());
+        if (!claim) {
+            diagnostics_.add(NoteCode::WriteFailed, Severity::Error, {},
+                             "can't make a folder in " + platform::TemporaryDirectoryName() + ": " +
+                                 platform::LastFault());
+            return 0;
+        }
+        ownFolder_ = claim->folder().utf8();
+        folderClaim_ = std::move(claim);
         folder = CTulStringW(ownFolder_);
         if (folder.IsEmpty()) throw std::bad_alloc();
     }
@@ -370,6 +389,7 @@ int CDocument::_MakePackagePart(const unsigned short* path) {
     for (auto& [ipart, part] : partMap_)
         ipart = nullptr;
     package_.reset();
+    folderClaim_.reset();
     return 1;
 }
 

@@ -10,6 +10,7 @@
 #include <odfmodel/elements/elements.h>
 
 #include <algorithm>
+#include <exception>
 #include <istream>
 #include <map>
 #include <new>
@@ -70,6 +71,59 @@ T* ChildOf(CSDObject* object) noexcept {
     return object ? static_cast<T*>(object->GetObjectByID(T::kId)) : nullptr;
 }
 
+/// Whether other programs may read something else in the archive; then an error says what.
+bool IsAmbiguous(Diagnostics& diagnostics) {
+    const std::vector<Note>& notes = diagnostics.notes();
+    const auto found = std::find_if(notes.begin(), notes.end(), [](const Note& note) {
+        return note.code == NoteCode::Ambiguous || note.code == NoteCode::MemberDuplicate;
+    });
+    if (found == notes.end()) return false;
+    Note error = *found;
+    error.severity = Severity::Error;
+    diagnostics.add(std::move(error));
+    return true;
+}
+
+/// The caller's callback on its way through the work, which lets no exception pass.
+class Asking {
+public:
+    explicit Asking(const ProgressCallback& callback) : callback_(callback) {}
+    /// Empty for a callback that is.
+    ProgressCallback guarded() {
+        if (!callback_) return {};
+        return [this](const Progress& progress) noexcept { return ask(progress); };
+    }
+    /// Lets out what the callback has thrown.
+    void rethrow() const {
+        if (thrown_) std::rethrow_exception(thrown_);
+    }
+
+private:
+    bool ask(const Progress& progress) noexcept {
+        if (isEnded_) return false; // it isn't asked again
+        try {
+            isEnded_ = !callback_(progress);
+        } catch (...) {
+            thrown_ = std::current_exception();
+            isEnded_ = true;
+        }
+        return !isEnded_;
+    }
+
+    const ProgressCallback& callback_;
+    std::exception_ptr thrown_;
+    bool isEnded_ = false;
+};
+
+/// As `Run`, for work that asks the caller whether to go on: `work(diagnostics, progress)`.
+template<typename Work>
+Result RunAsking(const ProgressCallback& callback, Work work) {
+    Asking asking(callback);
+    Result result = Run([&](Diagnostics& diagnostics) { return work(diagnostics, asking.guarded()); });
+    asking.rethrow();
+    return result;
+}
+
 } // namespace
 
 std::string Result::Text() const {
@@ -95,22 +149,27 @@ struct Document::State {
     std::map<std::string, Tree, std::less<>> trees;
 
     /// The tree of a member, read if it isn't there yet; null when there is none.
-    Tree* tree(std::string_view member, Diagnostics& diagnostics, Status* status = nullptr);
+    Tree* tree(std::string_view member, Diagnostics& diagnostics, Status* status = nullptr,
+               const ProgressCallback& progress = {});
     /// As `tree`, for the getters, which tell nothing.
     CSDObject* root(std::string_view member);
-    Status openPackage(Bytes bytes, const OpenOptions& options, Diagnostics& diagnostics);
-    Status openFlat(std::span<const unsigned char> bytes, Diagnostics& diagnostics);
-    Status readMainTrees(Diagnostics& diagnostics);
+    Status openPackage(Bytes bytes, const OpenOptions& options, Diagnostics& diagnostics,
+                       const ProgressCallback& progress);
+    Status openFlat(std::span<const unsigned char> bytes, Diagnostics& diagnostics,
+                    const ProgressCallback& progress);
+    Status readMainTrees(Diagnostics& diagnostics, const ProgressCallback& progress);
     bool isWhole() const noexcept;
     COfficeBody* body();
     /// The kind, by what is in the body.
     DocumentKind kindOfBody();
-    Status write(const SaveOptions& options, Bytes& bytes, Diagnostics& diagnostics);
+    Status write(const SaveOptions& options, Bytes& bytes, Diagnostics& diagnostics,
+                 const ProgressCallback& progress);
     bool hasSignature() const;
     bool isUnchanged(std::string_view member, const Bytes& written, Diagnostics& diagnostics);
 };
 
-Tree* Document::State::tree(std::string_view member, Diagnostics& diagnostics, Status* status) {
+Tree* Document::State::tree(std::string_view member, Diagnostics& diagnostics, Status* status,
+                            const ProgressCallback& progress) {
     if (const auto at = trees.find(member); at != trees.end()) {
         if (status) *status = at->second.status;
         return &at->second;
@@ -118,10 +177,13 @@ Tree* Document::State::tree(std::string_view member, Diagnostics& diagnostics, S
     if (status) *status = Status::NotReadable;
     if (isFlat || !package.contains(member)) return nullptr;
     Bytes bytes;
-    const Status read = package.read(member, bytes, diagnostics);
+    const Status read = package.read(member, bytes, diagnostics, progress);
+    if (read == Status::Cancelled) {
+        if (status) *status = read;
+        return nullptr;
+    }
     Tree tree = ReadTree(bytes, member, left, diagnostics);
-    left.freeObjects -= std::min(left.freeObjects, tree.cost.objects);
-    left.freeTreeBytes -= std::min(left.freeTreeBytes, tree.cost.textBytes);
+    Spend(left, tree.cost);
     if (read != Status::Ok) tree.status = read == Status::NotReadable ? Status::Damaged : read;
     if (status) *status = tree.status;
     // Without a root the member stays what it is: bytes.
@@ -155,14 +217,13 @@ DocumentKind Document::State::kindOfBody() {
     return DocumentKind::Unknown;
 }
 
-Status Document::State::openPackage(Bytes bytes, const OpenOptions& options, Diagnostics& diagnostics) {
-    left.freeObjects += bytes.size() * limits.objectsPerByte;
-    left.freeTreeBytes += bytes.size() * limits.treeBytesPerByte;
-    left.objectsPerByte = left.treeBytesPerByte =
-        0; // the bytes of the members, which are not packed, don't count
-    if (const Status status = package.open(std::move(bytes), options.password, limits, diagnostics);
+Status Document::State::openPackage(Bytes bytes, const OpenOptions& options, Diagnostics& diagnostics,
+                                    const ProgressCallback& progress) {
+    left = SharedLimits(limits, bytes.size());
+    if (const Status status = package.open(std::move(bytes), options.password, limits, diagnostics, progress);
         status != Status::Ok)
         return status;
+    if (options.refusesAmbiguous && IsAmbiguous(diagnostics)) return Status::Ambiguous;
     kind = ToKind(package.mediaType());
     if (!package.contains(kContent)) {
         const bool isOurs = kind.kind != DocumentKind::Unknown;
@@ -170,15 +231,30 @@ Status Document::State::openPackage(Bytes bytes, const OpenOptions& options, Dia
                         isOurs ? "the package has no content" : "this is no OpenDocument package");
         return isOurs ? Status::NoContent : Status::UnknownType;
     }
-    return readMainTrees(diagnostics);
+    return readMainTrees(diagnostics, progress);
 }
 
-Status Document::State::readMainTrees(Diagnostics& diagnostics) {
+Status Document::State::readMainTrees(Diagnostics& diagnostics, const ProgressCallback& progress) {
+    constexpr std::string_view kMain[] = {kContent, kStyles, kMeta, kSettings};
+    std::uint64_t done = 0;
+    std::uint64_t total = 0;
+    for (const std::string_view member : kMain)
+        total += package.sizeOf(member);
+    ProgressCallback ofMember; // tells of all of them what the package tells of one
+    if (progress)
+        ofMember = [&](Progress state) {
+            state.done = done + std::min(state.done, state.total) / 2; // its tree is the other half
+            state.total = total;
+            return progress(state);
+        };
     Status status = Status::Ok;
-    for (const std::string_view member : {kContent, kStyles, kMeta, kSettings}) {
+    for (const std::string_view member : kMain) {
         if (!package.contains(member)) continue;
         Status read = Status::Ok;
-        tree(member, diagnostics, &read);
+        tree(member, diagnostics, &read, ofMember);
+        if (read == Status::Cancelled) return read;
+        done += package.sizeOf(member);
+        if (progress && !progress({Progress::Step::Reading, member, done, total})) return Status::Cancelled;
         if (status == Status::Ok) status = read;
     }
     if (kind.kind == DocumentKind::Unknown) kind.kind = kindOfBody();
@@ -189,13 +265,17 @@ Status Document::State::readMainTrees(Diagnostics& diagnostics) {
     return status;
 }
 
-Status Document::State::openFlat(std::span<const unsigned char> bytes, Diagnostics& diagnostics) {
+Status Document::State::openFlat(std::span<const unsigned char> bytes, Diagnostics& diagnostics,
+                                 const ProgressCallback& progress) {
     isFlat = true;
     if (bytes.size() > limits.partBytes) {
         diagnostics.add(NoteCode::SizeLimit, Severity::Error, {}, "the file is too large");
         return Status::LimitExceeded;
     }
+    if (progress && !progress({Progress::Step::Reading, {}, 0, bytes.size()})) return Status::Cancelled;
     Tree read = ReadTree(bytes, {}, limits, diagnostics);
+    if (progress && !progress({Progress::Step::Reading, {}, bytes.size(), bytes.size()}))
+        return Status::Cancelled;
     auto* const flat = As<COfficeDocument>(read.root.get());
     if (!flat) {
         diagnostics.add(NoteCode::General, Severity::Error, {},
@@ -227,7 +307,8 @@ bool Document::State::isUnchanged(std::string_view member, const Bytes& written,
     return read.status == Status::Ok && read.root && WriteTree(*read.root, again) && again == written;
 }
 
-Status Document::State::write(const SaveOptions& options, Bytes& bytes, Diagnostics& diagnostics) {
+Status Document::State::write(const SaveOptions& options, Bytes& bytes, Diagnostics& diagnostics,
+                              const ProgressCallback& progress) {
     if (!options.allowsIncomplete && !isWhole()) {
         for (const auto& [member, read] : trees)
             if (read.status != Status::Ok)
@@ -239,10 +320,12 @@ Status Document::State::write(const SaveOptions& options, Bytes& bytes, Diagnost
         diagnostics.add(NoteCode::WriteFailed, Severity::Error, member, "the tree holds what XML can't");
         return Status::CouldNotWrite;
     };
+    if (isFlat && progress && !progress({Progress::Step::Writing, {}, 0, 1})) return Status::Cancelled;
     if (isFlat) return WriteTree(*trees.at(std::string(kFlat)).root, bytes) ? Status::Ok : cannotWrite({});
 
     OdfPackage::WriteOptions write;
     write.fixedTime = options.fixedTime;
+    write.progress = progress;
     // Only a signature makes it worth knowing whether anything has changed at all.
     std::map<std::string, Bytes, std::less<>> changed;
     const bool isSigned = hasSignature();
@@ -278,10 +361,7 @@ Document::~Document() = default;
 Result Document::Open(const std::filesystem::path& path, const OpenOptions& options) {
     Bytes bytes;
     const Result read = Run([&](Diagnostics& diagnostics) {
-        const Status status = package::ReadFileWhole(ToPath(path), options.limits.totalBytes, bytes);
-        if (status != Status::Ok)
-            diagnostics.add(NoteCode::General, Severity::Error, {}, "can't read " + ToPath(path).utf8());
-        return status;
+        return package::ReadFileWhole(ToPath(path), options.limits.totalBytes, bytes, diagnostics);
     });
     return read ? OpenBytes(std::move(bytes), options) : read;
 }
@@ -314,12 +394,12 @@ Result Document::Open(std::istream& stream, const OpenOptions& options) {
 }
 
 Result Document::OpenBytes(std::vector<unsigned char> bytes, const OpenOptions& options) {
-    return Run([&](Diagnostics& diagnostics) {
+    return RunAsking(options.progress, [&](Diagnostics& diagnostics, const ProgressCallback& progress) {
         auto opened = std::make_unique<State>();
         opened->limits = opened->left = options.limits;
         const Status status = LooksLikeXml(bytes)
-                                  ? opened->openFlat(bytes, diagnostics)
-                                  : opened->openPackage(std::move(bytes), options, diagnostics);
+                                  ? opened->openFlat(bytes, diagnostics, progress)
+                                  : opened->openPackage(std::move(bytes), options, diagnostics, progress);
         const bool isOpen = status == Status::Ok || status == Status::Damaged ||
                             status == Status::LimitExceeded || status == Status::OutOfMemory;
         if (isOpen && !opened->trees.empty()) state_ = std::move(opened);
@@ -338,37 +418,36 @@ Document Document::New(DocumentKind kind) {
     for (const TemplateMember& member : members)
         made->package.put(member.name, Bytes(member.xml.begin(), member.xml.end()), member.mediaType);
     Diagnostics none;
-    made->readMainTrees(none);
+    made->readMainTrees(none, {});
     return Document(std::move(made));
 }
 
 Result Document::Save(std::vector<unsigned char>& bytes, const SaveOptions& options) {
     bytes.clear();
+    Asking asking(options.progress);
     Result result = Run([&](Diagnostics& diagnostics) {
-        return state_ ? state_->write(options, bytes, diagnostics) : Status::NothingToSave;
+        return state_ ? state_->write(options, bytes, diagnostics, asking.guarded()) : Status::NothingToSave;
     });
     if (!result) bytes = {};
+    asking.rethrow();
     return result;
 }
 
 Result Document::Save(const std::filesystem::path& path, const SaveOptions& options) {
-    return Run([&](Diagnostics& diagnostics) {
+    return RunAsking(options.progress, [&](Diagnostics& diagnostics, const ProgressCallback& progress) {
         if (!state_) return Status::NothingToSave;
         Bytes bytes;
-        Status status = state_->write(options, bytes, diagnostics);
+        const Status status = state_->write(options, bytes, diagnostics, progress);
         if (status != Status::Ok) return status;
-        status = package::WriteFileWhole(ToPath(path), bytes);
-        if (status != Status::Ok)
-            diagnostics.add(NoteCode::WriteFailed, Severity::Error, {}, "can't write " + ToPath(path).utf8());
-        return status;
+        return package::WriteFileWhole(ToPath(path), bytes, diagnostics);
     });
 }
 
 Result Document::Save(std::ostream& stream, const SaveOptions& options) {
-    return Run([&](Diagnostics& diagnostics) {
+    return RunAsking(options.progress, [&](Diagnostics& diagnostics, const ProgressCallback& progress) {
         if (!state_) return Status::NothingToSave;
         Bytes bytes;
-        const Status status = state_->write(options, bytes, diagnostics);
+        const Status status = state_->write(options, bytes, diagnostics, progress);
         if (status != Status::Ok) return status;
         stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
         if (stream.flush()) return Status::Ok;
@@ -517,6 +596,21 @@ std::string Document::MediaTypeOf(std::string_view name) const {
 std::string Document::AddPicture(std::span<const unsigned char> bytes, std::string_view fileName) {
     if (!state_ || state_->isFlat) return {};
     return state_->package.addFree("Pictures", fileName, Bytes(bytes.begin(), bytes.end()));
+}
+
+std::string Document::AddPictureFile(const std::filesystem::path& file, Result* result) {
+    std::string name;
+    Result told = Run([&](Diagnostics& diagnostics) {
+        Bytes bytes;
+        if (!state_ || state_->isFlat) return Status::NotReadable;
+        const Status status =
+            package::ReadFileWhole(ToPath(file), state_->limits.memberBytes, bytes, diagnostics);
+        if (status != Status::Ok) return status;
+        name = state_->package.addFree("Pictures", ToPath(file).name(), std::move(bytes));
+        return name.empty() ? Status::CouldNotWrite : Status::Ok;
+    });
+    if (result) *result = std::move(told);
+    return name;
 }
 
 std::vector<FileEntry> Document::FileEntries() const {

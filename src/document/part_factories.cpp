@@ -1,10 +1,14 @@
 #include <odfmodel/document/part_factories.h>
 
+#include "platform/files.h"
+
 #include <odfmodel/elements/math/presentation.h>
 #include <odfmodel/elements/office/document.h>
 
 #include <algorithm>
 #include <array>
+#include <memory>
+#include <unordered_set>
 
 namespace ODF {
 namespace {
@@ -38,22 +42,45 @@ std::u16string Upper(std::u16string_view text) {
     return result;
 }
 
-CODFPart* AddFilePart(CODFPart* parent, const CTulStringW& path, std::u16string_view folder,
-                      const CTulStringW& name, CODFPart* (*create)()) {
+/// A name like `name` under which no child stands below `folder`: packages have one member of a name.
+CTulStringW FreeName(const std::vector<ISDPart*>& children, std::u16string_view folder,
+                     const CTulStringW& name) {
+    std::unordered_set<std::u16string> taken;
+    for (const ISDPart* const child : children) {
+        std::u16string path = child ? Upper(ToView(child->GetPackagePath())) : std::u16string();
+        std::replace(path.begin(), path.end(), u'\\', u'/');
+        taken.insert(std::move(path));
+    }
+    const std::size_t dot = std::min(name.view().rfind(u'.'), name.view().size());
+    CTulStringW tried = name;
+    for (int number = 2; taken.contains(Upper(std::u16string(folder) + std::u16string(tried.view())));
+         ++number)
+        tried.Format(u"%s-%d%s", CTulStringW(name.view().substr(0, dot)), number,
+                     CTulStringW(name.view().substr(dot)));
+    return tried;
+}
+
+CODFPart* AddFilePart(CODFPart* parent, const CTulStringW& path, std::u16string_view folder, CTulStringW name,
+                      CODFPart* (*create)(), bool isOwnName = false) {
     if (!parent) return nullptr;
     std::vector<ISDPart*> children;
     parent->GetChildParts(&children);
     const std::u16string wanted = Upper(path.view());
     for (ISDPart* const child : children)
         if (child && Upper(ToView(child->GetLocalPath())) == wanted) return static_cast<CODFPart*>(child);
-    CODFPart* const part = create();
+    if (isOwnName) name = FreeName(children, folder, name);
+    std::unique_ptr<CODFPart> part(create());
     CTulStringW packagePath(folder);
     packagePath += name;
     part->SetPackagePath(packagePath);
     part->SetPartname(name);
     part->SetLocalPath(path);
-    parent->AddChildPart(part);
-    return part;
+    parent->AddChildPart(part.get());
+    return part.release();
+}
+
+bool IsReadableFile(const CTulStringW& path) {
+    return platform::IsFile(platform::Path(path)) && platform::IsReadable(platform::Path(path));
 }
 
 /// The one way in which a part with a tree is made.
@@ -143,6 +170,16 @@ CODFPart* _CreateImagePart(CODFPart* parent, CTulStringW path, int, int) {
 CODFPart* _CreateMediaPart(CODFPart* parent, CTulStringW path, int, int) {
     return AddFilePart(parent, path, u"media/", CMediaRootPart::GetFilename(path),
                        &CMediaRootPart::CreatePart);
+}
+CODFPart* AddPictureFile(CODFPart* parent, const CTulStringW& path) {
+    if (!IsReadableFile(path)) return nullptr;
+    return AddFilePart(parent, path, u"Pictures/", CImageRootPart::GetFilename(path),
+                       &CImageRootPart::CreatePart, true);
+}
+CODFPart* AddMediaFile(CODFPart* parent, const CTulStringW& path) {
+    if (!IsReadableFile(path)) return nullptr;
+    return AddFilePart(parent, path, u"media/", CMediaRootPart::GetFilename(path),
+                       &CMediaRootPart::CreatePart, true);
 }
 CODFPart* _CreateChartContentRootPart(CODFPart* parent, const unsigned short* directory) {
     return MakeChartPart(parent, directory, u"content.xml", &COfficeDocumentContentRootPart::CreateClass);

@@ -5,6 +5,8 @@
 #include <odfmodel/core/reflection.h>
 #include <odfmodel/serial/sax_reader.h>
 
+#include <algorithm>
+
 namespace ODF {
 namespace {
 
@@ -56,6 +58,19 @@ bool WriteTree(CSDObject& root, std::vector<unsigned char>& bytes) {
     const std::string xml = ToXml(root, {}, Fidelity::Everything);
     bytes.insert(bytes.end(), xml.begin(), xml.end());
     return !xml.empty();
+}
+
+Limits SharedLimits(const Limits& limits, std::uint64_t fileBytes) noexcept {
+    Limits shared = limits;
+    shared.freeObjects += fileBytes * limits.objectsPerByte;
+    shared.freeTreeBytes += fileBytes * limits.treeBytesPerByte;
+    shared.objectsPerByte = shared.treeBytesPerByte = 0;
+    return shared;
+}
+
+void Spend(Limits& left, const TreeCost& cost) noexcept {
+    left.freeObjects -= std::min(left.freeObjects, cost.objects);
+    left.freeTreeBytes -= std::min(left.freeTreeBytes, cost.textBytes);
 }
 
 } // namespace ODF

@@ -25,4 +25,10 @@ Tree ReadTree(std::span<const unsigned char> xml, std::string_view member, const
 /// The tree as XML, appended to `bytes`; false when it holds what can't be written.
 bool WriteTree(CSDObject& root, std::vector<unsigned char>& bytes);
 
+/// The bounds for the trees of a file of that size, which share what it allows: how large its members become
+/// when they are unpacked doesn't count.
+Limits SharedLimits(const Limits& limits, std::uint64_t fileBytes) noexcept;
+/// Takes off what a tree has had.
+void Spend(Limits& left, const TreeCost& cost) noexcept;
+
 } // namespace ODF

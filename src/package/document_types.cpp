@@ -42,6 +42,14 @@ constexpr ExtensionRow kExtensions[] = {
     {u".odg", SDDocType::DocTypeOdfGraphics},
 };
 
+/// What is known only to packages that keep their file's own.
+constexpr ExtensionRow kMoreExtensions[] = {
+    {u".docm", SDDocType::DocTypeWordDocumentMacro}, {u".dotm", SDDocType::DocTypeWordMacroTemplate},
+    {u".pptm", SDDocType::DocTypePresentationMacro}, {u".potm", SDDocType::DocTypePresentationMacroTemplate},
+    {u".ppsm", SDDocType::DocTypeSlideShowMacro},    {u".ppam", SDDocType::DocTypePresentationAddIn},
+    {u".xlam", SDDocType::DocTypeWorkbookAddIn},
+};
+
 struct ContentRow {
     Units contentType;
     DocumentType type;
@@ -66,10 +74,19 @@ constexpr ContentRow kMainTypes[] = {
     {u"application/vnd.openxmlformats-officedocument.spreadsheetml.template.main+xml",
      SDDocType::DocTypeWorkbookTemplate},
     {u"application/vnd.ms-excel.template.macroEnabled.main+xml", SDDocType::DocTypeWorkbookMacroTemplate},
-    {kThemeManager, SDDocType::DocTypeTheme},
-    {kThemeManager, SDDocType::DocTypeEffect},
     {u"application/vnd.openxmlformats-officedocument.presentationml.template.main+xml",
      SDDocType::DocTypePresentationTemplate},
+    {u"application/vnd.ms-word.document.macroEnabled.main+xml", SDDocType::DocTypeWordDocumentMacro},
+    {u"application/vnd.ms-word.template.macroEnabledTemplate.main+xml", SDDocType::DocTypeWordMacroTemplate},
+    {u"application/vnd.ms-powerpoint.presentation.macroEnabled.main+xml",
+     SDDocType::DocTypePresentationMacro},
+    {u"application/vnd.ms-powerpoint.template.macroEnabled.main+xml",
+     SDDocType::DocTypePresentationMacroTemplate},
+    {u"application/vnd.ms-powerpoint.slideshow.macroEnabled.main+xml", SDDocType::DocTypeSlideShowMacro},
+    {u"application/vnd.ms-powerpoint.addin.macroEnabled.main+xml", SDDocType::DocTypePresentationAddIn},
+    {u"application/vnd.ms-excel.addin.macroEnabled.main+xml", SDDocType::DocTypeWorkbookAddIn},
+    {kThemeManager, SDDocType::DocTypeTheme},
+    {kThemeManager, SDDocType::DocTypeEffect},
     {u"application/vnd.openxmlformats-officedocument.drawing+xml", SDDocType::DocTypeGraphicML},
     {u"application/vnd.oasis.opendocument.presentation", SDDocType::DocTypeOdfPresentation},
     {u"application/vnd.oasis.opendocument.text", SDDocType::DocTypeOdfText},
@@ -110,9 +127,11 @@ constexpr Units kFolderTypes[] = {u"presentation", u"text",     u"spreadsheet",
 
 } // namespace
 
-DocumentType TypeOfExtension(Units extension) noexcept {
+DocumentType TypeOfExtension(Units extension, bool withAll) noexcept {
     for (const ExtensionRow& row : kExtensions)
         if (EqualIgnoringCase(row.extension, extension)) return row.type;
+    for (const ExtensionRow& row : kMoreExtensions)
+        if (withAll && EqualIgnoringCase(row.extension, extension)) return row.type;
     return SDDocType::DocTypeUnknown;
 }
 
@@ -128,6 +147,17 @@ DocumentType TypeOfContent(Units contentType, bool withUserForm) noexcept {
         return candidate.contentType == contentType;
     });
     return row == end ? SDDocType::DocTypeUnknown : row->type;
+}
+
+DocumentType TypeOfMainContent(Units contentType) noexcept {
+    for (const ContentRow& row : kMainTypes)
+        if (EqualIgnoringCase(row.contentType, contentType)) return row.type;
+    return SDDocType::DocTypeUnknown;
+}
+
+bool IsSubordinate(DocumentType type) noexcept {
+    return type == SDDocType::DocTypeUnknown || type == SDDocType::DocTypeTheme ||
+           type == SDDocType::DocTypeEffect || type == SDDocType::DocTypeGraphicML;
 }
 
 bool IsOdf(DocumentType type) noexcept {
@@ -158,6 +188,13 @@ bool IsOpenPackaging(DocumentType type) noexcept {
     case SDDocType::DocTypeWorkbookMacroTemplate:
     case SDDocType::DocTypeWordDocument:
     case SDDocType::DocTypeWordTemplate:
+    case SDDocType::DocTypeWordDocumentMacro:
+    case SDDocType::DocTypeWordMacroTemplate:
+    case SDDocType::DocTypePresentationMacro:
+    case SDDocType::DocTypePresentationMacroTemplate:
+    case SDDocType::DocTypeSlideShowMacro:
+    case SDDocType::DocTypePresentationAddIn:
+    case SDDocType::DocTypeWorkbookAddIn:
         return true;
     default:
         return false;

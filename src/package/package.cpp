@@ -14,9 +14,11 @@ IPart* FirstOfType(IPart& root, DocumentType type) {
 } // namespace
 
 void PackageState::startOver(int keepsCompressed) {
+    if (diagnostics) diagnostics->clear();
     keepCompressed = keepsCompressed;
     isSound = isOther = false;
     registry.reset();
+    kept = {};
     writeList.clear();
     folderEntries.clear();
     contentTypes.reset();
@@ -189,6 +191,14 @@ void IPackage::SetLimits(const ODF::Limits& limits) {
 
 const ODF::Limits& IPackage::GetLimits() const {
     return state_->limits;
+}
+
+void IPackage::SetFidelity(ODF::Fidelity fidelity) {
+    state_->fidelity = fidelity;
+}
+
+ODF::Fidelity IPackage::GetFidelity() const {
+    return state_->fidelity;
 }
 
 void IPackage::SetHostTurn(std::function<void()> turn) {

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "package/document_types.h"
+#include "package/kept_file.h"
 #include "package/parts/part_registry.h"
 #include "package/temporary/temporary_storage.h"
 
 #include <odfmodel/core/diagnostics.h>
+#include <odfmodel/core/fidelity.h>
 #include <odfmodel/package/package.h>
 #include <odfmodel/serial/unzip.h>
 
@@ -24,6 +26,7 @@ struct PackageState {
 
     ODF::Diagnostics* diagnostics = nullptr;
     ODF::Limits limits;
+    ODF::Fidelity fidelity = ODF::Fidelity::Listed;
     std::function<void()> hostTurn;
     XmlCallback xmlCallback = nullptr;
 
@@ -32,6 +35,7 @@ struct PackageState {
     std::unique_ptr<IContentTypes> contentTypes;
     Map folderEntries;
     FileMap writeList;
+    KeptFile kept; ///< filled with `Fidelity::Everything` alone
     int keepCompressed = 0;
     CTulStringW sourcePath;
     bool isSound = true;  ///< the last open was none that failed or found nothing
@@ -98,7 +102,9 @@ struct PackageState {
         return fail(ODF::Status::NotReadable);
     }
 
-    /// Leaves what an earlier open has read.
+    /// Whether the file's own index is kept.
+    bool keepsFile() const noexcept { return fidelity == ODF::Fidelity::Everything; }
+    /// Leaves what an earlier open has read and noted.
     void startOver(int keepsCompressed);
     /// Whether the user data member is written and read: it is asked for and its module can be used.
     bool usesUserData() const { return useUserData != 0 && userDataPart->IsAvailable() != 0; }

@@ -26,6 +26,11 @@ bool IsFile(const Path& path);
 bool IsFolder(const Path& path);
 /// Whether this process may read a file or folder at `path`.
 bool IsReadable(const Path& path);
+/// What the last call that the system refused says of the cause, in words.
+std::string LastFault();
+
+/// How many names the file at `path` has; 0 when there is none.
+std::uint64_t NameCount(const Path& path);
 /// Bytes of the regular file at `path`.
 std::optional<std::uint64_t> FileSize(const Path& path);
 
@@ -84,7 +89,8 @@ private:
 class OutputFile {
 public:
     OutputFile() noexcept = default;
-    OutputFile(OutputFile&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+    OutputFile(OutputFile&& other) noexcept
+        : descriptor_(std::exchange(other.descriptor_, -1)), isPipe_(other.isPipe_) {}
     OutputFile& operator=(OutputFile&& other) noexcept;
     ~OutputFile() { close(); }
 
@@ -92,8 +98,15 @@ public:
     bool create(const Path& path);
     /// Creates a file that isn't there yet, with the given mode less the process's mask.
     bool createNew(const Path& path, unsigned mode = 0666);
+    /// Opens a file that is there, without changing it; links aren't followed.
+    bool openPresent(const Path& path);
     /// A file without a name in the temporary directory, gone when it is closed.
     bool createNameless();
+    /// The same in `folder`, with the given mode less the process's mask; `giveName` can keep it. False where
+    /// the file system doesn't know such files.
+    bool createNameless(const Path& folder, unsigned mode);
+    /// Gives a file without a name one that is free.
+    bool giveName(const Path& name) noexcept;
     bool isOpen() const noexcept { return descriptor_ >= 0; }
     /// Appends at the current end. False when not every byte was taken.
     bool write(const void* data, std::size_t byteCount) noexcept;
@@ -101,6 +114,11 @@ public:
     std::ptrdiff_t readAt(std::uint64_t offset, void* buffer, std::size_t byteCount) const noexcept;
     /// Gives the file the access rights, and as far as allowed the owner, of the file at `path`.
     void takeModeOf(const Path& path) noexcept;
+    /// Gives it the extended attributes of that file; false when there is one that it can't have.
+    bool takeAttributesOf(const Path& path);
+    /// Claims the file for this process as long as it is open. False when another process, or another open
+    /// file of this one, has it.
+    bool claim() noexcept;
     /// Waits until the bytes are on the medium.
     bool flushToDisk() noexcept;
     /// False when the system reports a late write error.
@@ -109,6 +127,7 @@ public:
 private:
     friend class FolderWriter;
     int descriptor_ = -1;
+    bool isPipe_ = false;
 };
 
 /// A file's bytes mapped for reading. An empty file maps to an empty span.

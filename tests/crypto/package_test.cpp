@@ -211,9 +211,9 @@ TEST(EncryptedPackage, ADamagedMemberIsNotedAndTheOthersAreRead) {
         {[](Members& all) { ChangeByte(Find(all, "content.xml"), 0); }, NoteCode::ChecksumMismatch},
         {[](Members& all) { Find(all, "content.xml").resize(Find(all, "content.xml").size() - 16); },
          NoteCode::ChecksumMismatch},
-        {[](Members& all) { Find(all, "content.xml").pop_back(); }, NoteCode::ChecksumMismatch},
+        {[](Members& all) { Find(all, "content.xml").pop_back(); }, NoteCode::MemberUnreadable},
         {[](Members& all) { Replace(all, "20010", "20011"); }, NoteCode::MemberUnreadable},
-        {[](Members& all) { Replace(all, "\"100000\"", "\"100000000\"", 1); }, NoteCode::MemberUnreadable},
+        {[](Members& all) { Replace(all, "\"100000\"", "\"100000000\"", 1); }, NoteCode::SizeLimit},
     };
     const Members whole = Encrypted(PlainMembers(), "secret", crypto::Scheme::Members);
     for (std::size_t row = 0; row < std::size(kRows); ++row) {
@@ -241,6 +241,20 @@ TEST(EncryptedPackage, OneMemberAtLeastProvesThePassword) {
     const Opened opened(Archive(members), "secret");
     EXPECT_EQ(opened.result, 0);
     EXPECT_EQ(opened.diagnostics.status(), Status::WrongPassword);
+}
+
+TEST(EncryptedPackage, BrokenParametersAreNoWrongPassword) {
+    const std::pair<const char*, Damage> kRows[] = {
+        {"a checksum of another length",
+         [](Members& all) { Replace(all, "manifest:checksum=\"", "manifest:checksum=\"AAAA=\" x=\""); }},
+        {"no salt", [](Members& all) { Replace(all, "manifest:salt", "manifest:pepper"); }},
+        {"no vector", [](Members& all) { Replace(all, "initialisation-vector", "vector"); }},
+        {"no iterations", [](Members& all) { Replace(all, "\"100000\"", "\"0\""); }}};
+    for (const auto& [name, damage] : kRows) {
+        Members members = Encrypted(PlainMembers(), "secret", crypto::Scheme::Members);
+        damage(members);
+        EXPECT_EQ(Opened(Archive(members), "secret").diagnostics.status(), Status::BadIndex) << name;
+    }
 }
 
 TEST(EncryptedPackage, ABombInsideStopsAtTheLimit) {
@@ -285,8 +299,13 @@ TEST(EncryptedPackage, ManyMembersMayNotAskForAnyAmountOfWork) {
 
 TEST(EncryptedPackage, AWholeOneIsRefusedAndTellsWhy) {
     const std::pair<Damage, Status> kRows[] = {
-        {[](Members& all) { ChangeByte(Find(all, kInner), 0); }, Status::WrongPassword},
-        {[](Members& all) { ChangeValue(all, kInner, "initialisation-vector"); }, Status::WrongPassword},
+        {[](Members& all) { ChangeByte(Find(all, kInner), 0); }, Status::BadIndex},
+        {[](Members& all) { ChangeValue(all, kInner, "initialisation-vector"); }, Status::BadIndex},
+        {[](Members& all) { Replace(all, "argon2-iterations=\"3\"", "argon2-iterations=\"0\""); },
+         Status::BadIndex},
+        {[](Members& all) { Replace(all, "\"65536\"", "\"16\""); }, Status::BadIndex},
+        {[](Members& all) { Replace(all, "argon2-iterations=\"3\"", "argon2-iterations=\"60\""); },
+         Status::LimitExceeded},
         {[](Members& all) { ChangeValue(all, kInner, "salt"); }, Status::WrongPassword},
         {[](Members& all) { ChangeByte(Find(all, kInner), 20); }, Status::WrongPassword},
         {[](Members& all) { ChangeByte(Find(all, kInner), Find(all, kInner).size() - 1); },

@@ -49,6 +49,15 @@ protected:
         return document.Open(folder / "bomb.odt", options).Code();
     }
 
+    /// The status of the older document class, which works on extracted files.
+    Status openListed(const test::Members& members, const Limits& limits) {
+        test::WriteOdf(folder / "bomb.odt", test::kTextType, members);
+        CODFDoc document;
+        document.SetLimits(limits);
+        document.Open(folder / "bomb.odt");
+        return document.GetDiagnostics().status();
+    }
+
     test::TemporaryFolder folder;
 };
 
@@ -89,6 +98,24 @@ TEST_F(Bombs, AreBoundedByTheSizeOfTheFile) {
         EXPECT_EQ(open(bomb.members, limits), bomb.isTooMuch ? Status::LimitExceeded : Status::Ok)
             << bomb.name;
         EXPECT_EQ(open(bomb.members, bySize), Status::Ok) << bomb.name << ": a large file may have more";
+        EXPECT_EQ(openListed(bomb.members, bySize), Status::Ok) << bomb.name;
+    }
+}
+
+// Packed, elements take next to nothing of the file; what counts is the file.
+TEST_F(Bombs, ExtractedMembersAreBoundedByThePackedSizeToo) {
+    Limits limits;
+    limits.freeObjects = 10'000;
+    test::WriteOdf(folder / "plain.odt", test::kTextType,
+                   {{"content.xml", test::TextContent(Repeated("<text:p/>", 200'000))}});
+    Document document;
+    ASSERT_TRUE(document.Open(folder / "plain.odt"));
+    ASSERT_TRUE(document.Save(folder / "packed.odt"));
+    for (const bool isBounded : {true, false}) {
+        CODFDoc listed;
+        if (isBounded) listed.SetLimits(limits);
+        EXPECT_EQ(listed.Open(folder / "packed.odt"), 1);
+        EXPECT_EQ(listed.GetDiagnostics().status(), isBounded ? Status::Damaged : Status::Ok);
     }
 }
 

@@ -158,7 +158,9 @@ using Temporary = test::InWorkspace<>;
 TEST_F(Temporary, FoldersAreNewAndPrivate) {
     std::set<std::string> names;
     for (int number = 0; number < 50; ++number) {
-        const Path folder = platform::CreateTemporaryFolder("letter");
+        const auto claim = platform::FolderClaim::create("letter");
+        ASSERT_NE(claim, nullptr);
+        const Path folder = claim->folder();
         ASSERT_TRUE(platform::IsFolder(folder));
         EXPECT_EQ(fs::status(folder.utf8()).permissions(), fs::perms::owner_all);
         EXPECT_EQ(folder.parent(), platform::TemporaryDirectory());
@@ -188,7 +190,9 @@ TEST_F(Temporary, ALongStemIsCutBetweenCharacters) {
     std::string stem;
     while (stem.size() < 400)
         stem += "\xE6\xBC\xA2";
-    const Path folder = platform::CreateTemporaryFolder(stem);
+    const auto claim = platform::FolderClaim::create(stem);
+    ASSERT_NE(claim, nullptr);
+    const Path folder = claim->folder();
     ASSERT_TRUE(platform::IsFolder(folder));
     EXPECT_EQ(folder.text().view().find(u'\uFFFD'), std::u16string_view::npos);
     platform::RemoveTree(folder);

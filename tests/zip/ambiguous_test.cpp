@@ -25,6 +25,25 @@ std::string Changed(std::string text, std::string_view from, std::string_view to
     return text.replace(at, from.size(), to);
 }
 
+/// The archive with the end record of large ones, to which the plain one refers.
+std::string Large(const std::string& archive) {
+    const std::size_t at = archive.size() - 22;
+    std::string large("PK\6\6");
+    test::AppendNumber(large, 44, 8);
+    large += std::string("\x2D\0\x2D\0", 4);
+    test::AppendNumber(large, 0, 8);
+    for (const std::size_t field : {8U, 10U}) // the counts
+        large += archive.substr(at + field, 2) + std::string(6, '\0');
+    for (const std::size_t field : {12U, 16U}) // size and place of the directory
+        large += archive.substr(at + field, 4) + std::string(4, '\0');
+    large += "PK\6\7";
+    test::AppendNumber(large, 0, 4);
+    test::AppendNumber(large, at, 8);
+    test::AppendNumber(large, 1, 4);
+    return archive.substr(0, at) + large + archive.substr(at, 8) + std::string(12, '\xFF') +
+           std::string(2, '\0');
+}
+
 struct Row {
     const char* what;
     std::string archive;
@@ -49,23 +68,29 @@ std::vector<Row> Rows() {
     return {
         {"sound", one, {}, "first"},
         {"sizes after the data", RawArchive({folded}), {}, "first"},
-        {"two archives", one + two, {NoteCode::General}, "later"},
+        {"two archives", one + two, {NoteCode::Ambiguous}, "later"},
         {"two archives of two sizes",
          RawArchive({Stored("a.txt", "first and long")}) + two,
-         {NoteCode::General},
+         {NoteCode::Ambiguous},
          "later"},
-        {"three archives", two + one + two, {NoteCode::General}, "later"},
-        {"something before it", "#!/bin/sh\n" + one, {NoteCode::General}, "first"},
-        {"another name before the data", Changed(one, "a.txt", "A.txt"), {NoteCode::General}, "first"},
+        {"three archives", two + one + two, {NoteCode::Ambiguous}, "later"},
+        {"something before it", "#!/bin/sh\n" + one, {NoteCode::Ambiguous}, "first"},
+        {"another name before the data", Changed(one, "a.txt", "A.txt"), {NoteCode::Ambiguous}, "first"},
         {"another checksum before the data",
          Changed(one, one.substr(14, 4), "\1\2\3\4"),
-         {NoteCode::General},
+         {NoteCode::Ambiguous},
          "first"},
         {"another method before the data",
          Changed(one, one.substr(8, 6), std::string("\x08\0", 2) + one.substr(10, 4)),
-         {NoteCode::General},
+         {NoteCode::Ambiguous},
          "first"},
-        {"two that share bytes", overlap, {NoteCode::General}, "first"},
+        {"two that share bytes", overlap, {NoteCode::Ambiguous}, "first"},
+        {"large numbers", Large(one), {}, "first"},
+        {"large numbers, another name before the data",
+         Large(Changed(one, "a.txt", "A.txt")),
+         {NoteCode::Ambiguous},
+         "first"},
+        {"large numbers, two that share bytes", Large(overlap), {NoteCode::Ambiguous}, "first"},
         {"two of one name",
          RawArchive({Stored("a.txt", "first"), Stored("a.txt", "later")}),
          {NoteCode::MemberDuplicate},

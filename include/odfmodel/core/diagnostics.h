@@ -18,17 +18,20 @@ enum class Status {
     NotReadable,    ///< the file isn't there or can't be read
     NotAnArchive,   ///< the file isn't a zip archive, or its directory is damaged
     PasswordNeeded, ///< the package is encrypted and no password was set
-    WrongPassword,  ///< the password doesn't fit (or, for an authenticated scheme, the data is damaged)
+    WrongPassword,  ///< the password doesn't fit (or the encrypted data is damaged, which looks the same)
     UnsupportedEncryption, ///< the encryption scheme isn't known to this build
     UnknownType,           ///< neither the name nor the content tells a document type that is read
-    BadIndex,              ///< the package's index (content types, relationships) can't be read
+    BadIndex,              ///< the package's index (content types, relationships, what the manifest says
+                           ///< about encryption) can't be used
     NoContent,             ///< the package has no main part
     LimitExceeded,         ///< the package asks for more than the limits allow
     NoTemporaryFolder,     ///< the system has no writable temporary directory
     NothingToSave,         ///< there is no package to save, as in a second save of one document
     CouldNotWrite,         ///< the target or a file on the way to it can't be written
     OutOfMemory,
-    Damaged ///< a part of the content can't be read; what came before the fault is there
+    Damaged,   ///< a part of the content can't be read; what came before the fault is there
+    Cancelled, ///< the caller's `ProgressCallback` has ended the operation
+    Ambiguous  ///< other programs may read another content in the file; only where this is to be refused
 };
 
 /// A short English text for a status, such as "not an archive".
@@ -49,6 +52,9 @@ enum class NoteCode {
     ManifestFault,    ///< the manifest is missing or contradicts the package
     ChecksumMismatch, ///< an encrypted member's checksum doesn't fit
     WriteFailed,      ///< a file can't be written
+    ReadFailed,       ///< the system failed to read the file, which may be sound
+    Ambiguous,        ///< programs may differ in what they read here
+    TargetChanged,    ///< something of a replaced file couldn't be kept, such as a second name
 };
 
 /// One observation about a document. `line` and `column` count from 1; 0 where they have no meaning.

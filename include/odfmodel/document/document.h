@@ -10,6 +10,7 @@
 #include <odfmodel/package/text.h>
 #include <odfmodel/serial/sax_reader.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
@@ -82,7 +83,7 @@ protected:
 
 private:
     int _InitParts();
-    int _PartReadSax();
+    int _PartReadSax(std::uint64_t fileBytes);
     CODFPart* _FindMainPartODF() const;
     int _WritePart();
     int _WriteTraversePart(ISDPart* part);
@@ -108,7 +109,8 @@ private:
     CODFPart* mainPart_ = nullptr;
     CODFPart* rootPart_ = nullptr;
     DocumentType docType_ = sd::SDDocType::DocTypeUnknown;
-    std::string ownFolder_; ///< of a new document, in UTF-8, until its package has taken it over
+    std::string ownFolder_;             ///< of a new document, in UTF-8, until its package has taken it over
+    std::shared_ptr<void> folderClaim_; ///< tells other processes that the folder is in use
     const unsigned short* password_ = nullptr;
     std::u16string passwordCopy_;
     Limits limits_;

@@ -17,6 +17,7 @@
 #include <odfmodel/core/diagnostics.h>
 #include <odfmodel/core/limits.h>
 #include <odfmodel/core/object.h>
+#include <odfmodel/core/progress.h>
 #include <odfmodel/export.h>
 #include <odfmodel/package/file_entry.h>
 
@@ -86,6 +87,13 @@ enum class EncryptionScheme {
 struct OpenOptions {
     std::string password{}; ///< UTF-8; empty for none
     Limits limits{};
+    /// Refuses, with `Status::Ambiguous`, archives in which other programs may read another content: with
+    /// something before them, members that share bytes or have one name, headers that contradict the
+    /// directory. Without it such archives are read as their last directory says, with notes.
+    bool refusesAmbiguous = false;
+    /// Told how far it has come, and asked whether to go on; empty for none. A document that was open stays
+    /// when the opening is cancelled.
+    ProgressCallback progress{};
 };
 
 /// What `Document::Save` may be told.
@@ -96,6 +104,9 @@ struct SaveOptions {
     /// Writes what there is of a document that could not be read whole, too. What could not be read is lost
     /// then.
     bool allowsIncomplete = false;
+    /// Told how far it has come, and asked whether to go on; empty for none. A save that is cancelled writes
+    /// nothing: the old file stays, and the document can be saved again.
+    ProgressCallback progress{};
 };
 
 /// A document: its trees of element objects, and all other members of its package as bytes.
@@ -191,6 +202,9 @@ public:
     /// Adds a picture under a free name like `fileName`, such as "Pictures/logo.png", which is returned for
     /// `xlink:href`; empty when the document is flat, closed, or the name can't be used.
     std::string AddPicture(std::span<const unsigned char> bytes, std::string_view fileName);
+    /// The same with the bytes and the name of a file; empty also when it can't be read, and `result`, if
+    /// given, tells why.
+    std::string AddPictureFile(const std::filesystem::path& file, Result* result = nullptr);
     /// @}
 
     /// @name The file

@@ -116,6 +116,7 @@ public:
     }
 
 private:
+    friend class CDocument;
     using SeqProcElems = std::set<ISDSeqProcElem*, _foCompSeqProcElem>;
 
     CSDNamedObject* rootClass_ = nullptr;
@@ -129,6 +130,8 @@ private:
     CTulStringW localPath_;
     CTulStringW partname_;
     CODFPart* parentPart_ = nullptr;
+    CODFPart* nextDeleted_ = nullptr; ///< in the list of parts that their document is about to delete
+    bool isDeleted_ = false;
     const unsigned short* packageRoot_ = nullptr;
     std::unique_ptr<SeqProcElems> seqProcElems_;
     std::unique_ptr<std::map<CTulStringW, CTulStringW>> mediaTypes_;

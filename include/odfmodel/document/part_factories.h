@@ -13,6 +13,11 @@ namespace ODF {
 ODFMODEL_API CODFPart* _CreateImagePart(CODFPart* parent, CTulStringW path, int = 0, int = 0);
 /// The same for a sound or film, as "media/<file name>".
 ODFMODEL_API CODFPart* _CreateMediaPart(CODFPart* parent, CTulStringW path, int = 0, int = 0);
+/// As `_CreateImagePart`, but null when there is no file at `path` that can be read, and with a name of its
+/// own where `parent` has another picture of that file name: "Pictures/logo-2.png".
+ODFMODEL_API CODFPart* AddPictureFile(CODFPart* parent, const CTulStringW& path);
+/// The same for a sound or film.
+ODFMODEL_API CODFPart* AddMediaFile(CODFPart* parent, const CTulStringW& path);
 /// A part "<directory>content.xml" with a new `office:document-content`, for a chart. `directory` brings its
 /// separator. It is not added to `parent`: the caller owns it until it has added it to the root part.
 ODFMODEL_API CODFPart* _CreateChartContentRootPart(CODFPart* parent, const unsigned short* directory);

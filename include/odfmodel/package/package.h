@@ -1,5 +1,6 @@
 #pragma once
 
+#include <odfmodel/core/fidelity.h>
 #include <odfmodel/core/limits.h>
 #include <odfmodel/core/string.h>
 #include <odfmodel/core/target_mode.h>
@@ -199,12 +200,21 @@ public:
     bool IsMediaFile(const unsigned short* path) const;
 
     /// Where the reasons of failures are noted; not owned, null for nowhere. Handed on to the archive and the
-    /// readers.
+    /// readers. Each open clears it.
     void SetDiagnostics(ODF::Diagnostics* diagnostics);
     ODF::Diagnostics* GetDiagnostics() const;
     /// The bounds of the following opens.
     void SetLimits(const ODF::Limits& limits);
     const ODF::Limits& GetLimits() const;
+    /// What the next open of an Open Packaging file keeps and the next save writes; `Fidelity::Listed` at
+    /// first. With `Fidelity::Everything` relationships that nobody touches keep the type, the target and the
+    /// place that they have in the file, members keep their names, members that no relationship leads to are
+    /// kept, a new part gets its content type into the registry, and a part that no chain of links leads to
+    /// any more goes, with its links and its content type. It also opens what is refused otherwise: files
+    /// with macros and add-ins (".docm", ".xlam" and others), a `.rels` member without bytes, member names
+    /// that begin with `/`. Of ODF packages it changes nothing.
+    void SetFidelity(ODF::Fidelity fidelity);
+    ODF::Fidelity GetFidelity() const;
     /// Called once for each member during saves and after each read of a member, so that the host can go on
     /// with its work; must return quickly. Empty for none.
     void SetHostTurn(std::function<void()> turn);

@@ -48,6 +48,7 @@ struct RelationshipRecord {
     CTulStringW type;
     CTulStringW target;
     TargetMode targetMode = TargetModeInternal;
+    CTulStringW writtenTarget{}; ///< the target with all the escapes that it has in the file
 };
 
 using RelationshipVector = std::vector<RelationshipRecord>;

@@ -19,7 +19,8 @@ bool ReadRelationship(const unsigned short* localName, CSDAttribute* attributes,
     if (ToView(localName) != u"Relationship") return false;
     record.id = Value(attributes, u"Id");
     record.type = Value(attributes, u"Type");
-    record.target = UnescapeTarget(Value(attributes, u"Target"));
+    record.writtenTarget = Value(attributes, u"Target");
+    record.target = UnescapeTarget(record.writtenTarget);
     record.targetMode =
         ToView(Value(attributes, u"TargetMode")) == u"External" ? TargetModeExternal : TargetModeInternal;
     return true;

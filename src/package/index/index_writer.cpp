@@ -6,6 +6,7 @@
 #include <odfmodel/serial/sax_reader.h>
 
 #include <memory>
+#include <set>
 #include <unordered_set>
 
 namespace SDPackage {
@@ -19,6 +20,19 @@ void WriteFileEntry(CSDSerializer& serializer, Units mediaType, Units fullPath) 
     line += EscapeAttribute(fullPath).view();
     line += u"\"/>";
     serializer.WriteRaw(line);
+}
+
+void WriteLink(CSDSerializer& serializer, const IPartList::Entry& entry, const CTulStringW& source) {
+    const auto& [id, part] = entry;
+    CTulStringW target(part->GetPackagePath());
+    if (part->GetTargetMode() == TargetModeInternal)
+        MakeRelativeTarget(source, part->GetPackagePath(), target);
+    IRelationship relationship;
+    relationship.SetId(id.c_str());
+    relationship.SetType(part->GetRelationType());
+    relationship.SetTarget(target.c_str());
+    relationship.SetTargetMode(part->GetTargetMode());
+    serializer.WriteRaw(relationship.ToXml().view());
 }
 
 } // namespace
@@ -62,18 +76,31 @@ void WriteRelationshipSet(CSDSerializer& serializer, IRelationships& set, const 
     for (const Units text : kRelationshipsStart)
         serializer.WriteRaw(text);
     const std::unique_ptr<IPartList> list(set.GetPartList(nullptr));
-    for (int i = 0; list && i < list->Count(); ++i) {
-        const auto& [id, part] = *list->GetEntry(i);
-        CTulStringW target(part->GetPackagePath());
-        if (part->GetTargetMode() == TargetModeInternal)
-            MakeRelativeTarget(source, part->GetPackagePath(), target);
-        IRelationship relationship;
-        relationship.SetId(id.c_str());
-        relationship.SetType(part->GetRelationType());
-        relationship.SetTarget(target.c_str());
-        relationship.SetTargetMode(part->GetTargetMode());
-        serializer.WriteRaw(relationship.ToXml().view());
+    for (int i = 0; list && i < list->Count(); ++i)
+        WriteLink(serializer, *list->GetEntry(i), source);
+    serializer.WriteRaw(kRelationshipsEnd);
+}
+
+void WriteKeptRelationshipSet(CSDSerializer& serializer, IRelationships& set, const CTulStringW& source,
+                              const std::vector<KeptLink>& kept, const PartRegistry& registry) {
+    for (const Units text : kRelationshipsStart)
+        serializer.WriteRaw(text);
+    std::set<CTulStringW> written;
+    for (const KeptLink& link : kept) {
+        const IPart* const part = set.GetPartById(link.id);
+        const PartOrigin* const origin = part && part == link.part ? registry.origin(*part) : nullptr;
+        if (!origin || !written.insert(link.id).second) continue;
+        const bool isRetyped = origin->relationType != part->GetRelationType();
+        CTulStringW line;
+        line.Format(u"<Relationship Id=\"%s\" Type=\"%s\" Target=\"%s\"%s/>", EscapeAttribute(link.id.view()),
+                    EscapeAttribute(isRetyped ? ToView(part->GetRelationType()) : link.type.view()),
+                    EscapeAttribute(link.target.view()),
+                    part->GetTargetMode() == TargetModeExternal ? u" TargetMode=\"External\"" : u"");
+        serializer.WriteRaw(line.view());
     }
+    const std::unique_ptr<IPartList> list(set.GetPartList(nullptr));
+    for (int i = 0; list && i < list->Count(); ++i)
+        if (!written.contains(list->GetEntry(i)->first)) WriteLink(serializer, *list->GetEntry(i), source);
     serializer.WriteRaw(kRelationshipsEnd);
 }
 

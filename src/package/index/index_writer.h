@@ -1,5 +1,8 @@
 #pragma once
 
+#include "package/kept_file.h"
+#include "package/parts/part_registry.h"
+
 #include <odfmodel/package/package.h>
 
 #include <vector>
@@ -21,6 +24,10 @@ void WriteManifest(CSDSerializer& serializer, const PartMap& parts, const Map& f
 
 /// Writes the text of the `.rels` member that holds the links of `source`.
 void WriteRelationshipSet(CSDSerializer& serializer, IRelationships& set, const CTulStringW& source);
+/// The same with the file's own words for the links that are as they were, in the order of the file, and the
+/// others behind them.
+void WriteKeptRelationshipSet(CSDSerializer& serializer, IRelationships& set, const CTulStringW& source,
+                              const std::vector<KeptLink>& kept, const PartRegistry& registry);
 /// The parts of the same text for writers of their own.
 inline constexpr std::u16string_view kRelationshipsStart[] = {
     u"<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\" ?>", u"<Relationships",

@@ -49,12 +49,14 @@ std::vector<unsigned char> MemberDeflater::deflate(std::span<const unsigned char
     return deflated;
 }
 
-Status EncryptMembers(const crypto::PackageEncryption& encryption, std::span<EncryptionJob> jobs) {
+Status EncryptMembers(const crypto::PackageEncryption& encryption, std::span<EncryptionJob> jobs,
+                      const archive::NoteSink& notes) {
     std::atomic<std::size_t> next = 0;
     std::atomic<Status> status = Status::Ok;
-    const auto work = [&]() noexcept {
+    const auto work = [&](bool mayAsk) noexcept {
         for (std::size_t index = next++; index < jobs.size() && status == Status::Ok; index = next++) {
-            const Status result = Encrypt(encryption, jobs[index]);
+            const bool goesOn = !mayAsk || notes.goesOn({Progress::Step::Keys, {}, index, jobs.size()});
+            const Status result = goesOn ? Encrypt(encryption, jobs[index]) : Status::Cancelled;
             if (result != Status::Ok) status = result;
         }
     };
@@ -65,10 +67,10 @@ Status EncryptMembers(const crypto::PackageEncryption& encryption, std::span<Enc
             std::clamp(std::thread::hardware_concurrency(), 1U, kMostThreads), jobs.size());
         try {
             while (threads.size() + 1 < wanted)
-                threads.emplace_back(work);
+                threads.emplace_back(work, false);
         } catch (const std::system_error&) { // NOLINT(bugprone-empty-catch)
         }
-        work();
+        work(true);
     }
     return status;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "serial/crypto/package_encryption.h"
+#include "serial/zip/archive.h"
 #include "serial/zip/deflate.h"
 
 #include <odfmodel/core/diagnostics.h>
@@ -31,7 +32,9 @@ struct EncryptionJob {
     std::string xml; ///< its encryption data for the manifest
 };
 
-/// Encrypts on all processors: finding the keys takes longer than everything else in a save.
-Status EncryptMembers(const crypto::PackageEncryption& encryption, std::span<EncryptionJob> jobs);
+/// Encrypts on all processors: finding the keys takes longer than everything else in a save. `Cancelled` when
+/// the caller doesn't want to go on.
+Status EncryptMembers(const crypto::PackageEncryption& encryption, std::span<EncryptionJob> jobs,
+                      const archive::NoteSink& notes);
 
 } // namespace ODF::package

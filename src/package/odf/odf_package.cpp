@@ -39,6 +39,10 @@ Status ToStatus(archive::ReadResult result, const archive::Member& member) noexc
         return Status::WrongPassword;
     case archive::ReadResult::TooLarge:
         return Status::LimitExceeded;
+    case archive::ReadResult::BadEncryption:
+        return Status::BadIndex;
+    case archive::ReadResult::Refused: // by the caller's progress alone
+        return Status::Cancelled;
     case archive::ReadResult::Unsupported:
         return member.encryption || member.isZipEncrypted ? Status::UnsupportedEncryption
                                                           : Status::NotReadable;
@@ -70,9 +74,9 @@ Status OdfPackage::State::readEntry(const Entry& entry, std::uint64_t mostBytes,
     const archive::ReadResult result = archive::MemberReader(*archive).read(
         entry.index, mostBytes, [&](std::span<const unsigned char> piece) {
             bytes.insert(bytes.end(), piece.begin(), piece.end());
-            return true;
+            return notes.goesOn({Progress::Step::Reading, member.name, bytes.size(), member.plainSize()});
         });
-    archive::NoteResult(result, member, notes);
+    if (result != archive::ReadResult::Refused) archive::NoteResult(result, member, notes);
     return ToStatus(result, member);
 }
 
@@ -82,8 +86,8 @@ OdfPackage& OdfPackage::operator=(OdfPackage&& other) noexcept = default;
 OdfPackage::~OdfPackage() = default;
 
 Status OdfPackage::open(Bytes bytes, std::string_view passwordUtf8, const Limits& limits,
-                        Diagnostics& diagnostics) {
-    return package::WithNotes(diagnostics, [&](const archive::NoteSink& notes) {
+                        Diagnostics& diagnostics, const ProgressCallback& progress) {
+    return package::WithNotes(diagnostics, progress, [&](const archive::NoteSink& notes) {
         auto opened = std::make_unique<State>();
         opened->limits = limits;
         opened->password = ToSecret(passwordUtf8);
@@ -128,9 +132,16 @@ bool OdfPackage::contains(std::string_view name) const {
     return state_->findMember(name) != nullptr;
 }
 
-Status OdfPackage::read(std::string_view name, Bytes& bytes, Diagnostics& diagnostics) const {
+std::uint64_t OdfPackage::sizeOf(std::string_view name) const {
+    const Entry* const entry = state_->findMember(name);
+    if (!entry) return 0;
+    return entry->isChanged ? entry->bytes.size() : state_->archive->member(entry->index)->plainSize();
+}
+
+Status OdfPackage::read(std::string_view name, Bytes& bytes, Diagnostics& diagnostics,
+                        const ProgressCallback& progress) const {
     bytes.clear();
-    return package::WithNotes(diagnostics, [&](const archive::NoteSink& notes) {
+    return package::WithNotes(diagnostics, progress, [&](const archive::NoteSink& notes) {
         const Entry* const entry = state_->findMember(name);
         if (entry) return state_->readEntry(*entry, state_->limits.memberBytes, bytes, notes);
         notes.add(NoteCode::MemberMissing, Severity::Error, name, "there is no such member");
@@ -152,7 +163,7 @@ std::vector<FileEntry> OdfPackage::fileEntries() const {
 
 Status OdfPackage::readFileEntry(std::string_view name, Bytes& bytes, Diagnostics& diagnostics) const {
     bytes.clear();
-    return package::WithNotes(diagnostics, [&](const archive::NoteSink& notes) {
+    return package::WithNotes(diagnostics, {}, [&](const archive::NoteSink& notes) {
         Entry entry;
         entry.index = state_->archive ? state_->archive->find(name) : -1;
         if (entry.index >= 0) return state_->readEntry(entry, state_->limits.memberBytes, bytes, notes);
@@ -250,9 +261,10 @@ std::size_t OdfPackage::removeFolder(std::string_view folder) {
 
 Status OdfPackage::write(const WriteOptions& options, Bytes& archive, Diagnostics& diagnostics) const {
     archive.clear();
-    const Status status = package::WithNotes(diagnostics, [&](const archive::NoteSink& notes) {
-        return package::WritePackage(*state_, options, archive, notes);
-    });
+    const Status status =
+        package::WithNotes(diagnostics, options.progress, [&](const archive::NoteSink& notes) {
+            return package::WritePackage(*state_, options, archive, notes);
+        });
     if (status != Status::Ok) archive = {};
     return status;
 }

@@ -2,6 +2,7 @@
 
 #include <odfmodel/core/diagnostics.h>
 #include <odfmodel/core/limits.h>
+#include <odfmodel/core/progress.h>
 #include <odfmodel/export.h>
 #include <odfmodel/package/file_entry.h>
 
@@ -41,8 +42,9 @@ public:
     ~OdfPackage();
 
     /// Opens an archive whose bytes it takes over. On any other status than `Ok` the package stays as it was.
+    /// `progress` may be empty, here and below, and may not throw.
     [[nodiscard]] Status open(Bytes bytes, std::string_view passwordUtf8, const Limits& limits,
-                              Diagnostics& diagnostics);
+                              Diagnostics& diagnostics, const ProgressCallback& progress = {});
 
     /// What the member `mimetype` says, else the row "/" of the manifest.
     std::string mediaType() const;
@@ -55,8 +57,12 @@ public:
     std::vector<std::string> names() const;
     bool contains(std::string_view name) const;
     /// The plain bytes. When the status isn't `Ok`, `bytes` has what could be decoded: `NotReadable` for a
-    /// member that is missing or damaged, `WrongPassword`, `UnsupportedEncryption` or `LimitExceeded`.
-    [[nodiscard]] Status read(std::string_view name, Bytes& bytes, Diagnostics& diagnostics) const;
+    /// member that is missing or damaged, `WrongPassword`, `BadIndex` for encryption data that makes no
+    /// sense, `UnsupportedEncryption`, `LimitExceeded` or `Cancelled`.
+    [[nodiscard]] Status read(std::string_view name, Bytes& bytes, Diagnostics& diagnostics,
+                              const ProgressCallback& progress = {}) const;
+    /// Bytes of the plain member, as far as the archive's directory tells; 0 when there is none.
+    std::uint64_t sizeOf(std::string_view name) const;
 
     /// What the opened archive has, with `mimetype`, the manifest and folders, whatever was changed since.
     std::vector<FileEntry> fileEntries() const;
@@ -95,6 +101,7 @@ public:
         std::function<std::optional<Status>(std::string_view name, Bytes& bytes)> replace;
         /// Whether `replace` changes anything, for what depends on nothing having changed.
         bool isChanged = true;
+        ProgressCallback progress{};
     };
     /// Writes the whole archive, as often as wanted. On any other status than `Ok` `archive` is empty.
     [[nodiscard]] Status write(const WriteOptions& options, Bytes& archive, Diagnostics& diagnostics) const;

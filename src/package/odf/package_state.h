@@ -34,13 +34,13 @@ struct Entry {
 
 /// Hands on what `work` notes and gives; a failed allocation becomes a status.
 template<typename Work>
-Status WithNotes(Diagnostics& diagnostics, Work work) noexcept {
+Status WithNotes(Diagnostics& diagnostics, const ProgressCallback& progress, Work work) noexcept {
     Status status = Status::OutOfMemory;
     try {
         // One of its own, since the status of the caller's may tell of an earlier failure.
         Diagnostics own;
         try {
-            status = work(archive::NoteSink{&own});
+            status = work(archive::NoteSink{&own, &progress});
         } catch (const std::bad_alloc&) {
             status = Status::OutOfMemory;
         } catch (const std::length_error&) {
@@ -73,7 +73,7 @@ struct OdfPackage::State {
     const package::Entry* find(std::string_view name) const;
     /// As `find`, but only for what callers see.
     const package::Entry* findMember(std::string_view name) const;
-    /// The plain bytes of an entry, appended to `bytes`.
+    /// The plain bytes of an entry, appended to `bytes`; `Cancelled` when the caller doesn't want to go on.
     Status readEntry(const package::Entry& entry, std::uint64_t mostBytes, Bytes& bytes,
                      const archive::NoteSink& notes) const;
 };

@@ -20,6 +20,8 @@ using Bytes = std::vector<unsigned char>;
 
 constexpr std::uint32_t kFileMode = 0100644;
 constexpr std::uint32_t kFolderMode = 0040755;
+/// A save may take so many times the work for keys that an open may.
+constexpr std::uint64_t kKeyWorkOfSave = 10;
 /// The first version of the format that knows encryption of the whole.
 constexpr std::string_view kVersionOfWhole = "1.4";
 
@@ -64,10 +66,13 @@ private:
     }
 
     Status planAll() {
-        deriveKeys();
+        if (!deriveKeys()) return Status::Cancelled;
         Status status = planMimeType();
+        std::uint64_t done = 0;
         for (const Entry& entry : state_.entries) {
             if (status != Status::Ok) return status;
+            if (!notes_.goesOn({Progress::Step::Writing, entry.name, done++, state_.entries.size()}))
+                return Status::Cancelled;
             if (!entry.isRemoved) status = planEntry(entry);
         }
         if (!manifest_) manifest_ = &plan(kManifestName);
@@ -75,15 +80,18 @@ private:
     }
 
     /// On all processors at once, for the members that will be read.
-    void deriveKeys() const {
-        if (!state_.archive || !state_.archive->decryption()) return;
+    bool deriveKeys() const {
+        if (!state_.archive || !state_.archive->decryption()) return true;
         std::vector<const crypto::EncryptedRow*> rows;
         for (const Entry& entry : state_.entries) {
             if (entry.isRemoved || entry.isChanged) continue;
             const archive::Member* const member = state_.archive->member(entry.index);
             if (member && member->encryption && member->packedSize > 0) rows.push_back(member->encryption);
         }
-        state_.archive->decryption()->deriveKeys(rows);
+        state_.archive->decryption()->allowMore(kKeyWorkOfSave);
+        return state_.archive->decryption()->deriveKeys(rows, [&](std::size_t done, std::size_t total) {
+            return notes_.goesOn({Progress::Step::Keys, {}, done, total});
+        });
     }
 
     Status planMimeType() {
@@ -183,7 +191,7 @@ private:
             std::min(state_.limits.memberBytes, state_.limits.totalBytes - total_);
         const Status status = state_.readEntry(entry, mostBytes, plain, notes_);
         total_ += plain.size();
-        if (status != Status::Ok)
+        if (status != Status::Ok && status != Status::Cancelled)
             notes_.add(NoteCode::WriteFailed, Severity::Error, entry.name,
                        "the member can't be read to be written");
         return status;
@@ -233,7 +241,8 @@ private:
     }
 
     Status encryptAll() {
-        const Status status = EncryptMembers(*encryption_, jobs_);
+        const Status status = EncryptMembers(*encryption_, jobs_, notes_);
+        if (status == Status::Cancelled) return status;
         if (status != Status::Ok) {
             notes_.add(NoteCode::WriteFailed, Severity::Error, {}, "the members can't be encrypted");
             return status;
@@ -287,6 +296,7 @@ private:
             into->finish(writer.size());
             return Status::Ok;
         }
+        if (isCancelled_) return Status::Cancelled;
         if (writer.isOutOfMemory()) return Status::OutOfMemory;
         notes_.add(
             NoteCode::WriteFailed, Severity::Error, failed ? std::string_view(failed->member.name) : "",
@@ -294,15 +304,28 @@ private:
         return Status::CouldNotWrite;
     }
 
-    archive::PackedBytes bytesOf(const Planned& planned, const Planned*& failed) const {
+    /// Asks the caller at the start of each member and now and then in a large one.
+    bool goesOnPacking(const Planned& planned, std::uint64_t offset) {
+        constexpr std::uint64_t kStride = std::uint64_t{1} << 20;
+        if (offset != 0 && offset < nextAsking_) return true;
+        packed_ += offset == 0 ? 1 : 0;
+        nextAsking_ = offset + kStride;
+        isCancelled_ = !notes_.goesOn({Progress::Step::Packing, planned.member.name, packed_, plan_.size()});
+        return !isCancelled_;
+    }
+
+    archive::PackedBytes bytesOf(const Planned& planned, const Planned*& failed) {
         if (planned.copied >= 0)
-            return [&planned, &failed, read = archive::CopyOfPacked(*state_.archive, planned.copied, notes_)](
+            return [this, &planned, &failed,
+                    read = archive::CopyOfPacked(*state_.archive, planned.copied, notes_)](
                        std::uint64_t offset, std::span<unsigned char> target) {
+                if (!goesOnPacking(planned, offset)) return false;
                 const bool isRead = read(offset, target);
                 if (!isRead) failed = &planned;
                 return isRead;
             };
-        return [&planned](std::uint64_t offset, std::span<unsigned char> target) {
+        return [this, &planned](std::uint64_t offset, std::span<unsigned char> target) {
+            if (!goesOnPacking(planned, offset)) return false;
             const auto from = planned.packed.subspan(static_cast<std::size_t>(offset), target.size());
             std::copy(from.begin(), from.end(), target.begin());
             return true;
@@ -317,6 +340,9 @@ private:
     bool isManifestNew_ = false;
     std::uint64_t total_ = 0; ///< plain bytes read so far
     std::uint64_t copiedBytes_ = 0;
+    std::uint64_t packed_ = 0; ///< members that have gone into the archive
+    std::uint64_t nextAsking_ = 0;
+    bool isCancelled_ = false;
     MemberDeflater deflater_;
     std::deque<Planned> plan_; ///< stays in place as it grows
     Planned* manifest_ = nullptr;

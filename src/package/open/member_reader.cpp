@@ -85,7 +85,7 @@ int IndexReader::readFile(const CTulStringW& itemName) {
     return reader_->ParseWithHandler(state_.storage.pathOf(itemName.view()).text()) ? 1 : 0;
 }
 
-int IndexReader::readMember(const CTulStringW& itemName, CSDDefaultHandler& handler) {
+int IndexReader::readMember(const CTulStringW& itemName, CSDDefaultHandler& handler, bool isSeen) {
     CSDUnZip* const unzip = state_.unzip.get();
     if (!unzip) return 0;
     if (unzip->GetItemIndex(itemName) < 0) {
@@ -93,7 +93,7 @@ int IndexReader::readMember(const CTulStringW& itemName, CSDDefaultHandler& hand
                     "the archive has no such member");
         return 0;
     }
-    if (state_.xmlCallback) {
+    if (isSeen && state_.xmlCallback) {
         std::optional<ByteVector> bytes = ReadWhole(*unzip, itemName);
         if (bytes && state_.xmlCallback(bytes->data(), static_cast<int>(bytes->size()), ToUnits(u"XMLFile"),
                                         itemName) == 0)
@@ -114,13 +114,26 @@ int IndexReader::readMember(const CTulStringW& itemName, CSDDefaultHandler& hand
     return isRead && (isEmpty || document.isWhole()) ? 1 : 0;
 }
 
+CTulStringW IndexReader::spelled(const CTulStringW& itemName) const {
+    if (!state_.unzip || !state_.unzip->itemTable || state_.unzip->GetItemIndex(itemName) >= 0)
+        return itemName;
+    for (const auto& [name, item] : *state_.unzip->itemTable)
+        if (item.index >= 0 &&
+            EqualIgnoringCase(WithoutLeadingSeparator(name.view()), WithoutLeadingSeparator(itemName.view())))
+            return name;
+    return itemName;
+}
+
 int IndexReader::read(const CTulStringW& itemName, CSDDefaultHandler& handler) {
     install(itemName, handler);
+    if (state_.keepsFile() && !IsOdf(state_.documentType))
+        return readMember(spelled(itemName), handler, state_.keepCompressed != 0);
     return state_.keepCompressed != 0 ? readMember(itemName, handler) : readFile(itemName);
 }
 
 int IndexReader::readUnseen(const CTulStringW& itemName, CSDDefaultHandler& handler) {
     install(itemName, handler);
+    if (state_.keepsFile()) return readMember(spelled(itemName), handler, false);
     if (state_.keepCompressed == 0) return readFile(itemName);
     return state_.unzip && reader_->ParseItem(itemName, state_.unzip.get()) ? 1 : 0;
 }
@@ -128,7 +141,7 @@ int IndexReader::readUnseen(const CTulStringW& itemName, CSDDefaultHandler& hand
 int ReadFromArchive(const PackageState& state, const CTulStringW& itemName, CSDDefaultHandler& handler) {
     IndexReader reader(state);
     reader.install(itemName, handler);
-    return reader.readMember(itemName, handler);
+    return reader.readMember(state.keepsFile() ? reader.spelled(itemName) : itemName, handler);
 }
 
 } // namespace SDPackage

@@ -31,7 +31,10 @@ private:
 
     void install(const CTulStringW& itemName, CSDDefaultHandler& handler);
     int readFile(const CTulStringW& itemName);
-    int readMember(const CTulStringW& itemName, CSDDefaultHandler& handler);
+    int readMember(const CTulStringW& itemName, CSDDefaultHandler& handler, bool isSeen = true);
+    /// As the archive spells the name: with a leading `/` or in another case where the package keeps its
+    /// file.
+    CTulStringW spelled(const CTulStringW& itemName) const;
 
     const PackageState& state_;
     ReaderHandle reader_;

@@ -5,7 +5,10 @@
 #include "package/open/open_packaging_index.h"
 #include "package/package_state.h"
 #include "platform/files.h"
+#include "platform/temporary.h"
 
+#include <odfmodel/core/attribute.h>
+#include <odfmodel/serial/default_handler.h>
 #include <odfmodel/serial/sax_reader.h>
 
 namespace SDPackage {
@@ -18,15 +21,41 @@ using ODF::Status;
 namespace platform = ODF::platform;
 
 /// The type that a file's name tells; 0 when no readable file stands there.
-DocumentType TypeByExtension(const unsigned short* path) {
-    return path && platform::IsReadable(path) ? TypeOfExtension(ExtensionOf(ToView(path)))
+DocumentType TypeByExtension(const PackageState& state, const unsigned short* path) {
+    return path && platform::IsReadable(path) ? TypeOfExtension(ExtensionOf(ToView(path)), state.keepsFile())
                                               : SDDocType::DocTypeUnknown;
 }
 
-DocumentType TypeByContent(IndexReader& reader) {
-    CDocTypeHandler handler;
-    return reader.readUnseen(CTulStringW(kContentTypesName), handler) != 0 ? handler.GetDocType()
-                                                                           : SDDocType::DocTypeUnknown;
+/// Finds the document type by any main content type that is known: drawings and themes, which packages of
+/// other types hold too, count only where there is nothing else.
+class MainTypeHandler final : public CSDDefaultHandler {
+public:
+    void startElement(const unsigned short* /*uri*/, const unsigned short* localName,
+                      const unsigned short* /*qName*/, CSDAttribute* attributes) override {
+        const Units name = ToView(localName);
+        if ((name != u"Override" && name != u"Default") || !attributes || !IsSubordinate(type_)) return;
+        const DocumentType found = TypeOfMainContent(ToView(attributes->GetValue(ToUnits(u"ContentType"))));
+        if (found != SDDocType::DocTypeUnknown) type_ = found;
+    }
+    DocumentType GetDocType() const noexcept { return type_; }
+
+private:
+    DocumentType type_ = SDDocType::DocTypeUnknown;
+};
+
+/// The type that the content types tell. `read` feeds them to a handler, 0 when they can't be read.
+template<typename Read>
+DocumentType TypeByContent(const PackageState& state, Read read) {
+    CDocTypeHandler listed;
+    MainTypeHandler all;
+    if (state.keepsFile()) return read(all) != 0 ? all.GetDocType() : SDDocType::DocTypeUnknown;
+    return read(listed) != 0 ? listed.GetDocType() : SDDocType::DocTypeUnknown;
+}
+
+DocumentType TypeByContent(const PackageState& state, IndexReader& reader) {
+    return TypeByContent(state, [&](CSDDefaultHandler& handler) {
+        return reader.readUnseen(CTulStringW(kContentTypesName), handler);
+    });
 }
 
 /// Reads the index that belongs to the document type. An ODF index is only taken where `takesOdf`.
@@ -64,7 +93,10 @@ int IPackage::Open(const unsigned short* path, const unsigned short* folder, int
     state.startOver(keepCompressed);
     state.bind(std::move(reader));
     if (!path || !platform::IsReadable(path)) return state.fail(Status::NotReadable);
-    if (SetTempFolder(folder) == 0 && keepCompressed == 0) return state.fail(Status::NoTemporaryFolder);
+    if (SetTempFolder(folder) == 0 && keepCompressed == 0)
+        return state.fail(Status::NoTemporaryFolder, NoteCode::WriteFailed, {},
+                          "can't make a folder in " + platform::TemporaryDirectoryName() + ": " +
+                              platform::LastFault());
 
     state.unzip->keepCompressed = keepCompressed;
     if (state.unzip->OpenAndExtract(path, state.storage.folder()) == 0)
@@ -73,8 +105,8 @@ int IPackage::Open(const unsigned short* path, const unsigned short* folder, int
         return state.fail(Status::NotReadable);
     LockFiles(state.storage.folder());
     IndexReader index(state);
-    state.documentType = TypeByExtension(path);
-    if (state.documentType == SDDocType::DocTypeUnknown) state.documentType = TypeByContent(index);
+    state.documentType = TypeByExtension(state, path);
+    if (state.documentType == SDDocType::DocTypeUnknown) state.documentType = TypeByContent(state, index);
     return ReadIndex(state, index, true);
 }
 
@@ -91,8 +123,8 @@ int IPackage::OpenMemory(void* data, unsigned size, const unsigned short* name,
         return state.fail(Status::CouldNotWrite);
     LockFiles(state.storage.folder());
     IndexReader index(state);
-    state.documentType = TypeByExtension(name);
-    if (state.documentType == SDDocType::DocTypeUnknown) state.documentType = TypeByContent(index);
+    state.documentType = TypeByExtension(state, name);
+    if (state.documentType == SDDocType::DocTypeUnknown) state.documentType = TypeByContent(state, index);
     return ReadIndex(state, index, false);
 }
 
@@ -104,19 +136,19 @@ int IPackage::OpenFolder(const unsigned short* folder, DocumentType type) {
     if (state.unzip->OpenFolder(folder) == 0) return state.fail(Status::NotReadable);
     LockFiles(folder);
     IndexReader index(state);
-    state.documentType = type != SDDocType::DocTypeUnknown ? type : TypeByContent(index);
+    state.documentType = type != SDDocType::DocTypeUnknown ? type : TypeByContent(state, index);
     return ReadIndex(state, index, true);
 }
 
 IPackage::DocumentType IPackage::DetectDocumentType(const unsigned short* path) {
     PackageState& state = *state_;
-    const DocumentType byExtension = TypeByExtension(path);
+    const DocumentType byExtension = TypeByExtension(state, path);
     if (byExtension != SDDocType::DocTypeUnknown) return byExtension;
     state.bindOther();
     if (!path || state.unzip->OpenZipFileNonDecompress(path) == 0) return SDDocType::DocTypeUnknown;
-    CDocTypeHandler handler;
-    return ReadFromArchive(state, CTulStringW(kContentTypesName), handler) != 0 ? handler.GetDocType()
-                                                                                : SDDocType::DocTypeUnknown;
+    return TypeByContent(state, [&](CSDDefaultHandler& handler) {
+        return ReadFromArchive(state, CTulStringW(kContentTypesName), handler);
+    });
 }
 
 namespace {

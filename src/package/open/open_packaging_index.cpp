@@ -1,8 +1,13 @@
 #include "package/open/open_packaging_index.h"
 
+#include "platform/files.h"
+
 #include <odfmodel/package/handlers.h>
 
+#include <algorithm>
 #include <optional>
+#include <string>
+#include <unordered_set>
 
 namespace SDPackage {
 
@@ -33,11 +38,32 @@ std::optional<RelationshipsName> ParseRelationshipsName(Units name) {
     return result;
 }
 
+int DigitOf(char unit) noexcept {
+    if (unit >= '0' && unit <= '9') return unit - '0';
+    if (unit >= 'a' && unit <= 'f') return unit - 'a' + 10;
+    return unit >= 'A' && unit <= 'F' ? unit - 'A' + 10 : -1;
+}
+
+/// The name with all its percent escapes resolved, which stand for bytes of UTF-8.
+CTulStringW Decoded(Units name) {
+    const std::string text = ODF::ToUtf8(name);
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const int high = text[i] == '%' && i + 2 < text.size() ? DigitOf(text[i + 1]) : -1;
+        const int low = high >= 0 ? DigitOf(text[i + 2]) : -1;
+        const int byte = low >= 0 ? high * 16 + low : 0;
+        result += byte > 0 ? static_cast<char>(byte) : text[i];
+        if (byte > 0) i += 2;
+    }
+    return CTulStringW(std::string_view(result));
+}
+
 /// Finds the archive's own spelling of a member name. Names there may keep the escapes that targets lose, and
 /// writers on other systems take no care of case.
 class MemberNames {
 public:
-    explicit MemberNames(const ZipItemTable& table) : table_(table) {}
+    /// `isLoose` finds also what has a leading `/` or other escapes.
+    MemberNames(const ZipItemTable& table, bool isLoose) : table_(table), isLoose_(isLoose) {}
 
     /// Null when there is no such member. Valid as long as the table.
     const CTulStringW* find(Units name) {
@@ -47,25 +73,69 @@ public:
         }
         if (byFoldedName_.empty())
             for (const auto& [member, item] : table_)
-                if (item.index >= 0) byFoldedName_.try_emplace(member, &member);
-        const auto folded = byFoldedName_.find(CTulStringW(name));
-        return folded == byFoldedName_.end() ? nullptr : folded->second;
+                if (item.index >= 0) byFoldedName_.try_emplace(key(member), &member);
+        for (const CTulStringW& spelling :
+             {CTulStringW(name), EscapeTarget(CTulStringW(name)), Decoded(name)}) {
+            const auto folded = byFoldedName_.find(spelling);
+            if (folded != byFoldedName_.end()) return folded->second;
+            if (!isLoose_) break;
+        }
+        return nullptr;
     }
 
 private:
+    CTulStringW key(const CTulStringW& member) const {
+        return isLoose_ ? CTulStringW(WithoutLeadingSeparator(member.view())) : member;
+    }
+
     const ZipItemTable& table_;
+    bool isLoose_;
     std::map<CTulStringW, const CTulStringW*, IgnoreCaseLess> byFoldedName_;
+};
+
+/// The content types as the file has them, found as the convention says: without regard to case.
+class OwnContentTypes {
+public:
+    Map overrides;
+    Map defaults;
+
+    /// To be called when both maps are filled.
+    void index() {
+        for (const auto& [name, type] : overrides)
+            byName_.try_emplace(CTulStringW(WithoutLeadingSeparator(name.view())), &name);
+        for (const auto& [extension, type] : defaults)
+            byExtension_.try_emplace(extension, &type);
+    }
+    /// The part name of the member's override; null when it has none.
+    const CTulStringW* overrideOf(const CTulStringW& member) const {
+        const auto found = byName_.find(CTulStringW(WithoutLeadingSeparator(member.view())));
+        return found == byName_.end() ? nullptr : found->second;
+    }
+    /// Null when neither an override nor a default gives one.
+    const CTulStringW* typeOf(const CTulStringW& member) const {
+        if (const CTulStringW* const name = overrideOf(member)) return &overrides.at(*name);
+        const Units extension = ExtensionOf(member.view());
+        const auto found =
+            extension.empty() ? byExtension_.end() : byExtension_.find(CTulStringW(extension.substr(1)));
+        return found == byExtension_.end() ? nullptr : found->second;
+    }
+
+private:
+    std::map<CTulStringW, const CTulStringW*, IgnoreCaseLess> byName_;
+    std::map<CTulStringW, const CTulStringW*, IgnoreCaseLess> byExtension_;
 };
 
 class IndexBuilder {
 public:
-    IndexBuilder(PackageState& state, IndexReader& reader)
-        : state_(state), reader_(reader), members_(*state.unzip->itemTable) {}
+    IndexBuilder(PackageState& state, IndexReader& reader, const OwnContentTypes& types)
+        : state_(state), reader_(reader), types_(types),
+          members_(*state.unzip->itemTable, state.keepsFile()) {}
 
     int readAll() {
         for (const auto& [name, item] : *state_.unzip->itemTable)
             if (item.index >= 0 && !readOne(name)) return 0;
         linkSets();
+        if (state_.keepsFile()) keepFile();
         return 1;
     }
 
@@ -80,9 +150,14 @@ private:
         if (reader_.read(member, handler) == 0) return refuse(member, "the relationships can't be read");
         IRelationships* const set = state_.package.CreateRelationships(CTulStringW(parsed->source).c_str());
         if (!set) return refuse(member, "a second set of relationships for one part");
-        for (const RelationshipRecord& record : records)
-            if (!addTarget(record, parsed->base, *set))
-                return refuse(member, "two relationships have one id");
+        std::vector<KeptLink> links;
+        for (const RelationshipRecord& record : records) {
+            const IPart* const part = addTarget(record, parsed->base, *set);
+            if (!part) return refuse(member, "two relationships have one id");
+            if (state_.keepsFile()) links.push_back({record.id, record.type, record.writtenTarget, part});
+        }
+        indexMembers_.insert(&member);
+        if (state_.keepsFile()) state_.kept.links[CTulStringW(parsed->source)] = std::move(links);
         return true;
     }
 
@@ -91,13 +166,20 @@ private:
         return false;
     }
 
-    bool addTarget(const RelationshipRecord& record, Units base, IRelationships& set) {
+    /// The part that the record leads to; null when the set has one of that id already.
+    IPart* addTarget(const RelationshipRecord& record, Units base, IRelationships& set) {
         const bool isExternal = record.targetMode == TargetModeExternal;
         CTulStringW path = isExternal ? record.target : ResolveTarget(base, record.target.view());
         if (path == u"/") path = CTulStringW(u"//");
         IPart* part = state_.package.GetPart(path);
+        // Two addresses that differ in case are two: parts beyond the first aren't listed, only linked.
+        if (part && isExternal && state_.keepsFile() && path != part->GetPackagePath()) {
+            IPart*& other = furtherAddresses_[path];
+            if (!other) other = makePart(record, path, isExternal);
+            part = other;
+        }
         if (!part) part = makePart(record, path, isExternal);
-        return set.AddPart(part, record.id.c_str()) != nullptr;
+        return set.AddPart(part, record.id.c_str());
     }
 
     IPart* makePart(const RelationshipRecord& record, const CTulStringW& path, bool isExternal) {
@@ -113,21 +195,69 @@ private:
         else
             placeOnDisk(*part, WithoutLeadingSeparator(path.view()));
         part->SetPartName(isExternal ? path : CTulStringW(FileNameOf(path.view())));
-        return state_.package.AddPart(part.release());
+        IPart* const added = state_.package.AddPart(part.release());
+        if (isExternal && state_.keepsFile()) setOrigin(*added, {});
+        return added;
+    }
+
+    void setOrigin(IPart& part, const CTulStringW& member) {
+        state_.registry.setOrigin(part, {part.GetPackagePath(), part.GetRelationType(), part.GetContentType(),
+                                         part.GetTargetMode(), member, false});
     }
 
     void placeOnDisk(IPart& part, Units name) {
         const CTulStringW* const member = members_.find(name);
-        part.SetLocalPath(state_.storage.pathOf(member ? member->view() : name).text().c_str());
-        if (member) return;
+        part.SetLocalPath(
+            state_.storage.pathOf(member ? WithoutLeadingSeparator(member->view()) : name).text().c_str());
+        if (member) return keepMember(part, *member, name);
         state_.registry.markAbsent(part);
+        if (state_.keepsFile()) setOrigin(part, {});
         state_.note(NoteCode::MemberMissing, Severity::Warning, MemberName(name),
                     "a relationship leads to a member that isn't there");
     }
 
+    /// Remembers how the archive spells the member, where that isn't the part's own name.
+    void keepMember(IPart& part, const CTulStringW& member, Units name) {
+        if (!state_.keepsFile()) {
+            // A member whose name has the escapes of the link keeps them: readers look for it so.
+            if (member.view() != name && member == EscapeTarget(CTulStringW(name))) setOrigin(part, member);
+            return;
+        }
+        if (const CTulStringW* const type = types_.typeOf(member)) part.SetContentType(type->c_str());
+        setOrigin(part, member);
+        const CTulStringW* const partName = types_.overrideOf(member);
+        state_.kept.members.push_back({member, partName ? *partName : CTulStringW()});
+        indexMembers_.insert(&member);
+        const ODF::platform::Path local(part.GetLocalPath());
+        // Names that begin with `/` were passed over by the extraction.
+        if (member.view().starts_with(u'/') && state_.keepCompressed == 0 && !HasParentStep(name) &&
+            ODF::platform::CreateFolders(local.parent(), true))
+            state_.unzip->Decompress(member, local.text().c_str());
+    }
+
+    /// Remembers what a save needs to write the file's own index again.
+    void keepFile() {
+        state_.kept.isOpen = true;
+        for (const auto& [name, item] : *state_.unzip->itemTable) {
+            if (item.index < 0 || indexMembers_.contains(&name) ||
+                EqualIgnoringCase(WithoutLeadingSeparator(name.view()), kContentTypesName))
+                continue;
+            state_.kept.others.push_back(name);
+        }
+        const auto reached = ReachedParts({state_.registry.root().GetRelationships()});
+        std::vector<const IPart*> islands;
+        for (const auto& [part, origin] : state_.registry.origins())
+            if (!reached.contains(part)) islands.push_back(part);
+        for (const IPart* const part : islands)
+            state_.registry.setIsland(*part);
+    }
+
     void linkSets() {
         for (const auto& [source, set] : state_.registry.relationshipSets()) {
-            if (IPart* const part = state_.package.GetPart(source))
+            IPart* part = state_.package.GetPart(source);
+            if (!part && state_.keepsFile()) part = state_.package.GetPart(UnescapeTarget(source));
+            if (part && state_.keepsFile()) state_.kept.sources.insert(source);
+            if (part)
                 part->SetRelationships(set.get());
             else if (source == u"/")
                 state_.package.GetRootPart()->SetRelationships(set.get());
@@ -136,7 +266,10 @@ private:
 
     PackageState& state_;
     IndexReader& reader_;
+    const OwnContentTypes& types_;
     MemberNames members_;
+    std::map<CTulStringW, IPart*> furtherAddresses_;
+    std::unordered_set<const CTulStringW*> indexMembers_; ///< names in the item table that have their place
 };
 
 } // namespace
@@ -150,18 +283,35 @@ CTulStringW ResolveTarget(Units base, Units target) {
     return FoldPath(whole);
 }
 
+std::unordered_set<const IPart*> ReachedParts(std::vector<IRelationships*> open) {
+    std::unordered_set<const IPart*> reached;
+    while (!open.empty()) {
+        IRelationships* const set = open.back();
+        open.pop_back();
+        const std::unique_ptr<IPartList> list(set ? set->GetPartList(nullptr) : nullptr);
+        for (int i = 0; list && i < list->Count(); ++i) {
+            IPart* const part = list->GetPart(i);
+            if (reached.insert(part).second) open.push_back(part->GetRelationships());
+        }
+    }
+    return reached;
+}
+
 int ReadOpenPackagingIndex(PackageState& state, IndexReader& reader) {
     if (!state.unzip) return 0;
-    CContentTypesHandler handler(&state.package);
+    OwnContentTypes types;
+    CContentTypesHandler handler(&state.package, state.keepsFile() ? &types.overrides : nullptr,
+                                 state.keepsFile() ? &types.defaults : nullptr);
     if (reader.read(CTulStringW(kContentTypesName), handler) == 0)
         return state.fail(Status::BadIndex, NoteCode::General, MemberName(kContentTypesName),
                           "the content types can't be read");
     if (!state.unzip->itemTable || state.unzip->itemTable->empty()) return state.fail(Status::BadIndex);
+    types.index();
     IPart& root = state.registry.root();
     root.SetLocalPath(state.storage.folder());
     root.SetPackagePath(u"/");
     root.SetTargetMode(TargetModeInternal);
-    return IndexBuilder(state, reader).readAll() != 0 ? 1 : state.fail(Status::BadIndex);
+    return IndexBuilder(state, reader, types).readAll() != 0 ? 1 : state.fail(Status::BadIndex);
 }
 
 } // namespace SDPackage

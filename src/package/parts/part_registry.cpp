@@ -94,6 +94,13 @@ IRelationships* PartRegistry::relationships(const CTulStringW& source) const {
     return place == sets_.end() ? nullptr : place->second.get();
 }
 
+const PartOrigin* PartRegistry::origin(const IPart& part) const {
+    const auto found = origins_.find(&part);
+    if (found == origins_.end()) return nullptr;
+    const PartOrigin& origin = found->second;
+    return origin.path == part.packagePath_ && origin.mode == part.targetMode_ ? &origin : nullptr;
+}
+
 void PartRegistry::dropRelationships() {
     std::unordered_set<const IRelationships*> gone;
     for (const auto& [source, set] : sets_)
@@ -108,6 +115,7 @@ void PartRegistry::reset() {
     dropRelationships();
     index_.reset();
     absent_.clear();
+    origins_.clear();
     parts_.clear();
     // The record itself stays: clients hold it.
     root_->SetTargetMode(TargetModeInternal);
@@ -119,6 +127,7 @@ void PartRegistry::reset() {
 void PartRegistry::forget(IPart* part) noexcept {
     part->registry_ = nullptr;
     absent_.erase(part);
+    origins_.erase(part);
     const auto record = owned_.find(part);
     if (record == owned_.end()) return;
     unindex(part);

@@ -10,6 +10,16 @@
 
 namespace SDPackage {
 
+/// What a part was when its package was opened.
+struct PartOrigin {
+    CTulStringW path;
+    CTulStringW relationType;
+    CTulStringW contentType;
+    TargetMode mode = TargetModeInternal;
+    CTulStringW member;    ///< its name in the archive; empty for an external part
+    bool isIsland = false; ///< no chain of links led to it from the root
+};
+
 /// The parts and relationship sets of one package, and who owns them. A part that is deleted by a client
 /// takes itself out of here, so that nothing points to it any more.
 class PartRegistry {
@@ -41,6 +51,20 @@ public:
     void markAbsent(const IPart& part) { absent_.insert(&part); }
     bool isAbsent(const IPart& part) const { return absent_.contains(&part); }
 
+    /// Remembers how the file had this part.
+    void setOrigin(const IPart& part, PartOrigin origin) { origins_[&part] = std::move(origin); }
+    /// Null for a part that didn't come from the file, or isn't in its place any more.
+    const PartOrigin* origin(const IPart& part) const;
+    /// All parts that came from the file and are still there.
+    const std::unordered_map<const IPart*, PartOrigin>& origins() const noexcept { return origins_; }
+    void setIsland(const IPart& part) { origins_[&part].isIsland = true; }
+    /// Every part of this package, listed or only owned.
+    template<typename Visit>
+    void forEach(Visit visit) const {
+        for (const auto& [part, path] : owned_)
+            visit(*part);
+    }
+
     /// Starts over: no part is listed, no set is left and the root is empty. The old parts live on until the
     /// end, as clients may hold them.
     void reset();
@@ -67,6 +91,7 @@ private:
     std::unordered_map<IPart*, CTulStringW> owned_;
     RelationshipSets sets_;
     std::unordered_set<const IPart*> absent_;
+    std::unordered_map<const IPart*, PartOrigin> origins_;
     std::unique_ptr<PartIndex> index_;
 };
 

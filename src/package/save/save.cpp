@@ -3,6 +3,7 @@
 #include "package/handles.h"
 #include "package/index/index_writer.h"
 #include "package/open/member_reader.h"
+#include "package/open/open_packaging_index.h"
 #include "package/package_state.h"
 #include "package/user_data/families.h"
 #include "platform/files.h"
@@ -11,6 +12,7 @@
 
 #include <memory>
 #include <new>
+#include <unordered_set>
 
 namespace SDPackage {
 
@@ -74,19 +76,89 @@ private:
         const bool usesUserData = state_.usesUserData();
         if (usesUserData)
             types.AddOverride(state_.userDataPart->GetPartName(), ToUnits(kUserDataType.data()));
+        if (state_.keepsFile()) planFile();
         if (!writeMember(kContentTypesName, kContentTypesName,
                          [&](CSDSerializer& serializer) { types.Write(&serializer); }))
             return 0;
         for (const auto& [source, set] : state_.registry.relationshipSets()) {
-            if (source.IsEmpty()) continue; // no part has an empty name
+            if (source.IsEmpty() || isGone(source)) continue; // no part has an empty name
             enterTargets(*set, usesUserData);
             const std::u16string name = RelationshipsMemberName(source.view());
             if (!writeMember(name, name, [&, &owner = source, &links = set](CSDSerializer& serializer) {
-                    WriteRelationshipSet(serializer, *links, owner);
+                    if (state_.keepsFile())
+                        WriteKeptRelationshipSet(serializer, *links, owner, state_.kept.links[owner],
+                                                 state_.registry);
+                    else
+                        WriteRelationshipSet(serializer, *links, owner);
                 }))
                 return 0;
         }
         return 1;
+    }
+
+    /// Finds what of the file is still there, before anything of the index is written: the write list and the
+    /// content types tell about all parts that a chain of links leads to and of no other.
+    void planFile() {
+        for (const auto& [name, file] : state_.kept.written) {
+            const auto entry = state_.writeList.find(name);
+            if (entry != state_.writeList.end() && entry->second == file) state_.writeList.erase(entry);
+        }
+        const FileMap callers = state_.writeList;
+        std::vector<IRelationships*> starts{state_.registry.root().GetRelationships()};
+        state_.registry.forEach([&](const IPart& part) {
+            const PartOrigin* const origin = state_.registry.origin(part);
+            if (origin && !origin->isIsland) return;
+            live_.insert(&part);
+            starts.push_back(part.GetRelationships());
+        });
+        live_.merge(ReachedParts(std::move(starts)));
+        for (const auto& [source, set] : state_.registry.relationshipSets())
+            if (!source.IsEmpty() && !isGone(source)) enterTargets(*set, state_.usesUserData());
+        tellContentTypes();
+        for (const CTulStringW& name : state_.kept.others) {
+            const CTulStringW key(KeyOf(name.view()));
+            state_.writeList.try_emplace(key, state_.storage.pathOf(key.view()).text());
+        }
+        state_.kept.written.clear();
+        for (const auto& [name, file] : state_.writeList)
+            if (!callers.contains(name)) state_.kept.written.emplace(name, file);
+    }
+
+    /// Whether the set's source was a part of the file and is no longer one.
+    bool isGone(const CTulStringW& source) const {
+        if (!state_.keepsFile() || !state_.kept.sources.contains(source)) return false;
+        const IPart* part = state_.package.GetPart(source);
+        if (!part) part = state_.package.GetPart(UnescapeTarget(source));
+        return !part || !live_.contains(part);
+    }
+
+    /// Takes the content types of parts that are gone out of the registry and enters those of new ones.
+    void tellContentTypes() {
+        IContentTypes& types = *state_.package.GetContentTypes();
+        for (const KeptMember& member : state_.kept.members)
+            if (!member.partName.IsEmpty() &&
+                !state_.writeList.contains(CTulStringW(KeyOf(member.name.view()))))
+                types.RemoveOverride(member.partName);
+        if (!state_.kept.isOpen)
+            types.AddDefault(ToUnits(u"rels"),
+                             ToUnits(u"application/vnd.openxmlformats-package.relationships+xml"));
+        for (const IPart* const part : live_) {
+            if (part->GetTargetMode() != TargetModeInternal || *part->GetContentType() == 0) continue;
+            const PartOrigin* const origin = state_.registry.origin(*part);
+            if (origin && origin->contentType == part->GetContentType()) continue;
+            const CTulStringW name(u"/" + std::u16string(keyOf(*part).view()));
+            const unsigned short* const told = types.GetContentType(name, nullptr);
+            if (told && ToView(told) == ToView(part->GetContentType())) continue;
+            types.RemoveOverride(name);
+            types.AddOverride(name, part->GetContentType());
+        }
+    }
+
+    /// The name of the part's member: that which it had, as long as the part is in its place.
+    CTulStringW keyOf(const IPart& part) const {
+        const PartOrigin* const origin = state_.registry.origin(part);
+        return CTulStringW(KeyOf(origin && !origin->member.IsEmpty() ? origin->member.view()
+                                                                     : ToView(part.GetPackagePath())));
     }
 
     /// Enters the internal parts that a set leads to in the write list.
@@ -95,12 +167,13 @@ private:
         for (int i = 0; list && i < list->Count(); ++i) {
             const IPart& part = *list->GetPart(i);
             if (part.GetTargetMode() != TargetModeInternal) continue;
-            CTulStringW path(part.GetPackagePath());
+            CTulStringW path = keyOf(part);
             CTulStringW file(part.GetLocalPath());
-            if (file.IsEmpty()) file = state_.storage.pathOf(KeyOf(path.view())).text();
+            if (file.IsEmpty()) file = state_.storage.pathOf(path.view()).text();
             if (!platform::IsFile(file) && state_.registry.isAbsent(part)) {
-                state_.note(NoteCode::MemberMissing, Severity::Warning, MemberName(KeyOf(path.view())),
-                            "a relationship leads to a member that the package never held");
+                if (isNoted_.insert(&part).second)
+                    state_.note(NoteCode::MemberMissing, Severity::Warning, MemberName(path.view()),
+                                "a relationship leads to a member that the package never held");
                 continue;
             }
             if (usesUserData && part.GetUserFlag() != 0)
@@ -126,6 +199,7 @@ private:
         const int byteCount = serializer->Close();
         if (byteCount < 0) return fault(name, "the package's index can't be written whole");
         state_.writeList[CTulStringW(key)] = file.text();
+        if (state_.keepsFile()) state_.kept.written[CTulStringW(key)] = file.text();
         if (external && external->Compress(CTulStringW(key), state_.scratchBuffer, byteCount) == 0)
             return fault(name, "the package's index doesn't go into the caller's archive");
         return true;
@@ -158,11 +232,13 @@ private:
 
     /// Extracts a member that has stayed in the archive until now.
     bool bringToDisk(const CTulStringW& name, const CTulStringW& file) {
-        if (state_.keepCompressed == 0 || platform::IsFile(file)) return true;
+        if ((state_.keepCompressed == 0 && !state_.kept.isOpen) || platform::IsFile(file)) return true;
         if (state_.isOther)
             return fault(name.view(), "the archive that holds this member was left for another one");
         if (!state_.unzip) return true; // the archive's own message follows
-        const CTulStringW member(WithSlashes(name.view()));
+        CTulStringW member(WithSlashes(name.view()));
+        if (state_.kept.isOpen && state_.unzip->GetItemIndex(member) < 0)
+            member = CTulStringW(u"/" + WithSlashes(name.view()));
         if (state_.unzip->GetItemIndex(member) < 0) return true; // the archive's own message follows
         return platform::CreateFolders(platform::Path(file).parent(), true) &&
                        state_.unzip->Decompress(member, file.c_str()) != 0
@@ -172,6 +248,8 @@ private:
 
     PackageState& state_;
     CTulStringW folder_;
+    std::unordered_set<const IPart*> live_; ///< parts that the package still holds; where it keeps its file
+    std::unordered_set<const IPart*> isNoted_;
 };
 
 } // namespace

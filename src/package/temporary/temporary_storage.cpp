@@ -47,9 +47,10 @@ void TemporaryStorage::own() {
 }
 
 bool TemporaryStorage::makeFolder() {
-    const platform::Path made = platform::CreateTemporaryFolder({});
-    if (made.empty()) return false;
-    set(made.text());
+    std::unique_ptr<platform::FolderClaim> claim = platform::FolderClaim::create({});
+    if (!claim) return false;
+    claims_.push_back(std::move(claim));
+    set(claims_.back()->folder().text());
     own();
     return true;
 }

@@ -1,10 +1,11 @@
 #pragma once
 
 #include "package/paths.h"
-#include "platform/path.h"
+#include "platform/temporary.h"
 
 #include <odfmodel/core/string.h>
 
+#include <memory>
 #include <vector>
 
 namespace SDPackage {
@@ -48,6 +49,7 @@ private:
     CTulStringW folder_;
     ODF::platform::Path path_; // of `folder_`
     std::vector<ODF::platform::Path> ownFolders_;
+    std::vector<std::unique_ptr<ODF::platform::FolderClaim>> claims_; ///< on those that were made here
     std::vector<ODF::platform::Path> borrowedFolders_;
     std::vector<ODF::platform::Path> files_;
     std::vector<CTulStringW> locked_;

@@ -4,12 +4,16 @@
 
 #include <fcntl.h>
 #include <stdlib.h> // NOLINT(modernize-deprecated-headers): realpath is POSIX
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstdio>
+#include <cstring>
 #include <memory>
+#include <system_error>
 
 namespace ODF::platform {
 
@@ -67,6 +71,15 @@ bool IsFolder(const Path& path) {
 
 bool IsReadable(const Path& path) {
     return faccessat(AT_FDCWD, Native(path), R_OK, AT_EACCESS) == 0;
+}
+
+std::string LastFault() {
+    return std::generic_category().message(errno);
+}
+
+std::uint64_t NameCount(const Path& path) {
+    struct stat status {};
+    return stat(Native(path), &status) == 0 ? status.st_nlink : 0;
 }
 
 std::optional<std::uint64_t> FileSize(const Path& path) {
@@ -182,6 +195,7 @@ OutputFile& OutputFile::operator=(OutputFile&& other) noexcept {
     if (this != &other) {
         close();
         descriptor_ = std::exchange(other.descriptor_, -1);
+        isPipe_ = other.isPipe_;
     }
     return *this;
 }
@@ -189,7 +203,8 @@ OutputFile& OutputFile::operator=(OutputFile&& other) noexcept {
 bool OutputFile::create(const Path& path) {
     close();
     struct stat status {};
-    if (stat(Native(path), &status) == 0 && S_ISFIFO(status.st_mode)) {
+    isPipe_ = stat(Native(path), &status) == 0 && (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode));
+    if (isPipe_ && S_ISFIFO(status.st_mode)) {
         // Opened for reading too, a pipe that nobody reads would take a piece and lose it.
         descriptor_ = posix::Retry([&] { return ::open(Native(path), O_WRONLY | O_CLOEXEC | O_NONBLOCK); });
         if (isOpen() && fcntl(descriptor_, F_SETFL, 0) != 0) close(); // but wait for a slow reader
@@ -205,12 +220,22 @@ bool OutputFile::create(const Path& path) {
 
 bool OutputFile::createNew(const Path& path, unsigned mode) {
     close();
+    isPipe_ = false;
     descriptor_ = posix::Retry(
         [&] { return ::open(Native(path), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode); });
     return isOpen();
 }
 
+bool OutputFile::openPresent(const Path& path) {
+    close();
+    isPipe_ = false;
+    descriptor_ = posix::Retry([&] { return ::open(Native(path), O_RDWR | O_NOFOLLOW | O_CLOEXEC); });
+    return isOpen();
+}
+
 bool OutputFile::write(const void* data, std::size_t byteCount) noexcept {
+    std::optional<posix::NoPipeSignal> quiet;
+    if (isPipe_) quiet.emplace();
     return posix::WriteAll(descriptor_, data, byteCount);
 }
 
@@ -243,6 +268,44 @@ void OutputFile::takeModeOf(const Path& path) noexcept {
     }
     const int ignored = fchmod(descriptor_, wanted.st_mode & 0777);
     static_cast<void>(ignored); // the file then keeps the rights of a new one
+}
+
+bool OutputFile::createNameless(const Path& folder, unsigned mode) {
+    close();
+    isPipe_ = false;
+    descriptor_ = posix::Retry([&] { return ::open(Native(folder), O_TMPFILE | O_RDWR | O_CLOEXEC, mode); });
+    return isOpen();
+}
+
+bool OutputFile::giveName(const Path& name) noexcept {
+    std::array<char, 32> own{};
+    std::snprintf(own.data(), own.size(), "/proc/self/fd/%d", descriptor_);
+    return linkat(AT_FDCWD, own.data(), AT_FDCWD, Native(name), AT_SYMLINK_FOLLOW) == 0;
+}
+
+bool OutputFile::takeAttributesOf(const Path& path) {
+    const ssize_t size = listxattr(Native(path), nullptr, 0);
+    if (size <= 0) return size == 0 || errno == ENOTSUP || errno == ENOENT;
+    std::vector<char> names(static_cast<std::size_t>(size));
+    const ssize_t listed = listxattr(Native(path), names.data(), names.size());
+    if (listed < 0) return false;
+    bool isWhole = true;
+    for (std::size_t at = 0; at < static_cast<std::size_t>(listed);) {
+        const char* const name = names.data() + at;
+        at += std::strlen(name) + 1;
+        const ssize_t length = getxattr(Native(path), name, nullptr, 0);
+        std::vector<char> value(length > 0 ? static_cast<std::size_t>(length) : 0);
+        const ssize_t got = length < 0 ? length : getxattr(Native(path), name, value.data(), value.size());
+        // What the system labels files with by itself the new file has already.
+        const bool isSet =
+            got >= 0 && fsetxattr(descriptor_, name, value.data(), static_cast<std::size_t>(got), 0) == 0;
+        if (!isSet && std::string_view(name).starts_with("user.")) isWhole = false;
+    }
+    return isWhole;
+}
+
+bool OutputFile::claim() noexcept {
+    return posix::Retry([&] { return flock(descriptor_, LOCK_EX | LOCK_NB); }) == 0;
 }
 
 bool OutputFile::flushToDisk() noexcept {

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <ctime>
 
 namespace ODF::platform::posix {
 
@@ -11,6 +12,29 @@ namespace {
 // Linux moves at most this much in one call.
 constexpr std::size_t kLargestPiece = std::size_t{1} << 30;
 } // namespace
+
+NoPipeSignal::NoPipeSignal() noexcept {
+    sigset_t pending;
+    sigset_t pipe;
+    sigemptyset(&pipe);
+    sigaddset(&pipe, SIGPIPE);
+    // One that waits already is somebody else's.
+    if (sigpending(&pending) != 0 || sigismember(&pending, SIGPIPE) == 1) return;
+    isActive_ = pthread_sigmask(SIG_BLOCK, &pipe, &before_) == 0;
+}
+
+NoPipeSignal::~NoPipeSignal() {
+    if (!isActive_) return;
+    const int error = errno;
+    sigset_t pipe;
+    sigemptyset(&pipe);
+    sigaddset(&pipe, SIGPIPE);
+    constexpr timespec now{};
+    while (sigtimedwait(&pipe, nullptr, &now) == -1 && errno == EINTR) {
+    }
+    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+    errno = error;
+}
 
 bool WriteAll(int descriptor, const void* data, std::size_t byteCount) noexcept {
     const auto* bytes = static_cast<const unsigned char*>(data);

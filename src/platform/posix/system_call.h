@@ -3,6 +3,7 @@
 #include "platform/path.h"
 
 #include <cerrno>
+#include <csignal>
 #include <string>
 
 namespace ODF::platform::posix {
@@ -31,5 +32,18 @@ bool WriteAll(int descriptor, const void* data, std::size_t byteCount) noexcept;
 std::ptrdiff_t ReadAllAt(int descriptor, std::uint64_t offset, void* buffer, std::size_t byteCount) noexcept;
 /// Bytes of the regular file behind the descriptor; -1 when it is none.
 std::int64_t RegularSize(int descriptor) noexcept;
+
+/// While it lives, writing to a pipe that nobody reads fails on this thread instead of ending the process.
+class NoPipeSignal {
+public:
+    NoPipeSignal() noexcept;
+    NoPipeSignal(const NoPipeSignal&) = delete;
+    NoPipeSignal& operator=(const NoPipeSignal&) = delete;
+    ~NoPipeSignal();
+
+private:
+    sigset_t before_{};
+    bool isActive_ = false;
+};
 
 } // namespace ODF::platform::posix

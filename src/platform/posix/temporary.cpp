@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
+#include <cstdio>
 #include <random>
 
 namespace ODF::platform {
@@ -75,9 +77,93 @@ Path TemporaryDirectory() {
     return Absolute(folder);
 }
 
-Path CreateTemporaryFolder(std::string_view stem) {
-    return TryNames(TemporaryDirectory(), stem, {}, 4,
-                    [](const Path& name) { return mkdir(Native(name), 0700) == 0; });
+namespace {
+
+/// Where this user's records lie, whatever the temporary directory of a process is. Empty when something else
+/// has the name.
+Path RecordFolder(const Path& directory) {
+    const Path common(P_tmpdir);
+    const bool isCommon = IsFolder(common) && access(Native(common), W_OK | X_OK) == 0;
+    const Path folder = (isCommon ? common : directory) / Path(".odfmodel-" + std::to_string(geteuid()));
+    if (mkdir(Native(folder), 0700) == 0) return folder;
+    struct stat status {};
+    const bool isOurs = lstat(Native(folder), &status) == 0 && S_ISDIR(status.st_mode) &&
+                        status.st_uid == geteuid() && (status.st_mode & 0077) == 0;
+    return isOurs ? folder : Path();
+}
+
+/// Whether that is a folder which only this user can enter, as the temporary ones are.
+bool IsPrivateFolder(const Path& folder) {
+    struct stat status {};
+    return lstat(Native(folder), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == geteuid() &&
+           (status.st_mode & 07777) == 0700;
+}
+
+/// The folder that a record tells of; empty for one that was never finished.
+Path ReadRecord(const OutputFile& record) {
+    std::array<char, kLongestPath> text{};
+    const std::ptrdiff_t count = record.readAt(0, text.data(), text.size());
+    const std::string_view all(text.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
+    const std::size_t end = all.find('\n');
+    return end == std::string_view::npos || !all.starts_with('/') ? Path() : Path(all.substr(0, end));
+}
+
+/// Removes the folders whose processes are gone: their records can be claimed.
+void RemoveForsaken(const Path& records) {
+    std::vector<std::string> names;
+    Walk(records, [&](const std::string& name, FileKind kind) {
+        if (kind == FileKind::File) names.push_back(name);
+        return true;
+    });
+    for (const std::string& name : names) {
+        const Path record = records / Path(name);
+        OutputFile file;
+        if (!file.openPresent(record) || !file.claim()) continue;
+        const Path folder = ReadRecord(file);
+        if (folder.empty() || !IsPrivateFolder(folder) || RemoveTree(folder)) RemoveFile(record);
+    }
+}
+
+} // namespace
+
+std::unique_ptr<FolderClaim> FolderClaim::create(std::string_view stem) {
+    std::unique_ptr<FolderClaim> claim(new FolderClaim);
+    const Path directory = TemporaryDirectory();
+    if (directory.empty()) return nullptr;
+    claim->makeRecord(RecordFolder(directory));
+    claim->folder_ = TryNames(directory, stem, {}, 4, [&](const Path& name) {
+        // The record comes first: a process that is killed between both leaves nothing but that.
+        claim->told_ = name.utf8();
+        claim->told_ += '\n';
+        if (claim->hasRecord_) claim->file_.writeAt(0, claim->told_.data(), claim->told_.size());
+        return mkdir(Native(name), 0700) == 0;
+    });
+    if (!claim->folder_.empty()) return claim;
+    const int error = errno;
+    claim.reset();
+    errno = error;
+    return nullptr;
+}
+
+/// Without a record, as on a medium that is full, the folder is only not found again.
+void FolderClaim::makeRecord(Path records) {
+    if (records.empty()) return;
+    records_ = std::move(records);
+    RemoveForsaken(records_);
+    record_ = TryNames(records_, {}, {}, 16, [&](const Path& name) {
+        // Before it is claimed another process may take it for a forsaken one, and remove it.
+        const bool isMade = file_.createNew(name, 0600);
+        if (isMade && file_.claim() && IsTaken(name)) return true;
+        if (isMade) errno = EEXIST;
+        return false;
+    });
+    hasRecord_ = !record_.empty();
+}
+
+FolderClaim::~FolderClaim() {
+    // A folder that couldn't be removed is left to whoever comes next.
+    if (hasRecord_ && (folder_.empty() || !IsTaken(folder_))) RemoveFile(record_);
+    if (!records_.empty()) rmdir(Native(records_)); // which only works on an empty one
 }
 
 Path CreateTemporaryFile(std::string_view prefix, std::string_view suffix, unsigned digits) {
@@ -95,17 +181,28 @@ Path FreeTemporaryName(std::string_view prefix, std::string_view suffix, unsigne
     });
 }
 
+std::string TemporaryDirectoryName() {
+    const Path folder = TemporaryDirectory();
+    return folder.empty() ? GetEnvironment("TMPDIR").value_or("/tmp") : folder.utf8();
+}
+
 bool OutputFile::createNameless() {
     close();
     const Path folder = TemporaryDirectory();
     if (folder.empty()) return false;
-    descriptor_ = posix::Retry([&] { return ::open(Native(folder), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600); });
-    if (descriptor_ >= 0) return true;
+    if (createNameless(folder, 0600)) return true;
     // Not every file system knows files without a name.
     const Path name =
         TryNames(folder, "odfmodel", ".tmp", 16, [&](const Path& tried) { return createNew(tried, 0600); });
     return !name.empty() && RemoveFile(name);
 }
+
+namespace {
+template<typename Create>
+Path NameBeside(const Path& target, Create create) {
+    return TryNames(target.parent(), '.' + target.name(), ".tmp", 16, create);
+}
+} // namespace
 
 bool ReplacementFile::open(const Path& target) {
     discard();
@@ -116,10 +213,19 @@ bool ReplacementFile::open(const Path& target) {
         return false;
     // Only a file that could have been overwritten is replaced, although the folder alone would allow it.
     if (kind == FileKind::File && faccessat(AT_FDCWD, Native(resolved), W_OK, AT_EACCESS) != 0) return false;
-    name_ = TryNames(resolved.parent(), '.' + resolved.name(), ".tmp", 16,
-                     [&](const Path& name) { return file_.createNew(name); });
-    if (name_.empty()) return false;
-    if (kind == FileKind::File) file_.takeModeOf(resolved);
+    // Such a file gets its name by way of what the system shows of this process.
+    if (!IsFolder("/proc/self/fd") || !file_.createNameless(resolved.parent(), 0666)) {
+        name_ = NameBeside(resolved, [&](const Path& name) { return file_.createNew(name); });
+        if (name_.empty()) return false;
+    }
+    loss_ = nullptr;
+    if (kind == FileKind::File) {
+        file_.takeModeOf(resolved);
+        if (!file_.takeAttributesOf(resolved))
+            loss_ = "an extended attribute of the old file couldn't be kept";
+        if (NameCount(resolved) > 1)
+            loss_ = "the old file has another name too, which keeps the old contents";
+    }
     target_ = resolved;
     return true;
 }
@@ -128,7 +234,9 @@ bool ReplacementFile::replace() {
     if (!file_.isOpen()) return false;
     // The bytes must be on the medium before the name is, and the name before a caller relies on it.
     const bool isSafe = file_.flushToDisk();
-    if (!file_.close() || !isSafe || !RenameReplacing(name_, target_)) {
+    if (isSafe && name_.empty())
+        name_ = NameBeside(target_, [&](const Path& name) { return file_.giveName(name); });
+    if (!file_.close() || !isSafe || name_.empty() || !RenameReplacing(name_, target_)) {
         discard();
         return false;
     }

@@ -12,6 +12,10 @@ constexpr std::size_t kGcmTagSize = 16;
 constexpr std::size_t kAesBlockSize = 16;
 constexpr std::size_t kDefaultKeySize = 16;
 constexpr std::size_t kBlowfishLargestKey = 56;
+/// A KiB that Argon2 fills takes as long as so many iterations of PBKDF2.
+constexpr std::uint64_t kWorkOfKiB = 6;
+/// PBKDF2 makes its key in pieces of this size, each with all iterations.
+constexpr std::size_t kPbkdf2Piece = 20;
 
 template<typename Value>
 struct Named {
@@ -81,7 +85,7 @@ DecryptResult DecryptGcmMember(const EncryptionData& data, ByteView key, Bytes& 
     if (bytes.size() < kGcmVectorSize + kGcmTagSize) return DecryptResult::Damaged;
     const std::span<unsigned char> all(bytes);
     const ByteView vector = all.first(kGcmVectorSize);
-    if (!data.vector.empty() && !Equal(vector, data.vector)) return DecryptResult::WrongKey;
+    if (!data.vector.empty() && !Equal(vector, data.vector)) return DecryptResult::Damaged;
     const auto body = all.subspan(kGcmVectorSize, all.size() - kGcmVectorSize - kGcmTagSize);
     if (!DecryptGcm(key, vector, body, all.last(kGcmTagSize))) return DecryptResult::WrongKey;
     bytes.erase(bytes.begin(), bytes.begin() + kGcmVectorSize);
@@ -150,6 +154,12 @@ bool EncryptionData::isAllowed(const Limits& limits) const noexcept {
     return iterations <= limits.pbkdf2Iterations;
 }
 
+std::uint64_t EncryptionData::work() const noexcept {
+    if (derivation == KeyDerivation::Argon2id)
+        return std::uint64_t{argon2Iterations} * argon2MemoryKiB * kWorkOfKiB;
+    return std::uint64_t{iterations} * ((keySize() + kPbkdf2Piece - 1) / kPbkdf2Piece);
+}
+
 std::optional<Secret> DeriveKey(const EncryptionData& data, ByteView startKey) {
     if (data.derivation == KeyDerivation::Argon2id)
         return DeriveArgon2id(startKey, data.salt, data.argon2Iterations, data.argon2MemoryKiB,
@@ -158,6 +168,8 @@ std::optional<Secret> DeriveKey(const EncryptionData& data, ByteView startKey) {
 }
 
 DecryptResult DecryptMember(const EncryptionData& data, ByteView key, Bytes& bytes) {
+    if (data.checksumDigest && !data.checksum.empty() && data.checksum.size() != SizeOf(*data.checksumDigest))
+        return DecryptResult::Damaged;
     if (data.algorithm == Algorithm::AesGcm) return DecryptGcmMember(data, key, bytes);
     if (data.algorithm == Algorithm::BlowfishCfb) {
         if (!Decrypt(Cipher::BlowfishCfb, key, data.vector, bytes)) return DecryptResult::Damaged;

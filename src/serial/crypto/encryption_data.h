@@ -54,8 +54,10 @@ struct EncryptionData {
     bool provesPassword() const noexcept;
     /// Whether this build knows how to decrypt the member.
     bool isSupported() const noexcept;
-    /// Whether the work asked for stays within what the host allows.
+    /// Whether the work asked for stays within what the host allows for one member.
     bool isAllowed(const Limits& limits) const noexcept;
+    /// The work of deriving the key, in the unit of `Limits::keyWork`.
+    std::uint64_t work() const noexcept;
 };
 
 /// One row of the manifest whose member is encrypted.
@@ -68,7 +70,8 @@ struct EncryptedRow {
 /// The key for a member, from the digest of the password.
 std::optional<Secret> DeriveKey(const EncryptionData& data, ByteView startKey);
 
-/// What came of decrypting a member. `TooMuchWork`: the members of the package ask for more than a host will
+/// What came of decrypting a member. `WrongKey` is said of what the password decides; `Damaged` of parameters
+/// and lengths that fit no password. `TooMuchWork`: the members of the package ask for more than a host will
 /// do.
 enum class DecryptResult { Ok, WrongKey, Damaged, TooMuchWork };
 

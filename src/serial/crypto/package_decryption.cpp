@@ -11,27 +11,29 @@ namespace ODF::crypto {
 namespace {
 // Beyond this, more threads only wait for each other's memory.
 constexpr unsigned kMostThreads = 8;
-// A package of many members may ask for this many times what one member may ask for.
-constexpr double kMostWork = 100;
-
-double Share(double part, double whole) noexcept {
-    return part / std::max(whole, 1.0);
-}
 } // namespace
 
 PackageDecryption::PackageDecryption(ByteView password, const Limits& limits)
-    : password_(password), limits_(limits) {}
+    : password_(password), limits_(limits), workLeft_(limits.keyWork) {}
 
 bool PackageDecryption::isUsable(const EncryptedRow& row) const noexcept {
     return row.data.isSupported() && row.data.isAllowed(limits_);
 }
 
-bool PackageDecryption::mayAfford(const EncryptionData& data) {
-    work_ += data.derivation == KeyDerivation::Argon2id
-                 ? Share(data.argon2Iterations, limits_.argon2Iterations) *
-                       Share(data.argon2MemoryKiB, limits_.argon2MemoryKiB)
-                 : Share(data.iterations, limits_.pbkdf2Iterations);
-    return work_ <= kMostWork;
+bool PackageDecryption::mayAfford(const EncryptionData& data) noexcept {
+    const std::uint64_t work = data.work();
+    isExhausted_ = isExhausted_ || work > workLeft_;
+    if (isExhausted_) return false; // also for smaller ones, so that the order of members doesn't tell
+    workLeft_ -= work;
+    return true;
+}
+
+void PackageDecryption::allowMore(std::uint64_t times) noexcept {
+    const std::uint64_t more = limits_.keyWork > UINT64_MAX / 2 / std::max<std::uint64_t>(times, 1)
+                                   ? UINT64_MAX / 2
+                                   : limits_.keyWork * times;
+    workLeft_ = std::max(workLeft_, more);
+    isExhausted_ = false;
 }
 
 ByteView PackageDecryption::startKey(Digest digest) {
@@ -40,7 +42,7 @@ ByteView PackageDecryption::startKey(Digest digest) {
     return key.view();
 }
 
-void PackageDecryption::deriveKeys(std::span<const EncryptedRow* const> rows) {
+bool PackageDecryption::deriveKeys(std::span<const EncryptedRow* const> rows, const GoesOn& goesOn) {
     struct Job {
         const EncryptedRow* row;
         ByteView startKey;
@@ -52,10 +54,13 @@ void PackageDecryption::deriveKeys(std::span<const EncryptedRow* const> rows) {
             jobs.push_back({row, startKey(*row->data.startKeyDigest), {}});
     std::atomic<std::size_t> next = 0;
     std::atomic<bool> isOutOfMemory = false;
-    const auto work = [&]() noexcept {
+    std::atomic<bool> isEnded = false;
+    const auto work = [&](bool mayAsk) noexcept {
         try {
-            for (std::size_t index = next++; index < jobs.size(); index = next++)
+            for (std::size_t index = next++; index < jobs.size() && !isEnded; index = next++) {
+                if (mayAsk && goesOn && !goesOn(index, jobs.size())) isEnded = true;
                 jobs[index].key = DeriveKey(jobs[index].row->data, jobs[index].startKey);
+            }
         } catch (const std::bad_alloc&) { // nothing may leave a thread
             isOutOfMemory = true;
         }
@@ -70,14 +75,15 @@ void PackageDecryption::deriveKeys(std::span<const EncryptedRow* const> rows) {
         const std::size_t wanted = isHeavy ? 1 : std::min(processors, jobs.size());
         try {
             while (threads.size() + 1 < wanted)
-                threads.emplace_back(work);
+                threads.emplace_back(work, false);
         } catch (const std::system_error&) { // NOLINT(bugprone-empty-catch)
         }
-        work();
+        work(true);
     }
     if (isOutOfMemory) throw std::bad_alloc();
     for (Job& job : jobs)
         if (job.key) keys_[job.row] = std::move(*job.key);
+    return !isEnded;
 }
 
 DecryptResult PackageDecryption::decrypt(const EncryptedRow& row, Bytes& bytes) {
@@ -85,7 +91,7 @@ DecryptResult PackageDecryption::decrypt(const EncryptedRow& row, Bytes& bytes) 
     deriveKeys({&asked, 1});
     const auto key = keys_.find(&row);
     if (key != keys_.end()) return DecryptMember(row.data, key->second.view(), bytes);
-    return work_ > kMostWork ? DecryptResult::TooMuchWork : DecryptResult::Damaged;
+    return isExhausted_ ? DecryptResult::TooMuchWork : DecryptResult::Damaged;
 }
 
 } // namespace ODF::crypto

@@ -5,6 +5,7 @@
 
 #include <odfmodel/core/diagnostics.h>
 #include <odfmodel/core/limits.h>
+#include <odfmodel/core/progress.h>
 #include <odfmodel/serial/unzip.h>
 
 #include <zip.h>
@@ -42,12 +43,15 @@ struct Member {
     bool isReadable() const noexcept { return !isFolder && !isSpecial && !isZipEncrypted; }
 };
 
-/// Where a fault of a member is told.
+/// What an operation tells its caller: faults, and how far it has come.
 struct NoteSink {
     Diagnostics* diagnostics = nullptr;
+    const ProgressCallback* progress = nullptr; ///< throws nothing
 
     void add(NoteCode code, Severity severity, std::string_view member, std::string_view text) const;
     void setStatus(Status status) const noexcept;
+    /// False when the caller wants the operation to end.
+    bool goesOn(const Progress& state) const { return !progress || !*progress || (*progress)(state); }
 };
 
 } // namespace ODF::archive

@@ -14,6 +14,7 @@ constexpr std::string_view kManifest = "META-INF/manifest.xml";
 constexpr std::string_view kInnerPackage = "encrypted-package";
 /// So many members are tried before the password counts as wrong: one of them may be damaged.
 constexpr std::size_t kMostTries = 3;
+constexpr std::string_view kTooMuchWork = "the key derivation asks for more work than the limits allow";
 
 std::vector<unsigned char> ReadWhole(const CSDZipHandle& handle, std::int64_t index, const Limits& limits,
                                      ReadResult& result) {
@@ -47,20 +48,38 @@ std::vector<std::int64_t> EncryptedMembers(const CSDZipHandle& handle) {
     return indices;
 }
 
-/// Whether the password opens one of the members; also when no member can tell.
-bool PasswordFits(const CSDZipHandle& handle, const std::vector<std::int64_t>& indices,
-                  const Limits& limits) {
+/// `Ok` when the password opens one of the members, or when no member can tell; else why it opens none.
+Status TryPassword(const CSDZipHandle& handle, const std::vector<std::int64_t>& indices, const Limits& limits,
+                   const NoteSink& notes) {
     std::size_t tries = 0;
+    Status status = Status::Ok;
     for (const std::int64_t index : indices) {
         const crypto::EncryptedRow& row = *handle.member(index)->encryption;
         if (!row.data.provesPassword() || !handle.decryption()->isUsable(row)) continue;
+        if (!notes.goesOn({Progress::Step::Keys, handle.member(index)->name, tries, 0}))
+            return Status::Cancelled;
         std::vector<unsigned char> bytes;
-        if (ReadCiphertext(handle, index, limits.memberBytes, bytes) == ReadResult::Ok &&
-            handle.decryption()->decrypt(row, bytes) == crypto::DecryptResult::Ok)
-            return true;
+        const ReadResult read = ReadCiphertext(handle, index, limits.memberBytes, bytes);
+        if (read == ReadResult::Ok) {
+            switch (handle.decryption()->decrypt(row, bytes)) {
+            case crypto::DecryptResult::Ok:
+                return Status::Ok;
+            case crypto::DecryptResult::WrongKey:
+                status = Status::WrongPassword; // a right one may be spoilt by damage, never the other way
+                break;
+            case crypto::DecryptResult::TooMuchWork:
+                return Status::LimitExceeded;
+            case crypto::DecryptResult::Damaged:
+                if (status == Status::Ok) status = Status::BadIndex;
+            }
+        } else if (status == Status::Ok) {
+            status = read == ReadResult::TooLarge  ? Status::LimitExceeded
+                     : read == ReadResult::NotRead ? Status::NotReadable
+                                                   : Status::BadIndex;
+        }
         if (++tries == kMostTries) break;
     }
-    return tries == 0;
+    return status;
 }
 
 std::unique_ptr<CSDZipHandle> OpenInner(const CSDZipHandle& outer, std::int64_t index, const Limits& limits,
@@ -74,6 +93,10 @@ std::unique_ptr<CSDZipHandle> OpenInner(const CSDZipHandle& outer, std::int64_t 
         return Refuse(notes, Status::LimitExceeded, kInnerPackage, ToText(result));
     case ReadResult::WrongKey:
         return Refuse(notes, Status::WrongPassword, kInnerPackage, ToText(result));
+    case ReadResult::BadEncryption:
+        return Refuse(notes, Status::BadIndex, kInnerPackage, ToText(result));
+    case ReadResult::NotRead:
+        return Refuse(notes, Status::NotReadable, kInnerPackage, ToText(result));
     default:
         return Refuse(notes, Status::NotAnArchive, kInnerPackage, ToText(result));
     }
@@ -105,14 +128,26 @@ std::unique_ptr<CSDZipHandle> MakeReadable(std::unique_ptr<CSDZipHandle> handle,
         const bool isKnown = std::any_of(indices.begin(), indices.end(), [&](std::int64_t index) {
             return handle->member(index)->encryption->data.isSupported();
         });
-        return isKnown ? Refuse(notes, Status::LimitExceeded, {}, "the key derivation asks for too much work")
+        return isKnown ? Refuse(notes, Status::LimitExceeded, {}, kTooMuchWork)
                        : Refuse(notes, Status::UnsupportedEncryption, {}, "an encryption that isn't known");
     }
     const std::int64_t inner = handle->find(kInnerPackage);
     if (inner >= 0 && handle->member(inner)->encryption) return OpenInner(*handle, inner, limits, notes);
-    if (!PasswordFits(*handle, indices, limits))
-        return Refuse(notes, Status::WrongPassword, {}, "the password doesn't fit, or the data is damaged");
-    return handle;
+    switch (const Status status = TryPassword(*handle, indices, limits, notes)) {
+    case Status::Ok:
+        return handle;
+    case Status::LimitExceeded:
+        return Refuse(notes, status, {}, kTooMuchWork);
+    case Status::WrongPassword:
+        return Refuse(notes, status, {}, "the password doesn't fit, or the data is damaged");
+    case Status::NotReadable:
+        return Refuse(notes, status, {}, ToText(ReadResult::NotRead));
+    case Status::Cancelled:
+        notes.setStatus(status);
+        return nullptr;
+    default:
+        return Refuse(notes, status, kManifest, ToText(ReadResult::BadEncryption));
+    }
 }
 
 } // namespace ODF::archive

@@ -1,6 +1,7 @@
 #include "serial/zip/extraction.h"
 
 #include "platform/files.h"
+#include "serial/zip/inflate.h"
 #include "serial/zip/member_path.h"
 #include "serial/zip/member_stream.h"
 
@@ -11,6 +12,9 @@
 namespace ODF::archive {
 
 namespace {
+
+/// What an archive may take whose members share bytes: more than an honest one would need, whoever made it.
+constexpr std::uint64_t kMostOfSharing = std::uint64_t{256} << 20;
 
 struct Job {
     std::size_t index;
@@ -23,12 +27,16 @@ public:
         : handle_(handle), reader_(handle), limits_(limits), notes_(notes) {}
 
     bool run(const platform::Path& folder) {
+        folder_ = folder.utf8();
         if (!platform::CreateFolders(folder, true) || !writer_.open(folder)) {
+            notes_.add(NoteCode::WriteFailed, Severity::Error, {},
+                       "can't make the folder " + folder_ + ": " + platform::LastFault());
             notes_.setStatus(Status::NoTemporaryFolder);
             return false;
         }
         const std::size_t length = platform::Absolute(folder).utf8().size() + 2;
         const std::vector<Job> jobs = plan(platform::kLongestPath - std::min(length, platform::kLongestPath));
+        mostBytes_ = mostBytes(jobs);
         prepareKeys(jobs);
         return std::all_of(jobs.begin(), jobs.end(), [&](const Job& job) { return extract(job); });
     }
@@ -70,6 +78,18 @@ private:
         job.index = index;
     }
 
+    /// What all members may take together. Each byte of the archive belongs to one member, unless it was made
+    /// to fill the disk; so more than the whole of it can become doesn't come out.
+    std::uint64_t mostBytes(const std::vector<Job>& jobs) const {
+        std::uint64_t packed = 0;
+        for (const Job& job : jobs) {
+            const std::uint64_t more = handle_.members()[job.index].packedSize;
+            packed += std::min(more, UINT64_MAX - packed);
+        }
+        const std::uint64_t most = std::min(limits_.totalBytes, LargestInflated(handle_.byteCount()));
+        return packed > handle_.byteCount() ? std::min(most, kMostOfSharing) : most;
+    }
+
     void prepareKeys(const std::vector<Job>& jobs) const {
         if (!handle_.decryption()) return;
         std::vector<const crypto::EncryptedRow*> rows;
@@ -100,7 +120,7 @@ private:
             return failToWrite(member);
         }
         const ReadResult result = reader_.read(static_cast<std::int64_t>(job.index),
-                                               std::min(limits_.memberBytes, limits_.totalBytes - total_),
+                                               std::min(limits_.memberBytes, mostBytes_ - total_),
                                                [&](std::span<const unsigned char> piece) {
                                                    total_ += piece.size();
                                                    return file.write(piece.data(), piece.size());
@@ -112,7 +132,7 @@ private:
 
     bool failToWrite(const Member& member) const {
         notes_.add(NoteCode::WriteFailed, Severity::Error, member.name,
-                   "the extracted file can't be written");
+                   "the extracted file can't be written in " + folder_ + ": " + platform::LastFault());
         notes_.setStatus(Status::CouldNotWrite);
         return false;
     }
@@ -122,7 +142,9 @@ private:
     const Limits& limits_;
     const NoteSink& notes_;
     platform::FolderWriter writer_;
+    std::uint64_t mostBytes_ = 0;
     std::uint64_t total_ = 0;
+    std::string folder_;
 };
 
 } // namespace
@@ -134,6 +156,10 @@ void NoteResult(ReadResult result, const Member& member, const NoteSink& notes) 
     case ReadResult::TooLarge:
         notes.add(NoteCode::SizeLimit, Severity::Error, member.name, ToText(result));
         notes.setStatus(Status::LimitExceeded);
+        return;
+    case ReadResult::NotRead:
+        notes.add(NoteCode::ReadFailed, Severity::Error, member.name, ToText(result));
+        notes.setStatus(Status::NotReadable);
         return;
     case ReadResult::WrongKey:
         notes.add(NoteCode::ChecksumMismatch, Severity::Error, member.name, ToText(result));

@@ -14,6 +14,11 @@ bool IsKnownMethod(std::uint16_t method) noexcept {
     return method == ZIP_CM_STORE || method == ZIP_CM_DEFLATE;
 }
 
+/// What libzip's error says: of the file or of what is in it.
+ReadResult Fault(const zip_error_t* error) noexcept {
+    return zip_error_code_zip(error) == ZIP_ER_READ ? ReadResult::NotRead : ReadResult::Damaged;
+}
+
 } // namespace
 
 const char* ToText(ReadResult result) noexcept {
@@ -22,6 +27,10 @@ const char* ToText(ReadResult result) noexcept {
         return "sound";
     case ReadResult::Damaged:
         return "the data is damaged";
+    case ReadResult::NotRead:
+        return "the system failed to read the file";
+    case ReadResult::BadEncryption:
+        return "what the manifest says of the encryption doesn't fit the data";
     case ReadResult::WrongKey:
         return "can't be decrypted: the data is damaged or has another password";
     case ReadResult::Unsupported:
@@ -36,13 +45,14 @@ const char* ToText(ReadResult result) noexcept {
 
 StoredBytes::StoredBytes(const CSDZipHandle& handle, std::int64_t index) {
     file_.reset(zip_fopen_index(handle.archive(), static_cast<zip_uint64_t>(index), ZIP_FL_COMPRESSED));
+    if (!file_) result_ = Fault(zip_get_error(handle.archive()));
 }
 
 std::size_t StoredBytes::read(std::span<unsigned char> buffer) noexcept {
     std::size_t done = 0;
     while (file_ && done < buffer.size()) {
         const zip_int64_t count = zip_fread(file_.get(), buffer.data() + done, buffer.size() - done);
-        if (count < 0) isDamaged_ = true;
+        if (count < 0) result_ = Fault(zip_file_get_error(file_.get()));
         if (count <= 0) break;
         done += static_cast<std::size_t>(count);
     }
@@ -57,7 +67,7 @@ MemberStream::MemberStream(const CSDZipHandle& handle, std::int64_t index, std::
         openEncrypted(handle, index);
     } else {
         stored_ = std::make_unique<StoredBytes>(handle, index);
-        if (!stored_->isOpen()) result_ = ReadResult::Damaged;
+        if (!stored_->isOpen()) result_ = stored_->result();
         if (member_->method == ZIP_CM_DEFLATE) {
             inflater_ = std::make_unique<Inflater>();
             buffer_.resize(kPieceSize);
@@ -72,17 +82,24 @@ void MemberStream::openEncrypted(const CSDZipHandle& handle, std::int64_t index)
     if (result_ != ReadResult::Ok || buffer_.empty()) return;
     crypto::PackageDecryption* const decryption = handle.decryption();
     if (!decryption || !decryption->isUsable(*member_->encryption)) {
-        result_ = ReadResult::Unsupported;
+        const bool isKnown = decryption && member_->encryption->data.isSupported();
+        result_ = isKnown ? ReadResult::TooLarge : ReadResult::Unsupported;
         return;
     }
-    const crypto::DecryptResult decrypted = decryption->decrypt(*member_->encryption, buffer_);
-    if (decrypted != crypto::DecryptResult::Ok) {
-        result_ =
-            decrypted == crypto::DecryptResult::TooMuchWork ? ReadResult::TooLarge : ReadResult::WrongKey;
+    switch (decryption->decrypt(*member_->encryption, buffer_)) {
+    case crypto::DecryptResult::Ok:
+        inflater_ = std::make_unique<Inflater>();
+        pending_ = buffer_;
         return;
+    case crypto::DecryptResult::WrongKey:
+        result_ = ReadResult::WrongKey;
+        return;
+    case crypto::DecryptResult::Damaged:
+        result_ = ReadResult::BadEncryption;
+        return;
+    case crypto::DecryptResult::TooMuchWork:
+        result_ = ReadResult::TooLarge;
     }
-    inflater_ = std::make_unique<Inflater>();
-    pending_ = buffer_;
 }
 
 std::size_t MemberStream::read(std::span<unsigned char> buffer) {
@@ -122,11 +139,12 @@ std::size_t MemberStream::readInflated(std::span<unsigned char> buffer) {
 
 void MemberStream::finish() {
     isEnded_ = true;
-    const bool isCut = inflater_ ? !inflater_->isEnded() : stored_ && stored_->isDamaged();
+    const bool isFailed = stored_ && stored_->result() == ReadResult::NotRead;
+    const bool isCut = inflater_ ? !inflater_->isEnded() : stored_ && stored_->result() != ReadResult::Ok;
     // The directory's size and checksum of an encrypted member are those of its ciphertext.
     const bool isWrong = member_->encryption ? delivered_ != member_->encryption->size.value_or(delivered_)
                                              : delivered_ != member_->size || crc_ != member_->crc;
-    if (isCut || isWrong) result_ = ReadResult::Damaged;
+    if (isCut || isWrong) result_ = isFailed ? ReadResult::NotRead : ReadResult::Damaged;
 }
 
 ReadResult MemberReader::read(std::int64_t index, std::uint64_t mostBytes, const Receiver& receive) {
@@ -169,7 +187,7 @@ ReadResult ReadCiphertext(const CSDZipHandle& handle, std::int64_t index, std::u
                           std::vector<unsigned char>& bytes) {
     const Member& member = *handle.member(index);
     StoredBytes source(handle, index);
-    if (!source.isOpen()) return ReadResult::Damaged;
+    if (!source.isOpen()) return source.result();
     std::vector<unsigned char> piece(kPieceSize);
     std::unique_ptr<Inflater> inflater;
     if (member.method == ZIP_CM_DEFLATE) inflater = std::make_unique<Inflater>();
@@ -182,7 +200,7 @@ ReadResult ReadCiphertext(const CSDZipHandle& handle, std::int64_t index, std::u
     };
     for (;;) {
         const std::size_t count = source.read(piece);
-        if (count == 0) return source.isDamaged() ? ReadResult::Damaged : ReadResult::Ok;
+        if (count == 0) return source.result();
         std::span<const unsigned char> pending(piece.data(), count);
         if (!inflater) {
             if (!append(pending)) return ReadResult::TooLarge;

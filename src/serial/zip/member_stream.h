@@ -12,11 +12,13 @@ namespace ODF::archive {
 /// How reading a member ended.
 enum class ReadResult {
     Ok,
-    Damaged,     ///< what could be decoded was delivered
-    WrongKey,    ///< an encrypted member that the password doesn't open, or whose bytes are damaged
-    Unsupported, ///< a compression or encryption that isn't known
-    TooLarge,    ///< stopped at a limit of size or of work
-    Refused,     ///< the receiver of the bytes gave up
+    Damaged,       ///< what could be decoded was delivered
+    NotRead,       ///< the system failed to read the file; what came before was delivered
+    WrongKey,      ///< an encrypted member that the password doesn't open, or whose bytes are damaged
+    BadEncryption, ///< what the manifest says of its encryption fits no member
+    Unsupported,   ///< a compression or encryption that isn't known
+    TooLarge,      ///< stopped at a limit of size or of work
+    Refused,       ///< the receiver of the bytes gave up
 };
 
 /// A short text for a note.
@@ -30,11 +32,12 @@ public:
     bool isOpen() const noexcept { return file_ != nullptr; }
     /// Fewer than asked for only at the end or on damage.
     std::size_t read(std::span<unsigned char> buffer) noexcept;
-    bool isDamaged() const noexcept { return isDamaged_; }
+    /// How the reading has gone so far: `Ok`, `Damaged` or `NotRead`.
+    ReadResult result() const noexcept { return result_; }
 
 private:
     std::unique_ptr<zip_file_t, decltype(&zip_fclose)> file_{nullptr, zip_fclose};
-    bool isDamaged_ = false;
+    ReadResult result_ = ReadResult::Ok;
 };
 
 /// Delivers a member's plain bytes piece by piece, decrypted and inflated. Checks size and checksum at its

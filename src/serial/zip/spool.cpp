@@ -1,5 +1,7 @@
 #include "serial/zip/spool.h"
 
+#include "platform/temporary.h"
+
 #include <algorithm>
 
 namespace ODF::archive {
@@ -15,12 +17,17 @@ bool Spool::write(std::span<const unsigned char> bytes) {
         return true;
     }
     if (!file_.isOpen()) {
-        if (!file_.createNameless() || !file_.write(memory_.data(), memory_.size())) return false;
+        if (!file_.createNameless() || !file_.write(memory_.data(), memory_.size())) return fail();
         memory_ = {};
     }
-    if (!file_.writeAt(size_, bytes.data(), bytes.size())) return false;
+    if (!file_.writeAt(size_, bytes.data(), bytes.size())) return fail();
     size_ += bytes.size();
     return true;
+}
+
+bool Spool::fail() {
+    fault_ = "can't write in " + platform::TemporaryDirectoryName() + ": " + platform::LastFault();
+    return false;
 }
 
 bool Spool::read(std::uint64_t offset, std::span<unsigned char> target) const {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace ODF::archive {
@@ -19,11 +20,16 @@ public:
     bool read(std::uint64_t offset, std::span<unsigned char> target) const;
     /// Forgets everything behind `size`.
     void cutTo(std::uint64_t size) noexcept;
+    /// Why a write has failed; empty when none has.
+    const std::string& fault() const noexcept { return fault_; }
 
 private:
+    bool fail();
+
     std::vector<unsigned char> memory_;
     platform::OutputFile file_;
     std::uint64_t size_ = 0;
+    std::string fault_;
 };
 
 } // namespace ODF::archive

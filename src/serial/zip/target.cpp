@@ -17,6 +17,7 @@ public:
         return replacement_.file().writeAt(offset, bytes.data(), bytes.size());
     }
     bool finish(std::uint64_t /*size*/) override { return replacement_.replace(); }
+    const char* loss() const noexcept override { return replacement_.loss(); }
 
 private:
     platform::ReplacementFile replacement_;

@@ -20,6 +20,8 @@ public:
     virtual bool writeAt(std::uint64_t offset, std::span<const unsigned char> bytes) = 0;
     /// Makes the archive of `size` bytes take effect; false when it couldn't be written whole.
     virtual bool finish(std::uint64_t size) = 0;
+    /// What of an old file was lost with it, in English; null for nothing.
+    virtual const char* loss() const noexcept { return nullptr; }
 
 protected:
     Target() = default;

@@ -7,6 +7,7 @@
 #include "serial/zip/target.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <exception>
 #include <new>
 #include <string>
@@ -103,7 +104,7 @@ struct CSDZip::State {
         if (member.name.empty() || member.name.size() > kLongestName || !pack(member)) {
             spool.cutTo(member.offset);
             notes().add(NoteCode::WriteFailed, Severity::Error, member.name,
-                        "the member can't be put into the archive");
+                        spool.fault().empty() ? "the member can't be put into the archive" : spool.fault());
             return false;
         }
         member.packedSize = spool.size() - member.offset;
@@ -142,10 +143,15 @@ struct CSDZip::State {
         if (!target) return 0;
         bool isWritten = false;
         try {
+            errno = 0;
             isWritten = !hasFailed && writeMembers() && target->finish(size);
             if (!isWritten) {
+                const std::string cause = errno != 0 ? ": " + platform::LastFault() : std::string();
                 notes().setStatus(Status::CouldNotWrite);
-                notes().add(NoteCode::WriteFailed, Severity::Error, {}, "the archive can't be written");
+                notes().add(NoteCode::WriteFailed, Severity::Error, {},
+                            "the archive can't be written" + cause);
+            } else if (target->loss()) {
+                notes().add(NoteCode::TargetChanged, Severity::Warning, {}, target->loss());
             }
         } catch (const std::bad_alloc&) {
             notes().setStatus(Status::OutOfMemory);
