@@ -325,6 +325,8 @@ Status Document::State::write(const SaveOptions& options, Bytes& bytes, Diagnost
 
     OdfPackage::WriteOptions write;
     write.fixedTime = options.fixedTime;
+    write.compression = options.compression;
+    write.threads = options.threads;
     write.progress = progress;
     // Only a signature makes it worth knowing whether anything has changed at all.
     std::map<std::string, Bytes, std::less<>> changed;

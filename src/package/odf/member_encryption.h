@@ -13,18 +13,6 @@
 
 namespace ODF::package {
 
-/// Deflates members of any size into memory of their own.
-class MemberDeflater {
-public:
-    /// Empty when deflating saves nothing.
-    std::vector<unsigned char> deflateIfSmaller(std::span<const unsigned char> plain);
-    /// Always a deflate stream, as encryption needs it.
-    std::vector<unsigned char> deflate(std::span<const unsigned char> plain);
-
-private:
-    archive::WholeDeflater whole_;
-};
-
 /// A member on its way into an encrypted archive.
 struct EncryptionJob {
     std::vector<unsigned char> bytes; ///< deflated, then encrypted

@@ -102,6 +102,8 @@ public:
         /// Whether `replace` changes anything, for what depends on nothing having changed.
         bool isChanged = true;
         ProgressCallback progress{};
+        int compression = 6;  ///< from 1 (quick) to 12 (small)
+        unsigned threads = 0; ///< for large members; 0 for as many as there are processors
     };
     /// Writes the whole archive, as often as wanted. On any other status than `Ok` `archive` is empty.
     [[nodiscard]] Status write(const WriteOptions& options, Bytes& archive, Diagnostics& diagnostics) const;

@@ -2,8 +2,10 @@
 
 #include "package/odf/media_types.h"
 #include "package/odf/member_encryption.h"
+#include "platform/threads.h"
 #include "serial/crypto/package_encryption.h"
 #include "serial/zip/archive_writer.h"
+#include "serial/zip/deflate.h"
 #include "serial/zip/inflate.h"
 #include "serial/zip/packer.h"
 
@@ -25,6 +27,10 @@ constexpr std::uint64_t kKeyWorkOfSave = 10;
 /// The first version of the format that knows encryption of the whole.
 constexpr std::string_view kVersionOfWhole = "1.4";
 
+Bytes ToBytes(std::span<const unsigned char> bytes) {
+    return {bytes.begin(), bytes.end()};
+}
+
 bool IsSignature(std::string_view name) noexcept {
     return name.starts_with("META-INF/") && name.find("signatures") != std::string_view::npos;
 }
@@ -44,7 +50,8 @@ public:
     PackageWriter(const OdfPackage::State& state, const OdfPackage::WriteOptions& options,
                   archive::DosTime now, const crypto::PackageEncryption* encryption,
                   const archive::NoteSink& notes)
-        : state_(state), options_(options), now_(now), encryption_(encryption), notes_(notes) {}
+        : state_(state), options_(options), now_(now), encryption_(encryption), notes_(notes),
+          deflater_(options.threads == 0 ? platform::Processors() : options.threads, options.compression) {}
 
     Status write(Bytes& target) {
         isManifestNew_ = encryption_ || state_.manifest.isChanged() || state_.manifest.isEncrypted() ||
@@ -167,7 +174,7 @@ private:
     Status planBytes(Planned& planned, const Entry& entry, Bytes bytes) {
         if (state_.manifest.find(entry.name, "size")) sizes_.emplace_back(entry.name, bytes.size());
         if (encryption_ && !IsBeyondManifest(entry.name)) {
-            jobs_.push_back({deflater_.deflate(bytes), bytes.size(), {}});
+            jobs_.push_back({ToBytes(deflater_.deflateAnyway(bytes)), bytes.size(), {}});
             encrypted_.push_back(&planned);
             return Status::Ok;
         }
@@ -207,7 +214,7 @@ private:
 
     /// Deflates where that saves something; else `plain` is stored and must stay.
     void pack(Planned& planned, std::span<const unsigned char> plain, bool isCompressed) {
-        if (!isCompressed) planned.own = deflater_.deflateIfSmaller(plain);
+        if (!isCompressed) planned.own = ToBytes(deflater_.deflate(plain));
         const bool isDeflated = !planned.own.empty();
         planned.packed = isDeflated ? std::span<const unsigned char>(planned.own) : plain;
         planned.member.method = isDeflated ? ZIP_CM_DEFLATE : ZIP_CM_STORE;
@@ -235,7 +242,7 @@ private:
             if (status != Status::Ok) return status;
         }
         const std::span<const unsigned char> bytes = entry.isChanged ? entry.bytes : plain;
-        jobs_.push_back({deflater_.deflate(bytes), bytes.size(), {}});
+        jobs_.push_back({ToBytes(deflater_.deflateAnyway(bytes)), bytes.size(), {}});
         encrypted_.push_back(&planned);
         return Status::Ok;
     }
@@ -343,7 +350,7 @@ private:
     std::uint64_t packed_ = 0; ///< members that have gone into the archive
     std::uint64_t nextAsking_ = 0;
     bool isCancelled_ = false;
-    MemberDeflater deflater_;
+    archive::Deflater deflater_;
     std::deque<Planned> plan_; ///< stays in place as it grows
     Planned* manifest_ = nullptr;
     const Entry* oldManifest_ = nullptr;

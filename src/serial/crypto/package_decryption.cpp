@@ -1,17 +1,13 @@
 #include "serial/crypto/package_decryption.h"
 
+#include "platform/threads.h"
+
 #include <algorithm>
 #include <atomic>
 #include <new>
-#include <thread>
 #include <vector>
 
 namespace ODF::crypto {
-
-namespace {
-// Beyond this, more threads only wait for each other's memory.
-constexpr unsigned kMostThreads = 8;
-} // namespace
 
 PackageDecryption::PackageDecryption(ByteView password, const Limits& limits)
     : password_(password), limits_(limits), workLeft_(limits.keyWork) {}
@@ -65,21 +61,10 @@ bool PackageDecryption::deriveKeys(std::span<const EncryptedRow* const> rows, co
             isOutOfMemory = true;
         }
     };
-    {
-        // The calling thread works too; where no thread can be had it does everything.
-        std::vector<std::jthread> threads;
-        const std::size_t processors = std::clamp(std::thread::hardware_concurrency(), 1U, kMostThreads);
-        const bool isHeavy = std::any_of(jobs.begin(), jobs.end(), [](const Job& job) {
-            return job.row->data.derivation == KeyDerivation::Argon2id; // each would take its own large block
-        });
-        const std::size_t wanted = isHeavy ? 1 : std::min(processors, jobs.size());
-        try {
-            while (threads.size() + 1 < wanted)
-                threads.emplace_back(work, false);
-        } catch (const std::system_error&) { // NOLINT(bugprone-empty-catch)
-        }
-        work(true);
-    }
+    const bool isHeavy = std::any_of(jobs.begin(), jobs.end(), [](const Job& job) {
+        return job.row->data.derivation == KeyDerivation::Argon2id; // each would take its own large block
+    });
+    platform::OnThreads(isHeavy ? 1 : std::min<std::size_t>(platform::Processors(), jobs.size()), work);
     if (isOutOfMemory) throw std::bad_alloc();
     for (Job& job : jobs)
         if (job.key) keys_[job.row] = std::move(*job.key);

@@ -3,52 +3,50 @@
 #include "serial/zip/byte_buffer.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <span>
+#include <vector>
 
 namespace ODF::archive {
 
-/// Up to here data is deflated in one go, which is twice as fast as in pieces.
-inline constexpr std::uint64_t kLargestWholeDeflate = std::uint64_t{128} << 20;
-
-/// Deflates whole members at once. Holds its working memory, so one object serves many members.
-class WholeDeflater {
-public:
-    WholeDeflater();
-    ~WholeDeflater();
-    WholeDeflater(const WholeDeflater&) = delete;
-    WholeDeflater& operator=(const WholeDeflater&) = delete;
-
-    /// The deflated bytes, valid until the next call; empty when they would be no fewer than `plain`.
-    std::span<const unsigned char> deflate(std::span<const unsigned char> plain);
-
-private:
-    struct Engine;
-    std::unique_ptr<Engine> engine_;
-    ByteBuffer buffer_;
-};
-
-/// Deflates piece by piece.
+/// Deflates members. What is large is cut into pieces that are deflated each on its own, on several threads,
+/// and joined into one stream. Holds its working memory, so one object serves many members.
 class Deflater {
 public:
     using Receiver = std::function<bool(std::span<const unsigned char>)>;
 
-    explicit Deflater(Receiver receive);
+    /// Up to here more effort pays: level 9 takes several times as long for a percent or two.
+    static constexpr int kUsualLevel = 6;
+
+    /// Takes up to `threads` threads for what is large. `level` is the effort, from 1 to 12.
+    explicit Deflater(unsigned threads = 1, int level = kUsualLevel);
     ~Deflater();
     Deflater(const Deflater&) = delete;
     Deflater& operator=(const Deflater&) = delete;
 
-    /// False when the receiver gave up.
-    bool add(std::span<const unsigned char> plain);
-    bool finish();
+    /// The deflated bytes of a whole member, valid until the next call; empty when they would be no fewer
+    /// than `plain`.
+    std::span<const unsigned char> deflate(std::span<const unsigned char> plain);
+    /// The same, but always a stream.
+    std::span<const unsigned char> deflateAnyway(std::span<const unsigned char> plain);
+
+    /// The bytes that `add` should get at once, but for the last time.
+    std::size_t stepBytes() const noexcept;
+    /// Deflates a member that comes step by step. False when the receiver has given up.
+    bool add(std::span<const unsigned char> plain, bool isLast, const Receiver& receive);
 
 private:
     struct Engine;
-    bool run(std::span<const unsigned char> plain, bool isLast);
-    std::unique_ptr<Engine> engine_;
-    Receiver receive_;
+    /// Deflates `plain` into `pieces_`; the stream goes on unless `isLast`.
+    std::size_t makePieces(std::span<const unsigned char> plain, bool isLast);
+    Engine& engine(std::size_t thread);
+
+    const unsigned threads_;
+    const int level_;
+    std::vector<std::unique_ptr<Engine>> engines_; ///< of each thread
+    std::vector<std::vector<unsigned char>> pieces_;
+    ByteBuffer buffer_;
 };
 
 } // namespace ODF::archive

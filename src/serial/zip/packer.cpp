@@ -47,23 +47,20 @@ bool Packer::packBytes(PackedMember& member, std::span<const unsigned char> byte
 bool Packer::packFile(PackedMember& member, const platform::Path& path, bool isStored) {
     const platform::InputFile file(path);
     if (!file.isOpen()) return false;
-    std::vector<unsigned char> buffer;
-    if (file.size() <= kLargestWholeDeflate && !isStored) {
-        buffer.resize(static_cast<std::size_t>(file.size()));
-        const std::ptrdiff_t count = file.readAt(0, buffer.data(), buffer.size());
-        return count >= 0 && packBytes(member, {buffer.data(), static_cast<std::size_t>(count)}, false);
-    }
-    buffer.resize(kPieceSize);
-    Deflater pieces([&](std::span<const unsigned char> deflated) { return spool_.write(deflated); });
-    if (!isStored) member.method = ZIP_CM_DEFLATE;
-    for (;;) {
+    std::vector<unsigned char> buffer(static_cast<std::size_t>(
+        std::min<std::uint64_t>(isStored ? kPieceSize : deflater_.stepBytes(), file.size() + 1)));
+    const auto receive = [&](std::span<const unsigned char> deflated) { return spool_.write(deflated); };
+    for (bool isFirst = true;; isFirst = false) {
         const std::ptrdiff_t count = file.readAt(member.size, buffer.data(), buffer.size());
         if (count < 0) return false;
-        if (count == 0) return isStored || pieces.finish();
         const std::span<const unsigned char> piece(buffer.data(), static_cast<std::size_t>(count));
+        const bool isLast = piece.size() < buffer.size();
+        if (isFirst && isLast && !isStored) return packBytes(member, piece, false);
         member.size += piece.size();
         member.crc = Crc32(member.crc, piece);
-        if (isStored ? !spool_.write(piece) : !pieces.add(piece)) return false;
+        if (!isStored) member.method = ZIP_CM_DEFLATE;
+        if (isStored ? !spool_.write(piece) : !deflater_.add(piece, isLast, receive)) return false;
+        if (isLast) return true;
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/files.h"
+#include "platform/threads.h"
 #include "serial/zip/archive.h"
 #include "serial/zip/deflate.h"
 #include "serial/zip/packed_member.h"
@@ -18,7 +19,9 @@ PackedBytes CopyOfPacked(const CSDZipHandle& source, std::int64_t index, const N
 /// a torso.
 class Packer {
 public:
-    explicit Packer(Spool& spool) : spool_(spool) {}
+    /// Takes up to `threads` threads for what is large.
+    explicit Packer(Spool& spool, unsigned threads = platform::Processors())
+        : spool_(spool), deflater_(threads) {}
 
     bool packBytes(PackedMember& member, std::span<const unsigned char> bytes, bool isStored);
     bool packFile(PackedMember& member, const platform::Path& path, bool isStored);
@@ -31,7 +34,7 @@ private:
     bool packPlain(PackedMember& member, const CSDZipHandle& source, int index, const NoteSink& notes);
 
     Spool& spool_;
-    WholeDeflater deflater_;
+    Deflater deflater_;
 };
 
 } // namespace ODF::archive
