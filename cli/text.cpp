@@ -29,7 +29,7 @@ public:
         open_.push_back(names_.find(uri, localName));
         // The automatic styles of this file are of no use to the content.
         if (open_.back() == Element::AutomaticStyles) ++automatic_;
-        if (automatic_ == 0) styles_.start(open_.back(), Attributes(*attributes));
+        if (automatic_ == 0) styles_.start(open_.back(), Attributes(*attributes, attributes_));
     }
     void endElement(const unsigned short* /*uri*/, const unsigned short* /*localName*/,
                     const unsigned short* /*qName*/) override {
@@ -41,6 +41,7 @@ public:
 private:
     ListStyles& styles_;
     ElementNames names_;
+    AttributeNames attributes_;
     std::vector<Element> open_;
     unsigned automatic_ = 0;
 };

@@ -60,7 +60,7 @@ void DocumentText::startElement(const unsigned short* uri, const unsigned short*
         return;
     }
     const Element element = names_.find(uri, localName);
-    const Attributes attributes(*list);
+    const Attributes attributes(*list, attributes_);
     if (isSkipped(element, attributes)) {
         skipped_ = 1;
         return;

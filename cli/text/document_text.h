@@ -84,6 +84,7 @@ private:
     TextOptions options_;
     std::ostream& out_;
     ElementNames names_;
+    AttributeNames attributes_;
     Kind kind_ = Kind::None;
     std::vector<Level> levels_;
     std::size_t skipped_ = 0; ///< depth of elements whose text doesn't count

@@ -98,20 +98,30 @@ Element Find(const std::string& name) {
 } // namespace
 
 Element ElementNames::find(const unsigned short* uri, const unsigned short* localName) {
-    key_.assign(ToView(uri)).append(u" ").append(ToView(localName));
-    if (const auto known = known_.find(key_); known != known_.end()) return known->second;
-    const std::string_view prefix = ODF::PrefixOfNamespace(ODF::ToUtf8(uri));
+    const std::u16string_view space = ToView(uri);
+    const std::u16string_view local = ToView(localName);
+    const auto [first, last] = known_.equal_range(local);
+    for (auto at = first; at != last; ++at)
+        if (at->second.uri == space) return at->second.element;
+    const std::string_view prefix = ODF::PrefixOfNamespace(ODF::ToUtf8(space));
     const Element element =
-        prefix.empty() ? Element::Other : Find(std::string(prefix) + ":" + ODF::ToUtf8(localName));
-    constexpr std::size_t kMostKnown = 4096; // more names only a hostile file has
-    if (known_.size() < kMostKnown) known_.emplace(key_, element);
+        prefix.empty() ? Element::Other : Find(std::string(prefix) + ":" + ODF::ToUtf8(local));
+    constexpr std::size_t kMaxKnown = 4096; // more names only a hostile file has
+    if (known_.size() < kMaxKnown) known_.emplace(local, Name{std::u16string(space), element});
     return element;
 }
 
-std::optional<std::string> Attributes::find(std::string_view name) const {
+const AttributeNames::Name& AttributeNames::of(std::string_view name) {
+    if (const auto known = known_.find(name); known != known_.end()) return known->second;
     const std::size_t colon = name.find(':');
-    const CTulStringW uri(ODF::NamespaceOfPrefix(name.substr(0, colon)));
-    const unsigned short* const value = list_.GetValue(uri, CTulStringW(name.substr(colon + 1)));
+    Name parts{CTulStringW(ODF::NamespaceOfPrefix(name.substr(0, colon))),
+               CTulStringW(name.substr(colon + 1))};
+    return known_.emplace(name, std::move(parts)).first->second;
+}
+
+std::optional<std::string> Attributes::find(std::string_view name) const {
+    const AttributeNames::Name& parts = names_.of(name);
+    const unsigned short* const value = list_.GetValue(parts.uri, parts.local);
     return value ? std::optional(ODF::ToUtf8(value)) : std::nullopt;
 }
 

@@ -3,6 +3,7 @@
 #include <odfmodel/core/attribute.h>
 #include <odfmodel/core/string.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -62,20 +63,51 @@ enum class Element {
     MathToken,
 };
 
+/// For tables that are searched without making a string first.
+struct NameHash {
+    using is_transparent = void;
+    template<typename Unit>
+    std::size_t operator()(std::basic_string_view<Unit> name) const noexcept {
+        return std::hash<std::basic_string_view<Unit>>()(name);
+    }
+    std::size_t operator()(const std::string& name) const noexcept { return (*this)(std::string_view(name)); }
+    std::size_t operator()(const std::u16string& name) const noexcept {
+        return (*this)(std::u16string_view(name));
+    }
+};
+
 /// Names of elements by namespace and local name.
 class ElementNames {
 public:
     Element find(const unsigned short* uri, const unsigned short* localName);
 
 private:
-    std::unordered_map<std::u16string, Element> known_;
-    std::u16string key_;
+    struct Name {
+        std::u16string uri;
+        Element element;
+    };
+    /// By local name, which is short and rarely in two namespaces: hashing URIs would take most of the time.
+    std::unordered_multimap<std::u16string, Name, NameHash, std::equal_to<>> known_;
+};
+
+/// Names of attributes as the reader wants them, made once.
+class AttributeNames {
+public:
+    struct Name {
+        CTulStringW uri;
+        CTulStringW local;
+    };
+    /// The parts of a customary name.
+    const Name& of(std::string_view name);
+
+private:
+    std::unordered_map<std::string, Name, NameHash, std::equal_to<>> known_;
 };
 
 /// The attributes of a start tag by their customary names.
 class Attributes {
 public:
-    explicit Attributes(CSDAttribute& list) : list_(list) {}
+    Attributes(CSDAttribute& list, AttributeNames& names) : list_(list), names_(names) {}
 
     /// The value of an attribute such as "text:style-name"; nothing when it is absent.
     std::optional<std::string> find(std::string_view name) const;
@@ -86,6 +118,7 @@ public:
 
 private:
     CSDAttribute& list_;
+    AttributeNames& names_;
 };
 
 } // namespace command

@@ -39,8 +39,10 @@ const unsigned short* ReadAttributeList::GetValue(const unsigned short* qName) {
 const unsigned short* ReadAttributeList::GetValue(const unsigned short* uri,
                                                   const unsigned short* localName) {
     if (!localName) return nullptr;
+    const std::u16string_view local = ToView(localName);
+    const std::u16string_view space = ToView(uri);
     for (Item& item : items_)
-        if (Equal(item.name->local, localName) && Equal(item.name->uri, uri)) return valueOf(item);
+        if (item.name->local16.view() == local && item.name->uri16.view() == space) return valueOf(item);
     return nullptr;
 }
 
