@@ -35,6 +35,9 @@ std::string Attempt(const std::function<std::string()>& attempt, unsigned second
 }
 
 Endings ForEachFault(std::size_t most, const std::function<std::string(std::size_t)>& attempt) {
+#if defined(__SANITIZE_ADDRESS__)
+    most /= 4;
+#endif
     Endings endings;
     for (std::size_t number = 1;; number += IsLongRun() || number < most ? 1 : number / 16) {
         const std::string word = Attempt([&] { return attempt(number); });

@@ -1,0 +1,39 @@
+# What makes a whole build short: headers that most files include are precompiled, and files that cost little beside
+# their headers are compiled together. A compiler cache would keep neither well, so with one each file stands alone.
+if(CMAKE_CXX_COMPILER_LAUNCHER)
+  set(alone ON)
+else()
+  set(alone OFF)
+endif()
+option(ODFMODEL_COMPILE_ALONE "Compile each file by itself, without precompiled headers" ${alone})
+if(ODFMODEL_COMPILE_ALONE)
+  return()
+endif()
+
+# The generated sources: constant tables and one-line functions behind the same headers.
+set_target_properties(odfmodel_elements PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 5)
+if(ODFMODEL_SANITIZE)
+  target_compile_options(odfmodel_elements PRIVATE -O0) # halves what the checks in their tables cost to compile
+endif()
+
+set(std_headers <algorithm> <array> <filesystem> <functional> <map> <memory> <optional> <string> <string_view> <vector>)
+target_precompile_headers(odfmodel_package PRIVATE ${std_headers} <odfmodel/package/package.h>)
+target_precompile_headers(odfmodel_document PRIVATE ${std_headers} <odfmodel/odfmodel.h>)
+
+if(TARGET odfmodel_cli)
+  target_precompile_headers(odfmodel_cli PRIVATE ${std_headers} <odfmodel/odfmodel.h>)
+  set(with_options check.cpp info.cpp main.cpp password.cpp roundtrip.cpp text.cpp tree.cpp)
+  # The parser of the command line is thousands of templates in a header, and no work to be fast at.
+  list(TRANSFORM with_options PREPEND "${PROJECT_SOURCE_DIR}/cli/")
+  set_source_files_properties(${with_options} DIRECTORY "${PROJECT_SOURCE_DIR}/cli" PROPERTIES UNITY_GROUP "options")
+  set_target_properties(odfmodel_cli PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+endif()
+
+if(TARGET odfmodel_test_headers)
+  target_precompile_headers(odfmodel_test_headers PRIVATE ${std_headers}
+    <random> <regex> <thread> <gtest/gtest.h> <odfmodel/odfmodel.h> <odfmodel/core/foreign.h> <odfmodel/core/reflection.h>)
+  get_property(programs DIRECTORY "${PROJECT_SOURCE_DIR}/tests" PROPERTY ODFMODEL_TEST_PROGRAMS)
+  foreach(program IN LISTS programs)
+    target_precompile_headers(${program} REUSE_FROM odfmodel_test_headers)
+  endforeach()
+endif()
