@@ -1,6 +1,7 @@
 // Sheets from the outside: references, repeats, values, writing, and that all of it is in the saved file.
 
-#include "support/trees.h"
+#include "support/process.h"
+#include "support/workspace.h"
 
 #include <odfmodel/odfmodel.h>
 
@@ -589,4 +590,36 @@ TEST(Sheet, ATableBuiltByHandIsASheet) {
     EXPECT_EQ(ToXml(table, {}, Fidelity::Listed).find("<table:table-row/>"), std::string::npos)
         << "a row has a cell";
     EXPECT_EQ(sheet.UsedRange(), ParseRange("B3"));
+}
+
+class SheetGuide : public test::InWorkspace<> {};
+
+TEST_F(SheetGuide, ShowsTheProgramsThatWriteAndExport) {
+    const std::string source = ODFMODEL_SOURCE_DIR;
+    const std::string page = test::ReadFile(source + "/docs/guide/sheets.md");
+    for (const char* const name : {"csv_export", "workbook"}) {
+        const std::string program = test::ReadFile(source + "/examples/" + name + ".cpp");
+        EXPECT_NE(page.find(program.substr(program.find("#include"))), std::string::npos) << name;
+    }
+    const std::string examples = std::string(ODFMODEL_BUILD_DIR) + "/examples/";
+    if (!test::HasProgram(examples + "workbook")) GTEST_SKIP() << "a build without examples";
+    const std::chrono::seconds time(60);
+    ASSERT_EQ(test::Run({examples + "workbook", file("out.ods"), "3"}, time).code, 0);
+    ASSERT_EQ(test::Run({examples + "csv_export", file("out.ods"), file("out")}, time).code, 0);
+    EXPECT_EQ(test::ReadFile(file("out1.csv")),
+              R"("Order","Customer","Day","Time","Price","Discount","Paid"
+"1","Customer 0","2024-01-01","00:00:00","5 EUR","0%","TRUE"
+"2","Customer 1","2024-01-02","00:01:00","5.125 EUR","1%","FALSE"
+"3","Customer 2","2024-01-03","00:02:00","5.25 EUR","2%","FALSE"
+)");
+    EXPECT_EQ(test::ReadFile(file("out2.csv")),
+              "\"Total of all orders\",\"15.375\"\n\n\"A note of two lines,\n  and\ttabs and  blanks\"\n");
+    Document repeats =
+        FlatTable(R"(<table:table-row/><table:table-row table:number-rows-repeated="2"><table:table-cell/>
+        <table:table-cell table:number-columns-repeated="2"><text:p>a"b"</text:p></table:table-cell><table:table-cell/>
+        <table:table-cell><text:p>c</text:p></table:table-cell></table:table-row>)");
+    ASSERT_TRUE(repeats.Save(file("repeats.fods")));
+    ASSERT_EQ(test::Run({examples + "csv_export", file("repeats.fods"), file("r")}, time).code, 0);
+    const std::string line = R"(,"a""b""","a""b""",,"c")";
+    EXPECT_EQ(test::ReadFile(file("r1.csv")), "\n" + line + "\n" + line + "\n");
 }

@@ -77,24 +77,25 @@ std::unique_ptr<CSDObject> CopyOne(const CSDObject& original, ValuePool& pool) {
     return copy;
 }
 
-unsigned RepeatRow(unsigned id) noexcept {
-    static const auto find = [](const ClassDescriptor& table, std::string_view name) {
-        return static_cast<unsigned>(table.findAttribute(table.nameSpace, name));
+/// The table of rows, cells and columns, and in it the row of their repeat.
+struct Repeat {
+    const ClassDescriptor& table;
+    unsigned row;
+    Repeat(const ClassDescriptor& of, std::string_view name) noexcept
+        : table(of), row(static_cast<unsigned>(of.findAttribute(of.nameSpace, name))) {}
+};
+
+const Repeat& RepeatOfClass(unsigned id) noexcept {
+    struct All {
+        Repeat row{tables::CTableTableRow, "number-rows-repeated"};
+        Repeat cell{tables::CTableTableCell, "number-columns-repeated"};
+        Repeat coveredCell{tables::CTableCoveredTableCell, "number-columns-repeated"};
+        Repeat column{tables::CTableTableColumn, "number-columns-repeated"};
     };
-    static const unsigned rows[] = {find(tables::CTableTableRow, "number-rows-repeated"),
-                                    find(tables::CTableTableCell, "number-columns-repeated"),
-                                    find(tables::CTableCoveredTableCell, "number-columns-repeated"),
-                                    find(tables::CTableTableColumn, "number-columns-repeated")};
-    switch (id) {
-    case CTableTableRow::kId:
-        return rows[0];
-    case CTableTableCell::kId:
-        return rows[1];
-    case CTableCoveredTableCell::kId:
-        return rows[2];
-    default:
-        return rows[3];
-    }
+    static const All all;
+    if (id == CTableTableCell::kId) return all.cell;
+    if (id == CTableTableRow::kId) return all.row;
+    return id == CTableTableColumn::kId ? all.column : all.coveredCell;
 }
 
 } // namespace
@@ -164,15 +165,14 @@ bool IsCell(const CSDObject& object) noexcept {
 }
 
 std::uint32_t RepeatOf(const CSDObject& object) noexcept {
-    const std::uint64_t* const block = ObjectAccess::slots(object);
-    if (!block) return 1;
-    const unsigned words = ObjectAccess::descriptor(object)->words();
-    const std::uint64_t* const slot = AttributeSlots::find(block, words, RepeatRow(object.GetID()));
+    const Repeat& repeat = RepeatOfClass(object.GetID());
+    const std::uint64_t* const slot =
+        AttributeSlots::find(ObjectAccess::slots(object), repeat.table.words(), repeat.row);
     return slot ? std::max(static_cast<std::uint32_t>(*slot), 1U) : 1;
 }
 
 void SetRepeat(CSDObject& object, std::uint32_t repeat) {
-    if (repeat <= 1) return Unset(object, RepeatRow(object.GetID()));
+    if (repeat <= 1) return Unset(object, RepeatOfClass(object.GetID()).row);
     switch (object.GetID()) {
     case CTableTableRow::kId:
         return static_cast<CTableTableRow&>(object).SetTableNumberRowsRepeated(repeat);
