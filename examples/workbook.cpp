@@ -14,16 +14,14 @@ int main(int argc, char** argv) {
     ODF::Sheet& orders = sheets[0];
     orders.Table().SetTableName("Orders");
     orders.AppendRow({"Order", "Customer", "Day", "Time", "Price", "Discount", "Paid"});
-    const auto first = std::chrono::sys_days(std::chrono::year(2024) / 1 / 1);
     double total = 0;
     for (unsigned i = 0; i < count; ++i) {
         const double price = 5 + i % 1000 / 8.0;
         total += price;
         orders.AppendRow({i + 1, "Customer " + std::to_string(i % 97),
-                          ODF::CellValue::Date(first + std::chrono::days(i % 366)),
-                          ODF::CellValue::Time(std::chrono::minutes(i % 1440)),
-                          ODF::CellValue::Currency(price, "EUR"), ODF::CellValue::Percentage(i % 20 / 100.0),
-                          i % 3 == 0});
+                          ODF::CellValue::Date(2024, 1 + i / 28 % 12, 1 + i % 28),
+                          ODF::CellValue::Time(i / 60 % 24, i % 60), ODF::CellValue::Currency(price, "EUR"),
+                          ODF::CellValue::Percentage(i % 20 / 100.0), i % 3 == 0});
     }
 
     if (ODF::Sheet* const sums = sheets.Add("Sums")) {

@@ -216,10 +216,11 @@ TEST(Sheet, ValuesAreWrittenAsOfficeSuitesDoAndComeBack) {
         {CellValue::Date("2024-02-29"), R"(office:date-value="2024-02-29"><text:p>2024-02-29</text:p>)",
          "2024-02-29"},
         {CellValue::Date("2024-02-29T23:59:59.5"), nullptr, nullptr},
-        {CellValue::Date(std::chrono::year(1999) / 12 / 31), nullptr, "1999-12-31"},
+        {CellValue::Date(1999, 12, 31), nullptr, "1999-12-31"},
         {CellValue::Time("PT12H30M05S"), R"(office:time-value="PT12H30M05S"><text:p>12:30:05</text:p>)",
          "12:30:05"},
-        {CellValue::Time(std::chrono::milliseconds(-3723004)), nullptr, "-01:02:03.004"},
+        {CellValue::Time("-PT1H2M3.004S"), nullptr, "-01:02:03.004"},
+        {CellValue::Time(30, 5), R"(office:time-value="PT30H05M00S">)", "30:05:00"},
         {CellValue::Time("PT5M"), nullptr, "00:05:00"},
         {CellValue::Time("P1DT1H"), nullptr, "P1DT1H"},
         {"text & <more>", nullptr, "text & <more>"},
@@ -264,8 +265,9 @@ TEST(Sheet, ValuesAreWrittenAsOfficeSuitesDoAndComeBack) {
          {CellValue(std::numeric_limits<double>::infinity()),
           CellValue(std::numeric_limits<double>::quiet_NaN()),
           CellValue::Percentage(std::numeric_limits<double>::infinity()), CellValue::Date("2023-02-29"),
-          CellValue::Date("today"), CellValue::Date(""), CellValue::Date("2024-01-01T25:00:00"),
-          CellValue::Time("12:30"), CellValue::Time("PT"), CellValue::Time("P"), CellValue::Time("PT1S1H")}) {
+          CellValue::Date("today"), CellValue::Date(2024, 13, 1), CellValue::Date(""),
+          CellValue::Date("2024-01-01T25:00:00"), CellValue::Time("12:30"), CellValue::Time("PT"),
+          CellValue::Time("P"), CellValue::Time("PT1S1H")}) {
         EXPECT_FALSE(read[0].Set("A1", bad)) << bad.Text();
         EXPECT_FALSE(read[0].AppendRow({1, bad}));
     }

@@ -2,7 +2,6 @@
 
 #include <odfmodel/export.h>
 
-#include <chrono>
 #include <concepts>
 #include <string>
 #include <string_view>
@@ -33,10 +32,10 @@ public:
     }
     /// "2024-01-31" or "2024-01-31T12:30:00".
     static CellValue Date(std::string_view iso) { return {CellKind::Date, 0, std::string(iso)}; }
-    static CellValue Date(const std::chrono::year_month_day& day);
+    static CellValue Date(int year, unsigned month, unsigned day);
     /// A time of day or a duration, such as "PT12H30M00S".
     static CellValue Time(std::string_view iso) { return {CellKind::Time, 0, std::string(iso)}; }
-    static CellValue Time(std::chrono::milliseconds time);
+    static CellValue Time(unsigned hours, unsigned minutes, unsigned seconds = 0);
 
     CellKind Kind() const noexcept { return kind_; }
     bool IsEmpty() const noexcept { return kind_ == CellKind::Empty; }

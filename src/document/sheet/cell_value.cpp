@@ -2,8 +2,10 @@
 
 #include "core/codecs.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <optional>
@@ -121,26 +123,16 @@ std::string ShownPercentage(double number) {
 
 } // namespace
 
-CellValue CellValue::Date(const std::chrono::year_month_day& day) {
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%04d-%02u-%02u", static_cast<int>(day.year()),
-                  static_cast<unsigned>(day.month()), static_cast<unsigned>(day.day()));
+CellValue CellValue::Date(int year, unsigned month, unsigned day) {
+    std::array<char, 48> text{};
+    std::snprintf(text.data(), text.size(), "%04d-%02u-%02u", year, month, day);
     return Date(std::string_view(text.data()));
 }
 
-CellValue CellValue::Time(std::chrono::milliseconds time) {
-    const bool isNegative = time.count() < 0;
-    const auto total = isNegative ? 0 - static_cast<unsigned long long>(time.count())
-                                  : static_cast<unsigned long long>(time.count());
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%sPT%02lluH%02lluM%02llu", isNegative ? "-" : "",
-                  total / 3600000, total / 60000 % 60, total / 1000 % 60);
-    std::string iso = text.data();
-    if (total % 1000 != 0) {
-        std::snprintf(text.data(), text.size(), ".%03llu", total % 1000);
-        iso += text.data();
-    }
-    return Time(iso + "S");
+CellValue CellValue::Time(unsigned hours, unsigned minutes, unsigned seconds) {
+    std::array<char, 48> text{};
+    std::snprintf(text.data(), text.size(), "PT%02uH%02uM%02uS", hours, minutes, seconds);
+    return Time(std::string_view(text.data()));
 }
 
 std::string CellValue::Shown() const {
