@@ -16,11 +16,13 @@
 #include <odfmodel/core/serializer.h>
 #include <odfmodel/core/string.h>
 #include <odfmodel/core/value_objects.h>
+#include <odfmodel/document/cell_value.h>
 #include <odfmodel/document/document.h>
 #include <odfmodel/document/odf_document.h>
 #include <odfmodel/document/open_document.h>
 #include <odfmodel/document/part.h>
 #include <odfmodel/document/part_factories.h>
+#include <odfmodel/document/sheet.h>
 #include <odfmodel/elements/elements.h>
 #include <odfmodel/package/package.h>
 #include <odfmodel/serial/base_library.h>
