@@ -10,6 +10,7 @@ import itertools
 import json
 import os
 import pathlib
+import re
 import shlex
 import subprocess
 import sys
@@ -25,17 +26,19 @@ def flags_of(build):
     """Folder of `src`, or "cli" and the like, to the flags of its files, as clang understands them."""
     flags = {}
     for entry in json.loads((build / "compile_commands.json").read_text()):
-        if not os.path.realpath(entry["file"]).startswith(f"{ROOT}/") or entry["file"].startswith(str(build)):
+        # A file that is compiled together with others has no entry of its own, so what counts is the target.
+        target = re.search(r" -o (src|cli|examples)/CMakeFiles/odfmodel_(\w+)\.dir/", entry["command"])
+        if not target:
             continue
         words = [word for word in shlex.split(entry["command"])[1:] if word != "-Winvalid-pch"]
         kept = []
         while words:  # without a precompiled header, and without what is compiled into what
             word = words.pop(0)
-            if word in ("-include", "-o", "-c"):
+            if word in ("-include", "-x", "-o", "-c"):
                 words.pop(0)
             else:
                 kept.append(word)
-        flags[layer_of(os.path.relpath(entry["file"], ROOT))] = kept
+        flags[layer_of(f"{target[1]}/{target[2]}/")] = kept
     return flags
 
 

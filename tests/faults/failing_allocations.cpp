@@ -11,7 +11,7 @@ constinit thread_local bool staysOut = false;
 constinit thread_local bool isOut = false;
 constinit std::atomic<long> outstanding = 0;
 
-bool MayAllocate() noexcept {
+[[maybe_unused]] bool MayAllocate() noexcept {
     if (left < 0) return true;
     if (left > 0) {
         --left;
