@@ -44,6 +44,10 @@ std::size_t Deflater::stepBytes() const noexcept {
     return threads_ * kPieceBytes;
 }
 
+bool Deflater::isInPieces(std::span<const unsigned char> plain) const noexcept {
+    return threads_ > 1 && plain.size() >= 2 * kPieceBytes;
+}
+
 Deflater::Engine& Deflater::engine(std::size_t thread) {
     if (engines_.size() <= thread) engines_.resize(thread + 1);
     if (!engines_[thread]) engines_[thread] = std::make_unique<Engine>(level_);
@@ -79,22 +83,21 @@ std::size_t Deflater::makePieces(std::span<const unsigned char> plain, bool isLa
     return count;
 }
 
+std::span<const unsigned char> Deflater::atOnce(std::span<const unsigned char> plain, std::size_t mostBytes) {
+    const std::span<unsigned char> target = buffer_.room(mostBytes);
+    return target.first(engine(0).run(plain, target));
+}
+
 std::span<const unsigned char> Deflater::deflate(std::span<const unsigned char> plain) {
     if (plain.empty()) return {};
-    if (threads_ == 1 || plain.size() < 2 * kPieceBytes) {
-        // A target of less than the plain size makes the compressor stop where storing is as good.
-        const std::span<unsigned char> target = buffer_.room(plain.size() - 1);
-        return target.first(engine(0).run(plain, target));
-    }
+    // A target of less than the plain size makes the compressor stop where storing is as good.
+    if (!isInPieces(plain)) return atOnce(plain, plain.size() - 1);
     const std::span<const unsigned char> joined = deflateAnyway(plain);
     return joined.size() < plain.size() ? joined : std::span<const unsigned char>();
 }
 
 std::span<const unsigned char> Deflater::deflateAnyway(std::span<const unsigned char> plain) {
-    if (threads_ == 1 || plain.size() < 2 * kPieceBytes) {
-        const std::span<unsigned char> target = buffer_.room(engine(0).bound(plain.size()));
-        return target.first(engine(0).run(plain, target));
-    }
+    if (!isInPieces(plain)) return atOnce(plain, engine(0).bound(plain.size()));
     const std::size_t count = makePieces(plain, true);
     std::size_t total = 0;
     for (std::size_t i = 0; i < count; ++i)

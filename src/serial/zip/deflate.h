@@ -40,6 +40,9 @@ private:
     struct Engine;
     /// Deflates `plain` into `pieces_`; the stream goes on unless `isLast`.
     std::size_t makePieces(std::span<const unsigned char> plain, bool isLast);
+    bool isInPieces(std::span<const unsigned char> plain) const noexcept;
+    /// Deflates `plain` by itself; empty when that takes more than `mostBytes`.
+    std::span<const unsigned char> atOnce(std::span<const unsigned char> plain, std::size_t mostBytes);
     Engine& engine(std::size_t thread);
 
     const unsigned threads_;

@@ -97,7 +97,7 @@ std::vector<Entry> ReadEntries(Bytes directory) {
     return entries;
 }
 
-/// Whether the header in front of the data tells the same as the directory. `extra` is its extra field, as
+/// Whether the header before the data says the same as the directory. `extra` is its extra field, as
 /// far as it was read.
 bool Agrees(const Entry& entry, Bytes header, std::string_view name, Bytes extra) noexcept {
     if (Number32(header, 0) != kHeaderMark || name != entry.name || Number16(header, 8) != entry.method)
@@ -117,7 +117,7 @@ void FindLargeEnd(const ReadBytes& read, ArchiveLayout& layout, std::uint64_t& d
     if (directoryEnd < kLocatorSize + kLargeEndSize) return;
     const std::uint64_t locatorStart = directoryEnd - kLocatorSize;
     if (!read(locatorStart, locator) || Number32(locator, 0) != kLocatorMark) return;
-    // It lies right before its locator, or, with data of its own, where that says.
+    // It is right before its locator, or, with data of its own, where that says.
     for (const std::uint64_t place : {locatorStart - kLargeEndSize, Number64(locator, 8)}) {
         if (place > locatorStart - kLargeEndSize || !read(place, end) || Number32(end, 0) != kLargeEndMark)
             continue;

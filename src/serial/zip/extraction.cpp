@@ -13,7 +13,7 @@ namespace ODF::archive {
 
 namespace {
 
-/// What an archive may take whose members share bytes: more than an honest one would need, whoever made it.
+/// What an archive whose members share bytes may take: more than any honest one needs.
 constexpr std::uint64_t kMostOfSharing = std::uint64_t{256} << 20;
 
 struct Job {
