@@ -50,6 +50,14 @@ std::uint64_t* AttributeSlots::make(unsigned words, const std::uint16_t* rows, u
     return block;
 }
 
+void AttributeSlots::erase(std::uint64_t* block, unsigned words, unsigned row) noexcept {
+    std::uint64_t* const slot = find(block, words, row);
+    if (!slot) return;
+    const std::uint64_t* const end = block + words + Count(block, words);
+    std::memmove(slot, slot + 1, static_cast<std::size_t>(end - slot - 1) * sizeof(*slot));
+    block[row / 64] &= ~(std::uint64_t{1} << (row % 64));
+}
+
 void AttributeSlots::release(std::uint64_t* block) noexcept {
     if (!Arena::owns(block)) std::free(block);
 }

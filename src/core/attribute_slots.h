@@ -32,6 +32,8 @@ public:
     /// A block for exactly the rows in `rows`, which ascend; all slots are 0. Throws std::bad_alloc, but not
     /// with an arena, which has room for it reserved.
     static std::uint64_t* make(unsigned words, const std::uint16_t* rows, unsigned count, Arena* arena);
+    /// Takes the slot of `row` away, if it is present; what a string holds must be released before.
+    static void erase(std::uint64_t* block, unsigned words, unsigned row) noexcept;
     static void release(std::uint64_t* block) noexcept;
 
     /// Calls `visit(row, slot)` for each present attribute in table order, the extras last.

@@ -34,10 +34,10 @@ void CellIndex::build(const CSDObject& row) {
 }
 
 std::size_t CellIndex::indexOf(std::uint64_t column) const noexcept {
-    const auto behind =
+    const auto after =
         std::upper_bound(rest_->begin(), rest_->end(), column,
                          [](std::uint64_t at, const CellEntry& entry) { return at < entry.start; });
-    return static_cast<std::size_t>(behind - rest_->begin()) - 1;
+    return static_cast<std::size_t>(after - rest_->begin()) - 1;
 }
 
 CellEntry CellIndex::find(const CSDObject& row, std::uint64_t column) {
@@ -113,26 +113,13 @@ CSDObject* CellIndex::make(CSDExtObject& row, std::uint64_t column) {
 }
 
 Axis::Axis(CTableTable& table, Kind kind) : table_(table), kind_(kind) {
-    struct Level {
-        CSDExtObject* parent;
-        const std::vector<CSDObject*>& objects;
-        std::size_t next = 0;
-    };
-    std::vector<Level> levels;
-    levels.push_back({&table, ChildrenOf(table)});
-    while (!levels.empty()) {
-        Level& level = levels.back();
-        if (level.next == level.objects.size()) {
-            levels.pop_back();
-            continue;
-        }
-        CSDObject* const object = level.objects[level.next++];
-        if (object && isLine(*object))
-            lines_.push_back(
-                {end(), static_cast<CSDExtObject*>(object), level.parent, RepeatOf(*object), {}});
-        else if (object && isGroup(*object))
-            levels.push_back({static_cast<CSDExtObject*>(object), ChildrenOf(*object)});
-    }
+    using Parent = CSDExtObject*;
+    WalkBelow(table, Parent(&table), [&](CSDObject& object, Parent parent) -> std::optional<Parent> {
+        if (isGroup(object)) return static_cast<Parent>(&object);
+        if (isLine(object))
+            lines_.push_back({end(), static_cast<Parent>(&object), parent, RepeatOf(object), {}});
+        return std::nullopt;
+    });
 }
 
 bool Axis::isLine(const CSDObject& object) const noexcept {
@@ -154,16 +141,16 @@ std::size_t Axis::find(std::uint64_t index) noexcept {
         return i < lines_.size() && lines_[i].start <= index && index < lines_[i].end();
     };
     if (!has(last_) && !has(++last_)) {
-        const auto behind =
+        const auto after =
             std::upper_bound(lines_.begin(), lines_.end(), index,
                              [](std::uint64_t at, const Line& line) { return at < line.start; });
-        last_ = static_cast<std::size_t>(behind - lines_.begin()) - 1;
+        last_ = static_cast<std::size_t>(after - lines_.begin()) - 1;
     }
     return last_;
 }
 
-/// Where in the table the next line belongs: behind the last one, which may be in a group.
-std::size_t Axis::placeBehind() const noexcept {
+/// Where in the table the next line belongs: after the last one, which may be in a group.
+std::size_t Axis::placeAfterLast() const noexcept {
     const std::vector<CSDObject*>& children = ChildrenOf(table_);
     if (!lines_.empty() && lines_.back().parent == &table_)
         return PositionOf(children, lines_.back().element, children.size()) + 1;
@@ -172,7 +159,7 @@ std::size_t Axis::placeBehind() const noexcept {
         return child && (self->isLine(*child) || self->isGroup(*child));
     });
     if (last != children.rend()) return static_cast<std::size_t>(children.rend() - last);
-    // The first line: in front of the rows for a column, behind what else comes first for a row.
+    // The first line: a column goes before the rows, a row after all else that comes first.
     const auto first = std::find_if(children.begin(), children.end(), [](const CSDObject* child) {
         const unsigned id = child ? child->GetID() : 0;
         return id == CTableTableRow::kId || id == CTableTableRowGroup::kId || id == CTableTableRows::kId ||
@@ -187,7 +174,7 @@ void Axis::append(std::uint32_t count) {
     std::unique_ptr<CSDObject> element(kind_ == Kind::Rows ? CTableTableRow::Create()
                                                            : CTableTableColumn::Create());
     if (count > 1) SetRepeat(*element, count);
-    auto* const added = static_cast<CSDExtObject*>(Insert(table_, placeBehind(), std::move(element)));
+    auto* const added = static_cast<CSDExtObject*>(Insert(table_, placeAfterLast(), std::move(element)));
     lines_.push_back({end(), added, &table_, count, {}});
 }
 

@@ -36,7 +36,7 @@ private:
     std::size_t indexOf(std::uint64_t column) const noexcept;
     void append(CSDExtObject& row, std::uint32_t repeat);
 
-    std::uint32_t plain_ = kUnknown; ///< cells in front for which column and position are the same
+    std::uint32_t plain_ = kUnknown; ///< cells at the start for which column and position are the same
     std::unique_ptr<std::vector<CellEntry>> rest_;
 };
 
@@ -63,17 +63,17 @@ public:
     const std::vector<Line>& lines() const noexcept { return lines_; }
     /// Rows or columns in all.
     std::uint64_t end() const noexcept { return lines_.empty() ? 0 : lines_.back().end(); }
-    /// The line with that index; `kNone` behind the last.
+    /// The line with that index; `kNone` after the last.
     std::size_t find(std::uint64_t index) noexcept;
     /// The line of this index alone, made or divided off; a new row has no cell.
     Line& make(std::uint64_t index);
-    /// Adds `count` lines behind the last, as one element.
+    /// Adds `count` lines after the last, as one element.
     void append(std::uint32_t count);
 
 private:
     bool isLine(const CSDObject& object) const noexcept;
     bool isGroup(const CSDObject& object) const noexcept;
-    std::size_t placeBehind() const noexcept;
+    std::size_t placeAfterLast() const noexcept;
 
     CTableTable& table_;
     Kind kind_;

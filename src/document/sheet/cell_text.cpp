@@ -26,7 +26,7 @@ bool IsBlock(unsigned id) noexcept {
            id == CTextSection::kId || id == CTextNumberedParagraph::kId;
 }
 
-/// Within a paragraph, but no part of its text: shapes, notes, what is read beside the line.
+/// Within a paragraph, but no part of its text: shapes, notes, what is read apart from the line.
 bool IsBeside(const CSDObject& object) noexcept {
     const ClassDescriptor* const table = ObjectAccess::descriptor(object);
     if (!table) return !ObjectAccess::isTextRun(object);
@@ -45,28 +45,28 @@ class Lines {
 public:
     void startParagraph() {
         if (hasParagraph_) text_ += '\n';
-        hasParagraph_ = isBehindBlank_ = true;
+        hasParagraph_ = isAfterBlank_ = true;
     }
     void add(std::u16string_view text) {
         for (const char c : ToUtf8(text)) {
             const bool isBlank = IsBlank(c);
             if (!isBlank)
                 text_ += c;
-            else if (!isBehindBlank_)
+            else if (!isAfterBlank_)
                 text_ += ' ';
-            isBehindBlank_ = isBlank;
+            isAfterBlank_ = isBlank;
         }
     }
     void add(std::size_t count, char c) {
         text_.append(count, c);
-        isBehindBlank_ = false;
+        isAfterBlank_ = false;
     }
     std::string take() noexcept { return std::move(text_); }
 
 private:
     std::string text_;
     bool hasParagraph_ = false;
-    bool isBehindBlank_ = true;
+    bool isAfterBlank_ = true;
 };
 
 /// Takes what the object itself says; true when what lies below it is to be read too.
@@ -112,15 +112,15 @@ const CSDObject* OnlyRun(const CSDObject& cell) noexcept {
 /// Whether XML keeps the text as it is: no blank but single ones between other characters.
 template<typename Unit>
 bool IsPlain(std::basic_string_view<Unit> text) noexcept {
-    bool isBehindBlank = true;
+    bool isAfterBlank = true;
     for (const Unit unit : text) {
         const auto c = static_cast<std::uint32_t>(unit) & (sizeof(Unit) == 1 ? 0xFFU : 0xFFFFU);
         if (c > ' ') {
-            isBehindBlank = false;
+            isAfterBlank = false;
             continue;
         }
-        if (isBehindBlank || c != ' ') return false;
-        isBehindBlank = true;
+        if (isAfterBlank || c != ' ') return false;
+        isAfterBlank = true;
     }
     return text.empty() || text.back() != Unit(' ');
 }
@@ -138,7 +138,7 @@ void AddLine(CTextP& paragraph, std::string_view line) {
             ++at;
             continue;
         }
-        // Blanks that XML would lose: at the start, behind a tab or another blank, at the end.
+        // Blanks that XML would lose: at the start, after a tab or another blank, at the end.
         std::size_t blanks = std::min(line.find_first_not_of(' ', at), line.size()) - at;
         if (blanks > 0) {
             at += blanks;
@@ -170,23 +170,10 @@ std::string CellText(const CSDObject& cell) {
         if (IsPlain(text)) return ToUtf8(text);
     }
     Lines lines;
-    struct Level {
-        const std::vector<CSDObject*>& objects;
-        bool isInParagraph;
-        std::size_t next = 0;
-    };
-    std::vector<Level> levels;
-    levels.push_back({ChildrenOf(cell), false});
-    while (!levels.empty()) {
-        Level& level = levels.back();
-        if (level.next == level.objects.size()) {
-            levels.pop_back();
-            continue;
-        }
-        const CSDObject* const object = level.objects[level.next++];
-        if (object && Enter(*object, level.isInParagraph, lines))
-            levels.push_back({ChildrenOf(*object), level.isInParagraph || IsParagraph(object->GetID())});
-    }
+    WalkBelow(cell, false, [&](const CSDObject& object, bool isInParagraph) -> std::optional<bool> {
+        if (!Enter(object, isInParagraph, lines)) return std::nullopt;
+        return isInParagraph || IsParagraph(object.GetID());
+    });
     return lines.take();
 }
 

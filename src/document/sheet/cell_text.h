@@ -7,8 +7,8 @@
 
 namespace ODF {
 
-/// The text of a cell: its paragraphs, also those in lists, with line ends between them. Blanks, tabs and
-/// line ends are what the format's elements stand for. Notes and shapes aren't part of it.
+/// The text of a cell: its paragraphs, also those in lists, one a line. The elements for blanks, tabs and
+/// line ends become these characters. Notes and shapes aren't part of it.
 std::string CellText(const CSDObject& cell);
 /// Whether the child of a cell is part of its text.
 bool IsCellText(const CSDObject& child) noexcept;

@@ -106,10 +106,11 @@ std::string ShownTime(const std::string& iso) {
     if (!duration || !duration->date.empty()) return iso;
     const auto padded = [](std::string_view number) {
         const std::size_t whole = std::min(number.size(), number.find('.'));
-        return std::string(whole < 2 ? 2 - whole : 0, '0') + std::string(number);
+        return std::string(whole < 2 ? 2 - whole : 0, '0').append(number);
     };
-    return (duration->isNegative ? "-" : "") + padded(duration->hours) + ":" + padded(duration->minutes) +
-           ":" + padded(duration->seconds);
+    std::string text(duration->isNegative ? "-" : "");
+    text.append(padded(duration->hours)).append(1, ':').append(padded(duration->minutes));
+    return text.append(1, ':').append(padded(duration->seconds));
 }
 
 /// With the digits that a hundredfold number has: 0.07 is 7, not 7.000000000000001.

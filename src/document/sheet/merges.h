@@ -18,7 +18,7 @@ private:
         CellRange range;
         bool isEachRow;      ///< each row of the range is merged by itself: the row is repeated
         bool isEachColumn;   ///< the same for its columns
-        std::uint32_t reach; ///< the last row of this and all ranges in front
+        std::uint32_t reach; ///< the last row of this and all earlier ranges
     };
     std::vector<Merge> merges_; ///< by their first rows
 };

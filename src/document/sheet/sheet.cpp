@@ -81,7 +81,7 @@ struct Sheet::State {
     std::optional<Axis> rowAxis;
     std::optional<Axis> columnAxis;
     std::optional<Merges> merges;
-    /// The row behind the last used one, while it is known.
+    /// The row after the last used one, while it is known.
     std::optional<std::uint64_t> nextRow;
 
     Axis& rows() {
@@ -93,7 +93,7 @@ struct Sheet::State {
         return *columnAxis;
     }
     CellEntry find(std::uint32_t row, std::uint32_t column);
-    std::uint64_t behindLastUsed();
+    std::uint64_t afterLastUsed();
     void requireColumns(std::uint64_t count);
     CSDExtObject* makeCell(std::uint32_t row, std::uint32_t column);
     bool write(std::uint32_t row, std::uint32_t column, const CellValue& value, std::string_view formula);
@@ -106,7 +106,7 @@ CellEntry Sheet::State::find(std::uint32_t row, std::uint32_t column) {
     return line.cells.find(*line.element, column);
 }
 
-std::uint64_t Sheet::State::behindLastUsed() {
+std::uint64_t Sheet::State::afterLastUsed() {
     if (!nextRow) {
         const std::vector<Line>& lines = rows().lines();
         const auto last = std::find_if(lines.rbegin(), lines.rend(),
@@ -116,7 +116,7 @@ std::uint64_t Sheet::State::behindLastUsed() {
     return *nextRow;
 }
 
-/// Columns that have cells are told by column elements, too. An own one without a style grows.
+/// Makes column elements for that many columns. A last one without a style of its own grows.
 void Sheet::State::requireColumns(std::uint64_t count) {
     if (columns().end() >= count) return;
     const auto missing = static_cast<std::uint32_t>(count - columns().end());
@@ -278,7 +278,7 @@ bool Sheet::SetFormula(std::string_view name, std::string_view formula, const Ce
 }
 
 std::optional<std::uint32_t> Sheet::AppendRow(std::span<const CellValue> values) {
-    const std::uint64_t index = state_->behindLastUsed();
+    const std::uint64_t index = state_->afterLastUsed();
     if (index > kMaxSheetIndex || values.size() > kMaxSheetIndex) return std::nullopt;
     if (!std::all_of(values.begin(), values.end(), [](const CellValue& value) { return value.IsValid(); }))
         return std::nullopt;

@@ -105,15 +105,15 @@ Sheet* Sheets::Add(std::string_view name) {
     table.SetTableName(CTulStringW(name));
     table.SetTableTableColumn();
     table.SetTableTableRow()->SetTableTableCell();
-    // Names, ranges and the like stand behind the tables.
+    // Names, ranges and the like come after the tables.
     const std::vector<CSDObject*>& children = ChildrenOf(*spreadsheet_);
-    const auto isBehind = [](const CSDObject* child) {
+    const auto comesAfter = [](const CSDObject* child) {
         const unsigned id = child ? child->GetID() : 0;
         return id == CTableNamedExpressions::kId || id == CTableDatabaseRanges::kId;
     };
     const std::size_t place =
-        sheets_.empty() ? static_cast<std::size_t>(std::find_if(children.begin(), children.end(), isBehind) -
-                                                   children.begin())
+        sheets_.empty() ? static_cast<std::size_t>(
+                              std::find_if(children.begin(), children.end(), comesAfter) - children.begin())
                         : PositionOf(children, &sheets_.back().Table(), children.size()) + 1;
     sheets_.reserve(sheets_.size() + 1);
     Sheet added(table);

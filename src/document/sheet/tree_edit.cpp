@@ -7,7 +7,6 @@
 #include "classes.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string>
 #include <utility>
 
@@ -133,10 +132,7 @@ void Unset(CSDObject& object, unsigned row) noexcept {
     if (!slot) return;
     if (Extras* const extras = ObjectAccess::extras(object)) extras->forget(row);
     if (table->attributes[row].kind == ValueKind::String) AttributeSlots::text(slot).~CTulStringW();
-    std::uint64_t* end = block + table->words();
-    AttributeSlots::forEach(block, table->words(), [&end](unsigned, std::uint64_t*) { ++end; });
-    std::memmove(slot, slot + 1, static_cast<std::size_t>(end - slot - 1) * sizeof(*slot));
-    block[row / 64] &= ~(std::uint64_t{1} << (row % 64));
+    AttributeSlots::erase(block, table->words(), row);
 }
 
 CSDObject* Insert(CSDExtObject& parent, std::size_t position, std::unique_ptr<CSDObject> child) {
@@ -188,12 +184,12 @@ void SetRepeat(CSDObject& object, std::uint32_t repeat) {
 Pieces Isolate(CSDExtObject& parent, std::size_t position, std::uint32_t offset) {
     CSDObject& object = *ChildrenOf(parent)[position];
     const std::uint32_t repeat = RepeatOf(object);
-    const std::uint32_t behind = repeat - 1 - offset;
+    const std::uint32_t following = repeat - 1 - offset;
     std::unique_ptr<CSDObject> before = offset > 0 ? Clone(object) : nullptr;
-    std::unique_ptr<CSDObject> after = behind > 0 ? Clone(object) : nullptr;
+    std::unique_ptr<CSDObject> after = following > 0 ? Clone(object) : nullptr;
     const Pieces pieces{before != nullptr, after != nullptr};
     if (before) SetRepeat(*before, offset);
-    if (after) SetRepeat(*after, behind);
+    if (after) SetRepeat(*after, following);
     // With room for both nothing below fails.
     std::vector<CSDObject*>& list = *parent.GetObjectList();
     if (list.capacity() < list.size() + 2) list.reserve(std::max(list.size() * 2, list.size() + 2));
