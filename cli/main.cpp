@@ -51,7 +51,7 @@ int main(int argc, char** argv) {
     command::ExitCode exitCode = command::ExitCode::Failure;
     try {
         std::ios::sync_with_stdio(false);
-        // A reader that leaves is told by the write, so that nothing is left half done.
+        // When the reader of a pipe goes away the write fails, and the program can still clean up.
         std::signal(SIGPIPE, SIG_IGN);
         exitCode = Run(argc, argv);
     } catch (const std::bad_alloc&) {

@@ -98,16 +98,14 @@ Element Find(const std::string& name) {
 } // namespace
 
 Element ElementNames::find(const unsigned short* uri, const unsigned short* localName) {
-    const std::u16string_view space = ToView(uri);
-    const std::u16string_view local = ToView(localName);
-    const auto [first, last] = known_.equal_range(local);
-    for (auto at = first; at != last; ++at)
-        if (at->second.uri == space) return at->second.element;
-    const std::string_view prefix = ODF::PrefixOfNamespace(ODF::ToUtf8(space));
+    const Key key{ToView(uri), ToView(localName)};
+    if (const auto known = known_.find(key); known != known_.end()) return known->second;
+    const std::string_view prefix = ODF::PrefixOfNamespace(ODF::ToUtf8(key.uri));
     const Element element =
-        prefix.empty() ? Element::Other : Find(std::string(prefix) + ":" + ODF::ToUtf8(local));
+        prefix.empty() ? Element::Other : Find(std::string(prefix) + ":" + ODF::ToUtf8(key.local));
     constexpr std::size_t kMaxKnown = 4096; // more names only a hostile file has
-    if (known_.size() < kMaxKnown) known_.emplace(local, Name{std::u16string(space), element});
+    if (known_.size() < kMaxKnown)
+        known_.emplace(Key{names_.emplace_back(key.uri), names_.emplace_back(key.local)}, element);
     return element;
 }
 

@@ -3,6 +3,8 @@
 #include <odfmodel/core/attribute.h>
 #include <odfmodel/core/string.h>
 
+#include <algorithm>
+#include <deque>
 #include <functional>
 #include <optional>
 #include <string>
@@ -63,16 +65,11 @@ enum class Element {
     MathToken,
 };
 
-/// For tables that are searched without making a string first.
+/// For a table of strings that is searched without making one.
 struct NameHash {
     using is_transparent = void;
-    template<typename Unit>
-    std::size_t operator()(std::basic_string_view<Unit> name) const noexcept {
-        return std::hash<std::basic_string_view<Unit>>()(name);
-    }
-    std::size_t operator()(const std::string& name) const noexcept { return (*this)(std::string_view(name)); }
-    std::size_t operator()(const std::u16string& name) const noexcept {
-        return (*this)(std::u16string_view(name));
+    std::size_t operator()(std::string_view name) const noexcept {
+        return std::hash<std::string_view>()(name);
     }
 };
 
@@ -82,12 +79,22 @@ public:
     Element find(const unsigned short* uri, const unsigned short* localName);
 
 private:
-    struct Name {
-        std::u16string uri;
-        Element element;
+    struct Key {
+        std::u16string_view uri;
+        std::u16string_view local;
+        bool operator==(const Key&) const = default;
     };
-    /// By local name, which is short and rarely in two namespaces: hashing URIs would take most of the time.
-    std::unordered_multimap<std::u16string, Name, NameHash, std::equal_to<>> known_;
+    /// By the local name and the last units of the URI, in which namespaces differ.
+    struct KeyHash {
+        std::size_t operator()(const Key& key) const noexcept {
+            constexpr std::size_t kUnits = 8;
+            const std::hash<std::u16string_view> hash;
+            const std::size_t skipped = key.uri.size() - std::min(key.uri.size(), kUnits);
+            return hash(key.local) * 31 + hash(key.uri.substr(skipped)) + key.uri.size();
+        }
+    };
+    std::unordered_map<Key, Element, KeyHash> known_;
+    std::deque<std::u16string> names_; ///< what the keys view
 };
 
 /// Names of attributes as the reader wants them, made once.

@@ -25,7 +25,7 @@ using Reader = std::unique_ptr<CSDSaxReader, decltype(&ReleaseSaxReader)>;
 TEST(ParsingWork, OfSomethingLong) {
     constexpr std::size_t kLong = 3'000'000;
     const std::string filling(kLong, 'x');
-    const std::string longContent[] = {
+    std::string longContent[] = {
         test::TextContent("<!--" + filling + "--><text:p/>"),
         test::TextContent("<text:p text:style-name='" + filling + "'/>"),
         test::TextContent("<text:p>" + filling + "</text:p>"),
@@ -34,6 +34,10 @@ TEST(ParsingWork, OfSomethingLong) {
         test::TextContent("<text:p><![CDATA[" + filling + "]]></text:p>"),
         "<!DOCTYPE x [<!ENTITY y '" + filling + "'>]>" + test::TextContent("<text:p/>").substr(38),
     };
+    // The other reader leaves a declaration that isn't in plain words to the one whose work is counted.
+    for (std::string& xml : longContent)
+        if (const std::size_t name = xml.find("UTF-8"); name != std::string::npos)
+            xml.replace(name, 5, "Utf-8");
     const test::TemporaryFolder folder;
     CSDDefaultHandler handler;
     const auto inChunks = [&handler](std::size_t size) {

@@ -1,5 +1,7 @@
 // The tokeniser accepts nothing that libexpat doesn't, and gives the same events.
 
+#include "serial/xml/tokenizer.h"
+#include "serial/xml/window.h"
 #include "support/corpus.h"
 #include "support/files.h"
 #include "support/packages.h"
@@ -7,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <random>
 
@@ -191,6 +194,38 @@ TEST(Tokenizer, ReadsTheMembersOfRealDocumentsByItself) {
             const bool isPlain = bytes.find("<!DOCTYPE") == std::string::npos;
             EXPECT_EQ(both.isSure, both.isWellFormed && isPlain) << sample.name << ' ' << name;
         }
+    }
+}
+
+TEST(Tokenizer, ReadsWhatIsLongAFewTimesAtMost) {
+    struct Nothing final : ODF::xml::ParserEvents {
+        void startElement(std::string_view, ODF::xml::Attributes) override {}
+        void endElement(std::string_view) override {}
+        void characterData(std::string_view, bool) override {}
+    } events;
+    const std::string filling(3'000'000, 'x');
+    for (const std::string& xml :
+         {"<a><!--" + filling + "--></a>", "<a b='" + filling + "'/>", "<a>" + filling + "</a>",
+          "<a><?x " + filling + "?></a>", "<" + filling + "/>", "<a><![CDATA[" + filling + "]]></a>"}) {
+        ODF::xml::ParseControl control;
+        ODF::xml::Tokenizer tokenizer(events, control, true);
+        ODF::xml::Window window(xml.size());
+        std::size_t given = 0;
+        std::size_t parsed = 0;
+        auto outcome = ODF::xml::Tokenizer::Outcome::More;
+        while (outcome == ODF::xml::Tokenizer::Outcome::More) {
+            ASSERT_TRUE(window.grow());
+            const std::size_t count = std::min(window.roomBytes(), xml.size() - given);
+            std::copy_n(xml.data() + given, count, window.room());
+            window.add(count);
+            given += count;
+            parsed += window.view().size();
+            outcome = tokenizer.parse(window.view(), given == xml.size());
+            window.drop(tokenizer.consumed());
+        }
+        EXPECT_EQ(outcome, ODF::xml::Tokenizer::Outcome::Done);
+        EXPECT_GE(parsed, xml.size());
+        EXPECT_LE(parsed, xml.size() * 4) << xml.substr(0, 10);
     }
 }
 

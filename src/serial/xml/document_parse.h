@@ -29,7 +29,7 @@ public:
                   bool wantsDetails) noexcept
         : events_(events), control_(control), limits_(limits), wantsDetails_(wantsDetails) {}
 
-    /// Is told how many bytes the document has, as far as they are known, before they are parsed.
+    /// Called with the number of bytes that the document is known to have, before these are parsed.
     std::function<void(std::uint64_t)> onBytes;
 
     ParseResult memory(std::string_view document);

@@ -61,7 +61,7 @@ struct ExpatParser::Callbacks {
         });
     }
     static void end(void* data, const char* name) {
-        // The end of an empty element is told of after its tag, as a token without bytes.
+        // The end of an empty element comes after its tag, as a token without bytes.
         auto& parser = *static_cast<ExpatParser*>(data);
         if (parser.passedOver_ > 0 && XML_GetCurrentByteCount(parser.parser_) == 0 &&
             static_cast<std::uint64_t>(XML_GetCurrentByteIndex(parser.parser_)) == parser.passedOver_)

@@ -21,7 +21,7 @@ namespace ODF::xml {
 ///
 /// - A document that it calls `Done` is well formed, and its events are those that libexpat would deliver.
 /// - Events are delivered for whole tokens only, after the token has been checked to its last byte. Before
-///   `Unsure` come exactly the events of the tokens in front of `offset`, each of which begins where
+///   `Unsure` come exactly the events of the tokens before `offset`, each of which begins where
 ///   libexpat has a token begin too; so the events from there on are the rest.
 /// - It reads no byte outside what it is given. What is cut by the end of a piece is left, and is read again
 ///   in the next piece, which has to begin with it. A caller that doubles its pieces while nothing is
