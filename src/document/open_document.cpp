@@ -240,7 +240,7 @@ Status Document::State::readMainTrees(Diagnostics& diagnostics, const ProgressCa
     std::uint64_t total = 0;
     for (const std::string_view member : kMain)
         total += package.sizeOf(member);
-    ProgressCallback ofMember; // tells of all of them what the package tells of one
+    ProgressCallback ofMember; // turns the progress of one member into that of all four
     if (progress)
         ofMember = [&](Progress state) {
             state.done = done + std::min(state.done, state.total) / 2; // its tree is the other half

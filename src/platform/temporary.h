@@ -50,7 +50,7 @@ private:
     OutputFile file_;
 };
 
-/// A new file beside the one it shall replace. It is deleted again unless `replace` has succeeded; where the
+/// A new file next to the one it shall replace. It is deleted again unless `replace` has succeeded; where the
 /// file system can, it has no name until then, so that nothing is left of it when the process is killed.
 class ReplacementFile {
 public:

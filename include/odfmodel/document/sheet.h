@@ -40,7 +40,7 @@ class Document;
 inline constexpr std::uint32_t kMaxSheetIndex = 0x7FFFFFFF;
 
 /// @name References
-/// Indexes start at 0, names at "A1". Letters may be small, and `$` may stand where it does in formulas.
+/// Indexes start at 0, names at "A1". Letters may be small, and `$` is allowed where formulas have it.
 /// Nothing comes back for any other text, or a place beyond `kMaxSheetIndex`.
 /// @{
 struct CellAddress {
@@ -60,7 +60,7 @@ struct CellRange {
 };
 ODFMODEL_API std::optional<std::uint32_t> ParseColumn(std::string_view name);
 ODFMODEL_API std::optional<CellAddress> ParseCell(std::string_view name);
-/// "A1:B3"; corners may stand in any order, and a single cell is a range too.
+/// Reads "A1:B3". The corners may come in any order, and "A1" is a range of one cell.
 ODFMODEL_API std::optional<CellRange> ParseRange(std::string_view name);
 ODFMODEL_API std::string PrintColumn(std::uint32_t column);
 ODFMODEL_API std::string PrintCell(const CellAddress& cell);
@@ -68,7 +68,7 @@ ODFMODEL_API std::string PrintCell(const CellAddress& cell);
 ODFMODEL_API std::string PrintRange(const CellRange& range);
 /// @}
 
-/// A cell as it stands in the tree, or a place without one. Cheap to copy; it is good until the sheet is
+/// A cell of the tree, or a place that has none. Cheap to copy. Use it until the sheet is
 /// written to or the tree changes.
 class ODFMODEL_API SheetCell {
 public:
@@ -104,7 +104,7 @@ private:
     std::uint32_t repeat_ = 1;
 };
 
-/// A row as it stands in the tree, or a place without one. As short-lived as a `SheetCell`.
+/// A row of the tree, or a place that has none. Use it no longer than a `SheetCell`.
 class ODFMODEL_API SheetRow {
 public:
     /// The place that was asked for; in an iteration the first that the element stands for.
@@ -157,7 +157,7 @@ private:
 
     const std::vector<CSDObject*>* children_ = nullptr;
     std::size_t next_ = 0;
-    std::uint64_t column_ = 0; ///< behind the present cell
+    std::uint64_t column_ = 0; ///< after the present cell
     bool isUsedOnly_ = false;
     SheetCell cell_;
 };
@@ -246,7 +246,7 @@ public:
     bool SetFormula(std::uint32_t row, std::uint32_t column, std::string_view formula,
                     const CellValue& result = {});
     bool SetFormula(std::string_view name, std::string_view formula, const CellValue& result = {});
-    /// Fills the row behind the last used one from column 0 on. Returns its index; nothing when it has no
+    /// Fills the row after the last used one from column 0 on. Returns its index; nothing when it has no
     /// place or a value can't be held. Constant time, on average, for each cell.
     std::optional<std::uint32_t> AppendRow(std::span<const CellValue> values);
     std::optional<std::uint32_t> AppendRow(std::initializer_list<CellValue> values) {
@@ -333,7 +333,7 @@ public:
     Sheet& operator[](std::size_t index) noexcept { return sheets_[index]; }
     /// The sheet of that name, or null. Borrowed until a sheet is added.
     Sheet* Find(std::string_view name);
-    /// Adds an empty sheet behind the last; null when the name is empty or in use, or there is no
+    /// Adds an empty sheet after the last; null when the name is empty or in use, or there is no
     /// spreadsheet.
     Sheet* Add(std::string_view name);
     /// The named ranges of the document and of its sheets, without those that are no single range.

@@ -25,7 +25,7 @@ void WriteManifest(CSDSerializer& serializer, const PartMap& parts, const Map& f
 /// Writes the text of the `.rels` member that holds the links of `source`.
 void WriteRelationshipSet(CSDSerializer& serializer, IRelationships& set, const CTulStringW& source);
 /// The same with the file's own words for the links that are as they were, in the order of the file, and the
-/// others behind them.
+/// others after them.
 void WriteKeptRelationshipSet(CSDSerializer& serializer, IRelationships& set, const CTulStringW& source,
                               const std::vector<KeptLink>& kept, const PartRegistry& registry);
 /// The parts of the same text for writers of their own.
