@@ -84,7 +84,7 @@ namespace {
 Path RecordFolder(const Path& directory) {
     const Path common(P_tmpdir);
     const bool isCommon = IsFolder(common) && access(Native(common), W_OK | X_OK) == 0;
-    const Path folder = (isCommon ? common : directory) / Path(".odfmodel-" + std::to_string(geteuid()));
+    Path folder = (isCommon ? common : directory) / Path(".odfmodel-" + std::to_string(geteuid()));
     if (mkdir(Native(folder), 0700) == 0) return folder;
     struct stat status {};
     const bool isOurs = lstat(Native(folder), &status) == 0 && S_ISDIR(status.st_mode) &&
