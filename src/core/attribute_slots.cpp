@@ -39,6 +39,12 @@ std::uint64_t* AttributeSlots::require(std::uint64_t*& block, unsigned words, un
     return slot;
 }
 
+void AttributeSlots::erase(std::uint64_t* block, unsigned words, unsigned row) noexcept {
+    std::uint64_t* const slot = block + words + rank(block, row);
+    std::copy(slot + 1, block + words + Count(block, words), slot);
+    block[row / 64] &= ~(std::uint64_t{1} << (row % 64));
+}
+
 std::uint64_t* AttributeSlots::make(unsigned words, const std::uint16_t* rows, unsigned count, Arena* arena) {
     const std::size_t byteCount = (words + count) * sizeof(std::uint64_t);
     auto* const block =
