@@ -12,6 +12,7 @@
 #include <odfmodel/core/object.h>
 #include <odfmodel/core/part.h>
 #include <odfmodel/core/progress.h>
+#include <odfmodel/core/ranges.h>
 #include <odfmodel/core/reflection.h>
 #include <odfmodel/core/serializer.h>
 #include <odfmodel/core/string.h>
@@ -23,6 +24,7 @@
 #include <odfmodel/document/part.h>
 #include <odfmodel/document/part_factories.h>
 #include <odfmodel/document/sheet.h>
+#include <odfmodel/document/text.h>
 #include <odfmodel/elements/elements.h>
 #include <odfmodel/package/package.h>
 #include <odfmodel/serial/base_library.h>

@@ -39,6 +39,12 @@ std::uint64_t* AttributeSlots::require(std::uint64_t*& block, unsigned words, un
     return slot;
 }
 
+void AttributeSlots::erase(std::uint64_t* block, unsigned words, unsigned row) noexcept {
+    std::uint64_t* const slot = block + words + rank(block, row);
+    std::copy(slot + 1, block + words + Count(block, words), slot);
+    block[row / 64] &= ~(std::uint64_t{1} << (row % 64));
+}
+
 std::uint64_t* AttributeSlots::make(unsigned words, const std::uint16_t* rows, unsigned count, Arena* arena) {
     const std::size_t byteCount = (words + count) * sizeof(std::uint64_t);
     auto* const block =
@@ -48,14 +54,6 @@ std::uint64_t* AttributeSlots::make(unsigned words, const std::uint16_t* rows, u
     for (unsigned i = 0; i < count; ++i)
         block[rows[i] / 64] |= std::uint64_t{1} << (rows[i] % 64);
     return block;
-}
-
-void AttributeSlots::erase(std::uint64_t* block, unsigned words, unsigned row) noexcept {
-    std::uint64_t* const slot = find(block, words, row);
-    if (!slot) return;
-    const std::uint64_t* const end = block + words + Count(block, words);
-    std::memmove(slot, slot + 1, static_cast<std::size_t>(end - slot - 1) * sizeof(*slot));
-    block[row / 64] &= ~(std::uint64_t{1} << (row % 64));
 }
 
 void AttributeSlots::release(std::uint64_t* block) noexcept {

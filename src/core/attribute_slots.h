@@ -29,11 +29,11 @@ public:
 
     /// The slot of `row`, made with the value 0 when it is absent; the block may move. Throws std::bad_alloc.
     static std::uint64_t* require(std::uint64_t*& block, unsigned words, unsigned row);
+    /// Closes the slot of `row`, which is present and whose text is gone already; later slots move.
+    static void erase(std::uint64_t* block, unsigned words, unsigned row) noexcept;
     /// A block for exactly the rows in `rows`, which ascend; all slots are 0. Throws std::bad_alloc, but not
     /// with an arena, which has room for it reserved.
     static std::uint64_t* make(unsigned words, const std::uint16_t* rows, unsigned count, Arena* arena);
-    /// Takes the slot of `row` away, if it is present; what a string holds must be released before.
-    static void erase(std::uint64_t* block, unsigned words, unsigned row) noexcept;
     static void release(std::uint64_t* block) noexcept;
 
     /// Calls `visit(row, slot)` for each present attribute in table order, the extras last.

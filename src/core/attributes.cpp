@@ -311,6 +311,22 @@ void CSDObject::SetAttribute(const ClassDescriptor& table, unsigned row, float v
     SetAttribute(table, row, static_cast<double>(value));
 }
 
+bool CSDObject::UnsetAttribute(unsigned row) noexcept {
+    const ClassDescriptor* const table = Descriptor();
+    ODF::Extras* const extras = ODF::ObjectAccess::extras(*this);
+    const bool hasWords = extras && extras->find(row);
+    if (hasWords) extras->forget(row);
+    std::uint64_t* const slot = AttributeSlots::find(slots_, table->words(), row);
+    if (!slot) return hasWords;
+    if (table->attributes[row].kind == ValueKind::String) AttributeSlots::text(slot).~CTulStringW();
+    AttributeSlots::erase(slots_, table->words(), row);
+    return true;
+}
+
+CTulStringW CSDObject::SpellNumber(double number) {
+    return CTulStringW(ODF::PrintExactly(number).view());
+}
+
 bool CSDObject::SameAttributes(const ClassDescriptor& table, const CSDObject& a,
                                const CSDObject& b) noexcept {
     const unsigned words = table.words();

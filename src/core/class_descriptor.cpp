@@ -85,4 +85,11 @@ int ClassDescriptor::findAttribute(NamespaceIndex owner, std::string_view localN
     });
 }
 
+int ClassDescriptor::findAttribute(std::string_view qualifiedName) const noexcept {
+    const std::size_t colon = qualifiedName.find(':');
+    if (colon == std::string_view::npos) return findAttribute(kNoNamespace, qualifiedName);
+    return findAttribute(FindNamespaceByPrefix(qualifiedName.substr(0, colon)),
+                         qualifiedName.substr(colon + 1));
+}
+
 } // namespace ODF

@@ -104,6 +104,8 @@ struct ClassDescriptor {
     std::span<const AttributeRow> rows() const noexcept { return {attributes, attributeCount}; }
     /// Row of the attribute, or -1.
     int findAttribute(NamespaceIndex owner, std::string_view localName) const noexcept;
+    /// The same by the name with its customary prefix.
+    int findAttribute(std::string_view qualifiedName) const noexcept;
     /// Words of presence bits in front of the values; one bit more than attributes, for the rarely used
     /// extras.
     unsigned words() const noexcept { return attributeCount / 64U + 1U; }

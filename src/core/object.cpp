@@ -127,6 +127,9 @@ bool CSDObject::ReadNodeValue(const unsigned short* const, unsigned) {
 bool CSDObject::IsMaintainObject() {
     return false;
 }
+CSDObject* CSDObject::CloneEmpty() const {
+    return nullptr;
+}
 
 std::vector<CTulStringW>* CSDObject::GetMaintainElementList() {
     Extras& extras = RequireExtras(slots_, Descriptor());
@@ -256,6 +259,7 @@ void CSDExtObject::InitMap(bool) {
 void CSDExtObject::SetObject(CSDObject* child, int addToList) {
     if (addToList != 0) children_.push_back(child);
     if (!child) return;
+    if (addToList != 0) ODF::ObjectAccess::setListed(*child);
     child->SetRootpart(GetRootpart());
     if (child->GetID() == ODF::kParentAwareId) child->SetParentObj(this);
 }

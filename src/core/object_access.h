@@ -13,6 +13,7 @@
 #include <odfmodel/core/reflection.h>
 #include <odfmodel/core/value_objects.h>
 
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -100,6 +101,20 @@ public:
         return arena ? new (arena->object(sizeof(T))) T(id) : new T(id);
     }
     static constexpr std::size_t kMaxObjectBytes = 128;
+    /// A new object from the heap that is known to be in no child list, which spares looking for it.
+    static CSDObject* makeLoose(const ClassDescriptor& table) { return makeLoose(table, table.id); }
+    static CSDObject* makeLoose(const ClassDescriptor& table, unsigned id) {
+        CSDObject* const object = table.make(id, nullptr);
+        object->setFlag(CSDObject::kLoose, true);
+        return object;
+    }
+    static void setListed(CSDObject& object) noexcept { object.setFlag(CSDObject::kLoose, false); }
+    /// The list that the object's children are in; null where it has none.
+    static std::vector<CSDObject*>* list(CSDObject& object) {
+        return isExtended(object) ? &static_cast<CSDExtObject&>(object).children_ : object.GetObjectList();
+    }
+    /// A copy of the object without its children; null when it can't be copied.
+    static std::unique_ptr<CSDObject> cloneAlone(const CSDObject& object);
 
     /// `ReadAttribute` on resolved values: sets them and makes the child map known.
     static void readAttributes(CSDObject& object, const ClassDescriptor& table, std::span<ReadValue> values,

@@ -31,13 +31,6 @@ AttributeType TypeOf(ValueKind kind) noexcept {
     return AttributeType::Text;
 }
 
-int RowOf(const ClassDescriptor& table, std::string_view name) noexcept {
-    const std::size_t colon = name.find(':');
-    const bool hasPrefix = colon != std::string_view::npos;
-    return table.findAttribute(hasPrefix ? FindNamespaceByPrefix(name.substr(0, colon)) : kNoNamespace,
-                               hasPrefix ? name.substr(colon + 1) : name);
-}
-
 } // namespace
 
 std::string_view ClassInfo::className() const noexcept {
@@ -63,7 +56,7 @@ std::vector<AttributeInfo> ClassInfo::attributes() const {
 
 std::vector<std::string> ClassInfo::keys(std::string_view attribute) const {
     std::vector<std::string> result;
-    const int row = RowOf(*table_, attribute);
+    const int row = table_->findAttribute(attribute);
     if (row < 0) return result;
     if (const EnumerationTable* const enumeration = table_->attributes[row].enumeration)
         for (int value = 0; value < enumeration->count; ++value)
@@ -80,7 +73,7 @@ std::vector<ChildInfo> ClassInfo::children() const {
 }
 
 CSDObject* ClassInfo::create() const {
-    return table_->make(table_->id, nullptr);
+    return ObjectAccess::makeLoose(*table_);
 }
 
 std::vector<ClassInfo> AllClasses() {
@@ -141,7 +134,7 @@ std::vector<AttributeText> AttributesOf(const CSDObject& object) {
 
 bool GetAttributeText(const CSDObject& object, std::string_view name, CTulStringW& out) {
     const ClassDescriptor* const table = ObjectAccess::table(object);
-    const int row = table ? RowOf(*table, name) : -1;
+    const int row = table ? table->findAttribute(name) : -1;
     if (row < 0) return false;
     if (const Extras* const extras = ObjectAccess::extras(object))
         if (const KeptAttribute* const kept = extras->find(static_cast<unsigned>(row))) {
@@ -163,7 +156,7 @@ bool GetAttributeText(const CSDObject& object, std::string_view name, CTulString
 
 bool SetAttributeText(CSDObject& object, std::string_view name, std::string_view value) {
     const ClassDescriptor* const table = ObjectAccess::table(object);
-    const int row = table ? RowOf(*table, name) : -1;
+    const int row = table ? table->findAttribute(name) : -1;
     if (row < 0) return false;
     ValuePool pool;
     ReadValue read{static_cast<std::uint16_t>(row), value};

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <ostream>
 
 using namespace ODF::string_buffer;
 
@@ -296,4 +297,8 @@ bool CTulStringW::FormatList(std::u16string_view format,
     return Assign(std::u16string_view(result));
 } catch (const std::bad_alloc&) {
     return false;
+}
+
+std::ostream& operator<<(std::ostream& out, const CTulStringW& text) {
+    return out << text.utf8();
 }

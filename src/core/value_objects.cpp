@@ -9,6 +9,7 @@
 #include <odfmodel/core/serializer.h>
 
 #include <new>
+#include <typeinfo>
 
 template class CSDValueObject<CTulStringW, const CTulStringW&>;
 template class CSDValueObject<SYSTEMTIME, const SYSTEMTIME&>;
@@ -56,9 +57,15 @@ CSDDateTimeObject& CSDDateTimeObject::operator=(const SYSTEMTIME* value) {
 }
 
 CSDObject* CSDStringValueObject::Create(unsigned id) {
-    return new CSDStringValueObject(id);
+    auto* const object = new CSDStringValueObject(id);
+    object->setFlag(kLoose, true);
+    return object;
 }
 CSDStringValueObject::~CSDStringValueObject() = default;
+
+CSDObject* CSDStringValueObject::CloneEmpty() const {
+    return typeid(*this) == typeid(CSDStringValueObject) ? Create(GetID()) : nullptr;
+}
 
 namespace {
 
@@ -152,6 +159,10 @@ CSDObject* CSDDateTimeValueObject::Create(unsigned id) {
     return new CSDDateTimeValueObject(id);
 }
 CSDDateTimeValueObject::~CSDDateTimeValueObject() = default;
+
+CSDObject* CSDDateTimeValueObject::CloneEmpty() const {
+    return typeid(*this) == typeid(CSDDateTimeValueObject) ? Create(GetID()) : nullptr;
+}
 
 bool CSDDateTimeValueObject::ReadNodeValue(const unsigned short* const text, unsigned length) {
     if (!text || length == 0) return false;

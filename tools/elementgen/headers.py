@@ -67,7 +67,7 @@ def class_declaration(element):
               f"    /// A new object with that id, owned by the caller.",
               f"    static CSDObject* Create(unsigned id = kId);",
               f"    ~{name}() override;"]
-    for attribute in element.attributes:
+    for row, attribute in enumerate(element.attributes):
         kind = value_type(attribute)
         lines += ["", *comment(attribute_note(attribute), "    ")]
         if attribute.optional:
@@ -75,6 +75,12 @@ def class_declaration(element):
         else:
             lines.append(f"    {kind} Get{attribute.accessor}() const;")
         lines.append(f"    void Set{attribute.accessor}(const {kind}& value);")
+        if attribute.qname == "office:value" and attribute.kind == "s":
+            lines.append(f"    void Set{attribute.accessor}(double number) "
+                         f"{{ Set{attribute.accessor}(SpellNumber(number)); }}")
+        if kind == "bool" and "kTruthy" not in attribute.flags:
+            lines.append(f"    template<PointerLike T> void Set{attribute.accessor}(const T&) = delete; ///< no text")
+        lines.append(f"    bool Unset{attribute.accessor}() noexcept {{ return UnsetAttribute({row}); }}")
         if "kTruthy" in attribute.flags:
             lines.append(f"    void Set{attribute.accessor}(const CTulStringW& text);")
             for pointer in ("unsigned short", "char16_t", "char"):

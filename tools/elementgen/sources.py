@@ -116,7 +116,7 @@ def class_source(element, pool, maps, namespaces):
             f"{len(attributes)}, {namespaces[names.prefix(element.qname)]}, "
             f"{cpp_bool(all(attribute.optional for attribute in attributes))}, "
             f"{cpp_bool(not element.in_no_map)}}};",
-            f"CSDObject* {name}::Create(unsigned id) {{", f"    return ObjectAccess::make<{name}>(id, nullptr);", "}"]
+            f"CSDObject* {name}::Create(unsigned id) {{", f"    return ObjectAccess::makeLoose(tables::{name}, id);", "}"]
     made = "{}" if element.base == "date" else "{\n    setFlag(kElement, true);\n}"
     body += [f"{name}::{name}(unsigned id) : {BASES[element.base]}(id) {made}"]
     body += [f"{name}::~{name}() {{", f"    ReleaseAttributes(tables::{name});", "}",

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <odfmodel/core/date_time.h>
+#include <odfmodel/core/ranges.h>
 #include <odfmodel/core/string.h>
 #include <odfmodel/export.h>
 
 #include <cstdint>
+#include <memory>
 #include <new>
 #include <string_view>
 #include <vector>
@@ -98,6 +100,76 @@ public:
     bool GetIsFallback() const noexcept { return (flags_ & kFallback) != 0; }
     void SetIsFallback(bool fallback) noexcept { setFlag(kFallback, fallback); }
 
+    /// @name Walking
+    /// The ranges work with `for` and `std::ranges`; what they give out is borrowed from the tree.
+    /// @{
+    /// The first child of the class T, or null.
+    template<ODF::ElementClass T>
+    T* Child() {
+        return static_cast<T*>(GetObjectByID(T::kId));
+    }
+    template<ODF::ElementClass T>
+    const T* Child() const {
+        return static_cast<const T*>(GetObjectByID(T::kId));
+    }
+    /// The children of the class T in order; without a class all of them, text runs included.
+    template<ODF::TreeClass T = CSDObject>
+    ODF::ChildRange<T> Children() {
+        return ODF::ChildRange<T>(GetObjectList());
+    }
+    template<ODF::TreeClass T = CSDObject>
+    ODF::ChildRange<const T> Children() const {
+        return ODF::ChildRange<const T>(GetObjectList());
+    }
+    /// The objects of the class T below this one, at any depth, in document order; without a class all.
+    template<ODF::TreeClass T = CSDObject>
+    ODF::DescendantRange<T> Descendants() {
+        return ODF::DescendantRange<T>(GetObjectList());
+    }
+    template<ODF::TreeClass T = CSDObject>
+    ODF::DescendantRange<const T> Descendants() const {
+        return ODF::DescendantRange<const T>(GetObjectList());
+    }
+    /// @}
+
+    /// @name Changing
+    /// A child of a class that this one doesn't list is kept all the same, and is written under the name of
+    /// its own class. The time of `Append` and `Insert` is in what lies below the child, and in the children
+    /// of this object for a child that comes neither from `Create` nor from `Detach` nor from `Clone`.
+    /// @{
+    /// Puts `child` behind the other children and sets the root part of all that it holds. When it is refused
+    /// the caller keeps it; for `Listed` the pointer is given up, since the list owns the object already.
+    /// Throws std::bad_alloc, and changes nothing, without memory.
+    template<std::derived_from<CSDObject> T>
+    ODF::TreeChange Append(std::unique_ptr<T>&& child) {
+        return handOver(child, attach(child.get(), nullptr));
+    }
+    /// The same in front of `before`, a child of this object.
+    template<std::derived_from<CSDObject> T>
+    ODF::TreeChange Insert(std::unique_ptr<T>&& child, const CSDObject& before) {
+        return handOver(child, attach(child.get(), &before));
+    }
+    /// Takes a child out with all that is below it, for the caller to own; it has no root part then. Null
+    /// when it is no child of this object.
+    [[nodiscard]] std::unique_ptr<CSDObject> Detach(CSDObject& child);
+    /// Destroys a child with all that is below it; false when it is no child of this object.
+    bool Remove(CSDObject& child);
+    /// A copy with all that is below the object and all that a tree of full fidelity keeps of its file. It
+    /// has no root part, and nothing of it belongs to the original. Null when a class of the caller's own
+    /// below it has no `CloneEmpty`.
+    [[nodiscard]] std::unique_ptr<CSDObject> Clone() const;
+    /// @}
+
+    /// @name Attributes by name
+    /// Names are qualified with the customary prefix, such as "text:style-name"; those of attributes that the
+    /// class doesn't list with the prefix that their file has.
+    /// @{
+    /// Whether the attribute is set, by a file or by a caller.
+    bool HasAttribute(std::string_view name) const;
+    /// Takes the attribute away; false when it isn't set. One that is written always has its default then.
+    bool Unset(std::string_view name);
+    /// @}
+
     /// Destroys `object` with everything below it; null is ignored.
     static void Delete(CSDObject* object);
 
@@ -124,6 +196,10 @@ protected:
     /// The constant table of the object's class; null for a class that is no element class.
     virtual const ODF::ClassDescriptor* Descriptor() const noexcept;
 
+    /// A new object like this one, without children and attributes, owned by the caller. A class of the
+    /// caller's own that can be copied has one; null is for one that can't.
+    virtual CSDObject* CloneEmpty() const;
+
     // Attribute values of the element classes, by the row of their table.
     void ReleaseAttributes(const ODF::ClassDescriptor& table) noexcept;
     bool HasAttribute(const ODF::ClassDescriptor& table, unsigned row) const noexcept;
@@ -140,6 +216,10 @@ protected:
     void SetAttribute(const ODF::ClassDescriptor& table, unsigned row, double value);
     void SetAttribute(const ODF::ClassDescriptor& table, unsigned row, float value);
     void SetRawAttribute(const ODF::ClassDescriptor& table, unsigned row, std::uint64_t value);
+    /// Takes the attribute away; false when it isn't set.
+    bool UnsetAttribute(unsigned row) noexcept;
+    /// A number as the format spells it, with all the digits that it has.
+    static CTulStringW SpellNumber(double number);
     /// True when both objects, of the class of `table`, agree in every attribute.
     static bool SameAttributes(const ODF::ClassDescriptor& table, const CSDObject& a,
                                const CSDObject& b) noexcept;
@@ -153,11 +233,20 @@ protected:
     static constexpr std::uint32_t kFromFile = 64; ///< read with full fidelity: nothing is written by default
     /// The value is what the file has: the runs among the children, or the words of a date.
     static constexpr std::uint32_t kKeptValue = 128;
+    static constexpr std::uint32_t kLoose = 256; ///< made, detached or copied, and in no child list since
     bool hasFlag(std::uint32_t flag) const noexcept { return (flags_ & flag) != 0; }
     void setFlag(std::uint32_t flag, bool on) noexcept { flags_ = on ? flags_ | flag : flags_ & ~flag; }
 
 private:
     friend class ODF::ObjectAccess;
+
+    ODF::TreeChange attach(CSDObject* child, const CSDObject* before);
+    template<typename T>
+    static ODF::TreeChange handOver(std::unique_ptr<T>& child, ODF::TreeChange result) noexcept {
+        if (result == ODF::TreeChange::Done || result == ODF::TreeChange::Listed)
+            child.release(); // NOLINT(bugprone-unused-return-value): the list has it
+        return result;
+    }
 
     void releaseExtras(const ODF::ClassDescriptor* table) noexcept;
     /// The attribute has a value of the caller's: the words of the file go.
@@ -169,6 +258,21 @@ private:
     /// Presence bits and values of what is set, see attribute_slots.h; null while nothing is.
     std::uint64_t* slots_ = nullptr;
 };
+
+inline unsigned ODF::detail::IdOf(const CSDObject& object) noexcept {
+    return object.GetID();
+}
+inline std::vector<CSDObject*>* ODF::detail::ListOf(const CSDObject& object) {
+    return object.GetObjectList();
+}
+
+namespace ODF {
+/// `CSDObject::Clone` for an object whose class is known.
+template<std::derived_from<CSDObject> T>
+[[nodiscard]] std::unique_ptr<T> CloneOf(const T& object) {
+    return std::unique_ptr<T>(static_cast<T*>(object.Clone().release()));
+}
+} // namespace ODF
 
 /// An element object with children: the base of all element classes without character content.
 class ODFMODEL_API CSDExtObject : public CSDObject {
@@ -187,6 +291,21 @@ public:
     bool WriteElement(const unsigned short* name, CSDSerializer* serializer,
                       CSDAttribute* attributes) override;
     bool ReadAttribute(CSDAttribute* attributes) override;
+
+    using CSDObject::Append;
+    using CSDObject::Insert;
+    /// Appends a new child of the class T, owned by this object, and returns it.
+    template<ODF::MakeableClass T>
+    T& Append() {
+        return static_cast<T&>(*Adopt(T::Create()));
+    }
+    /// The same in front of `before`; null, and no child is made, when that is no child of this object.
+    template<ODF::MakeableClass T>
+    T* Insert(const CSDObject& before) {
+        std::unique_ptr<CSDObject> made(T::Create());
+        T* const child = static_cast<T*>(made.get());
+        return Insert(std::move(made), before) == ODF::TreeChange::Done ? child : nullptr;
+    }
 
     /// Number of children.
     unsigned GetChildCount() const noexcept { return static_cast<unsigned>(children_.size()); }

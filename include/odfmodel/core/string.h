@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <iosfwd>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -179,3 +180,14 @@ private:
 inline void swap(CTulStringW& a, CTulStringW& b) noexcept {
     a.swap(b);
 }
+
+/// Writes the text in UTF-8.
+ODFMODEL_API std::ostream& operator<<(std::ostream& out, const CTulStringW& text);
+
+/// Texts that are equal have the same hash, which is that of their view.
+template<>
+struct std::hash<CTulStringW> {
+    std::size_t operator()(const CTulStringW& text) const noexcept {
+        return std::hash<std::u16string_view>()(text.view());
+    }
+};

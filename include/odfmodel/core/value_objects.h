@@ -58,6 +58,7 @@ public:
                       CSDAttribute* attributes) override;
 
 protected:
+    CSDObject* CloneEmpty() const override;
     explicit CSDStringValueObject(unsigned id) noexcept : CSDExtValueObject(id) { setFlag(kText, true); }
 
 private:
@@ -104,6 +105,7 @@ public:
     const CTulStringW& GetRawText() const noexcept { return rawText_; }
 
 protected:
+    CSDObject* CloneEmpty() const override;
     explicit CSDDateTimeValueObject(unsigned id) noexcept : CSDValueObject(id) {}
 
 private:

@@ -1,0 +1,206 @@
+// Moving, copying and removing parts of a tree, and attributes by their names.
+#include "core/object_access.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+using ODF::ObjectAccess;
+using ODF::TreeChange;
+
+namespace ODF {
+namespace {
+
+/// Whether `object` lies below `root`.
+bool IsBelow(const CSDObject& object, const CSDObject& root) {
+    for (const CSDObject& at : root.Descendants())
+        if (&at == &object) return true;
+    return false;
+}
+
+/// The kept attribute of that name, among those that the class doesn't list.
+auto FindKept(Extras& extras, std::string_view name) {
+    const std::size_t colon = name.find(':');
+    const bool hasPrefix = colon != std::string_view::npos;
+    const auto isSame = [](std::u16string_view kept, std::string_view asked) {
+        return ToUtf8(kept) == asked;
+    };
+    return std::find_if(extras.attributes.begin(), extras.attributes.end(), [&](const KeptAttribute& kept) {
+        return kept.row == KeptAttribute::kNotListed &&
+               isSame(kept.name.prefix(), hasPrefix ? name.substr(0, colon) : std::string_view()) &&
+               isSame(kept.name.local(), hasPrefix ? name.substr(colon + 1) : name);
+    });
+}
+
+std::vector<CSDObject*> CloneMarkup(const std::vector<CSDObject*>& objects) {
+    std::vector<CSDObject*> result;
+    result.reserve(objects.size());
+    try {
+        for (const CSDObject* const object : objects)
+            if (object) result.push_back(object->Clone().release());
+    } catch (...) {
+        for (CSDObject* const object : result)
+            CSDObject::Delete(object);
+        throw;
+    }
+    return result;
+}
+
+/// Without the children that hang in the markup: they are copied as children.
+std::unique_ptr<Extras> CloneExtras(const Extras& extras) {
+    auto result = std::make_unique<Extras>();
+    if (extras.maintainElementList)
+        result->maintainElementList = std::make_unique<std::vector<CTulStringW>>(*extras.maintainElementList);
+    result->errorCode = extras.errorCode;
+    result->attributes = extras.attributes;
+    if (extras.markup) {
+        KeptMarkup& markup = result->requireMarkup();
+        markup.declarations = extras.markup->declarations;
+        markup.before = CloneMarkup(extras.markup->before);
+        markup.after = CloneMarkup(extras.markup->after);
+    }
+    return result;
+}
+
+} // namespace
+
+std::unique_ptr<CSDObject> ObjectAccess::cloneAlone(const CSDObject& object) {
+    const ClassDescriptor* const table = object.Descriptor();
+    std::unique_ptr<CSDObject> made(table ? table->make(object.id_, nullptr) : object.CloneEmpty());
+    if (!made) return made;
+    made->flags_ = object.flags_ & ~CSDObject::kLoose;
+    if (isForeign(object)) setName(*made, name(object));
+    if (holdsText(object)) text(*made) = text(object);
+    if (auto* const date = object.hasFlag(CSDObject::kElement)
+                               ? nullptr
+                               : dynamic_cast<CSDDateTimeValueObject*>(made.get())) {
+        const auto& source = static_cast<const CSDDateTimeValueObject&>(object);
+        date->value_ = source.value_;
+        date->rawText_ = source.rawText_;
+    }
+    if (const unsigned short* const elementName = object.GetElemName())
+        if (auto* const named = dynamic_cast<CSDNamedObject*>(made.get())) named->SetElemName(elementName);
+    if (!object.slots_) return made;
+
+    const unsigned words = table ? table->words() : 1;
+    const unsigned extrasRow = table ? table->attributeCount : 0;
+    std::vector<std::uint16_t> rows;
+    AttributeSlots::forEach(object.slots_, words, [&](unsigned row, const std::uint64_t*) {
+        rows.push_back(static_cast<std::uint16_t>(row));
+    });
+    const Extras* const extras = ObjectAccess::extras(object);
+    std::unique_ptr<Extras> copy = extras ? CloneExtras(*extras) : nullptr;
+    if (made->slots_) return nullptr; // a class of the caller's own that has set what it shouldn't
+    made->slots_ = AttributeSlots::make(words, rows.data(), static_cast<unsigned>(rows.size()), nullptr);
+    std::uint64_t* to = made->slots_ + words;
+    AttributeSlots::forEach(object.slots_, words, [&](unsigned row, const std::uint64_t* from) {
+        if (row == extrasRow)
+            *to = reinterpret_cast<std::uintptr_t>(copy.release());
+        else if (table->attributes[row].kind == ValueKind::String)
+            new (to) CTulStringW(AttributeSlots::text(from));
+        else
+            *to = *from;
+        ++to;
+    });
+    return made;
+}
+
+} // namespace ODF
+
+TreeChange CSDObject::attach(CSDObject* child, const CSDObject* before) {
+    if (!child) return TreeChange::NoObject;
+    if (child == this) return TreeChange::OwnAncestor;
+    std::vector<CSDObject*>* const list = ObjectAccess::list(*this);
+    if (!list) return TreeChange::NoList;
+    if (!child->hasFlag(kLoose) && std::find(list->begin(), list->end(), child) != list->end())
+        return TreeChange::Listed;
+    if (child->HasChildList() && ODF::IsBelow(*this, *child)) return TreeChange::OwnAncestor;
+    auto place = list->end();
+    if (before) {
+        place = std::find(list->begin(), list->end(), before);
+        if (place == list->end()) return TreeChange::NotAChild;
+    }
+    // All that needs memory comes first.
+    if (list->size() == list->capacity()) {
+        const auto index = place - list->begin();
+        list->reserve(std::max<std::size_t>(list->size() * 2, 1));
+        place = list->begin() + index;
+    }
+    if (child->HasChildList()) child->SetReNewRootPart(GetRootpart());
+    if (before) {
+        list->insert(place, child);
+        child->setFlag(kLoose, false);
+        SetObject(child, 0);
+    } else {
+        SetObject(child, 1);
+        if (list->empty() || list->back() != child) return TreeChange::NoList;
+    }
+    return TreeChange::Done;
+}
+
+std::unique_ptr<CSDObject> CSDObject::Detach(CSDObject& child) {
+    std::vector<CSDObject*>* const list = ObjectAccess::list(*this);
+    if (!list) return nullptr;
+    const auto at = std::find(list->begin(), list->end(), &child);
+    if (at == list->end()) return nullptr;
+    child.SetReNewRootPart(nullptr);
+    list->erase(at);
+    child.setFlag(kLoose, true);
+    if (child.GetID() == ODF::kParentAwareId) child.SetParentObj(nullptr);
+    return std::unique_ptr<CSDObject>(&child);
+}
+
+bool CSDObject::Remove(CSDObject& child) {
+    std::vector<CSDObject*>* const list = ObjectAccess::list(*this);
+    if (!list || std::erase(*list, &child) == 0) return false;
+    delete &child;
+    return true;
+}
+
+std::unique_ptr<CSDObject> CSDObject::Clone() const {
+    std::unique_ptr<CSDObject> root = ObjectAccess::cloneAlone(*this);
+    if (!root) return root;
+    // A list of what is still to do instead of a recursion.
+    std::vector<std::pair<const CSDObject*, CSDObject*>> open{{this, root.get()}};
+    while (!open.empty()) {
+        const auto [from, to] = open.back();
+        open.pop_back();
+        // Children that a class of the caller's own keeps elsewhere are that class's to copy.
+        if (!ObjectAccess::isExtended(*from) && !from->Descriptor()) continue;
+        if (ObjectAccess::isExtended(*from))
+            ObjectAccess::list(*to)->reserve(ObjectAccess::children(*from).size());
+        for (const CSDObject& child : from->Children()) {
+            std::unique_ptr<CSDObject> copy = ObjectAccess::cloneAlone(child);
+            if (!copy) return nullptr;
+            CSDObject* const made = copy.get();
+            ObjectAccess::append(*to, {&made, 1});
+            copy.release(); // NOLINT(bugprone-unused-return-value): the list has it
+            if (made->GetID() == ODF::kParentAwareId) made->SetParentObj(to);
+            if (child.HasChildList()) open.emplace_back(&child, made);
+        }
+    }
+    root->setFlag(kLoose, true);
+    return root;
+}
+
+bool CSDObject::HasAttribute(std::string_view name) const {
+    const ODF::ClassDescriptor* const table = Descriptor();
+    ODF::Extras* const extras = ODF::ObjectAccess::extras(*this);
+    if (const int row = table ? table->findAttribute(name) : -1; row >= 0) {
+        const auto index = static_cast<unsigned>(row);
+        return HasAttribute(*table, index) || (extras && extras->find(index));
+    }
+    return extras && ODF::FindKept(*extras, name) != extras->attributes.end();
+}
+
+bool CSDObject::Unset(std::string_view name) {
+    const ODF::ClassDescriptor* const table = Descriptor();
+    if (const int row = table ? table->findAttribute(name) : -1; row >= 0)
+        return UnsetAttribute(static_cast<unsigned>(row));
+    ODF::Extras* const extras = ODF::ObjectAccess::extras(*this);
+    if (!extras) return false;
+    const auto at = ODF::FindKept(*extras, name);
+    if (at == extras->attributes.end()) return false;
+    extras->attributes.erase(at);
+    return true;
+}
