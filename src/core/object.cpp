@@ -259,7 +259,7 @@ void CSDExtObject::InitMap(bool) {
 void CSDExtObject::SetObject(CSDObject* child, int addToList) {
     if (addToList != 0) children_.push_back(child);
     if (!child) return;
-    if (addToList != 0) ODF::ObjectAccess::setListed(*child);
+    if (addToList != 0) ODF::ObjectAccess::setParent(*child, *this, children_.size() - 1);
     child->SetRootpart(GetRootpart());
     if (child->GetID() == ODF::kParentAwareId) child->SetParentObj(this);
 }

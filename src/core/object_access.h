@@ -68,6 +68,9 @@ public:
     static const std::vector<CSDObject*>& children(const CSDObject& object) noexcept {
         return static_cast<const CSDExtObject&>(object).children_;
     }
+    static std::size_t childCount(const CSDObject& object) noexcept {
+        return isExtended(object) ? children(object).size() : 0;
+    }
     static std::uint64_t* slots(const CSDObject& object) noexcept { return object.slots_; }
     static bool isComment(const CSDObject& object) noexcept { return object.id_ == kCommentId; }
     static bool isInstruction(const CSDObject& object) noexcept {
@@ -108,7 +111,20 @@ public:
         object->setFlag(CSDObject::kLoose, true);
         return object;
     }
-    static void setListed(CSDObject& object) noexcept { object.setFlag(CSDObject::kLoose, false); }
+    /// The child is, or is about to be, in the list of `parent` at `place`.
+    static void setParent(CSDObject& child, CSDObject& parent, std::size_t place) noexcept {
+        child.parent_ = &parent;
+        constexpr std::uint32_t flags = (std::uint32_t{1} << CSDObject::kPlaceShift) - 1;
+        child.flags_ = (child.flags_ & flags & ~CSDObject::kLoose) | static_cast<std::uint32_t>(place)
+                                                                         << CSDObject::kPlaceShift;
+    }
+    /// The child is in no list any more.
+    static void setLoose(CSDObject& child) noexcept {
+        child.parent_ = nullptr;
+        child.setFlag(CSDObject::kLoose, true);
+    }
+    /// Where the child is in the list; the list's size if it isn't there. Looks first where it once was.
+    static std::size_t placeOf(const std::vector<CSDObject*>& list, const CSDObject& child) noexcept;
     /// The list that the object's children are in; null where it has none.
     static std::vector<CSDObject*>* list(CSDObject& object) {
         return isExtended(object) ? &static_cast<CSDExtObject&>(object).children_ : object.GetObjectList();
@@ -116,17 +132,20 @@ public:
     /// A copy of the object without its children; null when it can't be copied.
     static std::unique_ptr<CSDObject> cloneAlone(const CSDObject& object);
 
+    /// Takes an attribute away; nothing happens where it is absent.
+    static void unset(CSDObject& object, unsigned row) noexcept { object.UnsetAttribute(row); }
+
     /// `ReadAttribute` on resolved values: sets them and makes the child map known.
     static void readAttributes(CSDObject& object, const ClassDescriptor& table, std::span<ReadValue> values,
                                const ReadSupply& supply);
-    /// Appends children whose root part is set already. When memory runs out, none is. A parent whose class
-    /// has no list for them keeps them as markup.
+    /// Appends children whose root part and parent are set already. When memory runs out, none is. A parent
+    /// whose class has no list for them keeps them as markup.
     static void append(CSDObject& parent, std::span<CSDObject* const> children) {
         auto& list = isExtended(parent) ? static_cast<CSDExtObject&>(parent).children_
                                         : requireExtras(parent).requireMarkup().content;
         list.insert(list.end(), children.begin(), children.end());
     }
-    /// Puts a child in front of all others.
+    /// Puts a child, whose root part and parent are set already, in front of all others.
     static void prepend(CSDObject& parent, CSDObject* child) {
         auto& list = isExtended(parent) ? static_cast<CSDExtObject&>(parent).children_
                                         : requireExtras(parent).requireMarkup().content;

@@ -107,54 +107,92 @@ std::unique_ptr<CSDObject> ObjectAccess::cloneAlone(const CSDObject& object) {
 
 } // namespace ODF
 
-TreeChange CSDObject::attach(CSDObject* child, const CSDObject* before) {
+std::size_t ObjectAccess::placeOf(const std::vector<CSDObject*>& list, const CSDObject& child) noexcept {
+    const std::size_t kept = child.flags_ >> CSDObject::kPlaceShift;
+    constexpr std::size_t period = std::size_t{1} << (32 - CSDObject::kPlaceShift); // more has no room there
+    for (std::size_t at = kept; at < list.size(); at += period)
+        if (list[at] == &child) return at;
+    std::size_t below = std::min(kept, list.size());
+    for (std::size_t above = below; above < list.size() || below > 0; ++above) {
+        if (above < list.size() && list[above] == &child) return above;
+        if (below > 0 && list[--below] == &child) return below;
+    }
+    return list.size();
+}
+
+CSDObject* CSDObject::sibling(std::ptrdiff_t step) const noexcept {
+    const std::vector<CSDObject*>* const list = parent_ ? parent_->GetObjectList() : nullptr;
+    if (!list) return nullptr;
+    std::size_t at = ObjectAccess::placeOf(*list, *this);
+    if (at == list->size()) return nullptr;
+    do // Lists that callers have changed may have gaps.
+        at += static_cast<std::size_t>(step);
+    while (at < list->size() && !(*list)[at]);
+    return at < list->size() ? (*list)[at] : nullptr;
+}
+
+TreeChange CSDObject::attach(CSDObject* child, const CSDObject* before, bool isElsewhere) {
     if (!child) return TreeChange::NoObject;
     if (child == this) return TreeChange::OwnAncestor;
     std::vector<CSDObject*>* const list = ObjectAccess::list(*this);
     if (!list) return TreeChange::NoList;
-    if (!child->hasFlag(kLoose) && std::find(list->begin(), list->end(), child) != list->end())
+    if (!isElsewhere && !child->hasFlag(kLoose) && ObjectAccess::placeOf(*list, *child) != list->size())
         return TreeChange::Listed;
     if (child->HasChildList() && ODF::IsBelow(*this, *child)) return TreeChange::OwnAncestor;
-    auto place = list->end();
+    std::size_t place = list->size();
     if (before) {
-        place = std::find(list->begin(), list->end(), before);
-        if (place == list->end()) return TreeChange::NotAChild;
+        place = ObjectAccess::placeOf(*list, *before);
+        if (place == list->size()) return TreeChange::NotAChild;
     }
     // All that needs memory comes first.
-    if (list->size() == list->capacity()) {
-        const auto index = place - list->begin();
-        list->reserve(std::max<std::size_t>(list->size() * 2, 1));
-        place = list->begin() + index;
-    }
-    if (child->HasChildList()) child->SetReNewRootPart(GetRootpart());
+    if (list->size() == list->capacity()) list->reserve(std::max<std::size_t>(list->size() * 2, 1));
+    if (child->HasChildList() && child->GetRootpart() != GetRootpart())
+        child->SetReNewRootPart(GetRootpart());
     if (before) {
-        list->insert(place, child);
-        child->setFlag(kLoose, false);
+        list->insert(list->begin() + static_cast<std::ptrdiff_t>(place), child);
         SetObject(child, 0);
     } else {
         SetObject(child, 1);
         if (list->empty() || list->back() != child) return TreeChange::NoList;
     }
+    ObjectAccess::setParent(*child, *this, place);
     return TreeChange::Done;
 }
 
 std::unique_ptr<CSDObject> CSDObject::Detach(CSDObject& child) {
     std::vector<CSDObject*>* const list = ObjectAccess::list(*this);
-    if (!list) return nullptr;
-    const auto at = std::find(list->begin(), list->end(), &child);
-    if (at == list->end()) return nullptr;
-    child.SetReNewRootPart(nullptr);
-    list->erase(at);
-    child.setFlag(kLoose, true);
+    const std::size_t place = list ? ObjectAccess::placeOf(*list, child) : 0;
+    if (!list || place == list->size()) return nullptr;
+    if (child.GetRootpart()) child.SetReNewRootPart(nullptr);
+    list->erase(list->begin() + static_cast<std::ptrdiff_t>(place));
+    ObjectAccess::setLoose(child);
     if (child.GetID() == ODF::kParentAwareId) child.SetParentObj(nullptr);
     return std::unique_ptr<CSDObject>(&child);
 }
 
 bool CSDObject::Remove(CSDObject& child) {
     std::vector<CSDObject*>* const list = ObjectAccess::list(*this);
-    if (!list || std::erase(*list, &child) == 0) return false;
+    const std::size_t place = list ? ObjectAccess::placeOf(*list, child) : 0;
+    if (!list || place == list->size()) return false;
+    list->erase(list->begin() + static_cast<std::ptrdiff_t>(place));
     delete &child;
     return true;
+}
+
+TreeChange CSDObject::MoveTo(CSDObject& to) {
+    if (!parent_) return TreeChange::NotAChild;
+    std::vector<CSDObject*>* const from = ObjectAccess::list(*parent_);
+    const std::size_t place = from ? ObjectAccess::placeOf(*from, *this) : 0;
+    if (!from || place == from->size()) return TreeChange::NotAChild;
+    if (parent_ == &to) { // It is its last child from now on.
+        std::rotate(from->begin() + static_cast<std::ptrdiff_t>(place),
+                    from->begin() + static_cast<std::ptrdiff_t>(place) + 1, from->end());
+        ObjectAccess::setParent(*this, to, from->size() - 1);
+        return TreeChange::Done;
+    }
+    const TreeChange change = to.attach(this, nullptr, true);
+    if (change == TreeChange::Done) from->erase(from->begin() + static_cast<std::ptrdiff_t>(place));
+    return change;
 }
 
 std::unique_ptr<CSDObject> CSDObject::Clone() const {
@@ -173,6 +211,7 @@ std::unique_ptr<CSDObject> CSDObject::Clone() const {
             std::unique_ptr<CSDObject> copy = ObjectAccess::cloneAlone(child);
             if (!copy) return nullptr;
             CSDObject* const made = copy.get();
+            ObjectAccess::setParent(*made, *to, ObjectAccess::childCount(*to));
             ObjectAccess::append(*to, {&made, 1});
             copy.release(); // NOLINT(bugprone-unused-return-value): the list has it
             if (made->GetID() == ODF::kParentAwareId) made->SetParentObj(to);

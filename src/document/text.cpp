@@ -60,7 +60,7 @@ void FollowRuns(CSDObject& object) {
 void Give(CSDObject& parent, std::vector<CSDObject*>& list, Objects& objects) {
     for (std::unique_ptr<CSDObject>& object : objects) {
         object->SetRootpart(parent.GetRootpart());
-        ObjectAccess::setListed(*object);
+        ObjectAccess::setParent(*object, parent, list.size());
         list.push_back(object.release());
     }
 }

@@ -5,6 +5,7 @@
 #include <odfmodel/core/string.h>
 #include <odfmodel/export.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <new>
@@ -103,6 +104,18 @@ public:
     /// @name Walking
     /// The ranges work with `for` and `std::ranges`; what they give out is borrowed from the tree.
     /// @{
+    /// The object that has this one as a child; null for the root of a tree and for what is in none. Whoever
+    /// changes the list that `GetObjectList` hands out has to use `Append`, `Insert` and `Detach` instead, or
+    /// this stays as it was.
+    CSDObject* Parent() noexcept { return parent_; }
+    const CSDObject* Parent() const noexcept { return parent_; }
+    /// The child of the same parent after this one, of any class, or null. Like `Previous` it takes constant
+    /// time while few children have come and gone.
+    CSDObject* Next() noexcept { return sibling(1); }
+    const CSDObject* Next() const noexcept { return sibling(1); }
+    /// The one before.
+    CSDObject* Previous() noexcept { return sibling(-1); }
+    const CSDObject* Previous() const noexcept { return sibling(-1); }
     /// The first child of the class T, or null.
     template<ODF::ElementClass T>
     T* Child() {
@@ -154,6 +167,11 @@ public:
     [[nodiscard]] std::unique_ptr<CSDObject> Detach(CSDObject& child);
     /// Destroys a child with all that is below it; false when it is no child of this object.
     bool Remove(CSDObject& child);
+    /// Takes this object, with all that is below it, from its parent and appends it to `to`, which may belong
+    /// to another document. Nothing changes when it is refused; `NotAChild` is for an object without parent,
+    /// which its owner has to hand over with `Append`. Throws std::bad_alloc, and changes nothing, without
+    /// memory.
+    ODF::TreeChange MoveTo(CSDObject& to);
     /// A copy with all that is below the object and all that a tree of full fidelity keeps of its file. It
     /// has no root part, and nothing of it belongs to the original. Null when a class of the caller's own
     /// below it has no `CloneEmpty`.
@@ -234,13 +252,17 @@ protected:
     /// The value is what the file has: the runs among the children, or the words of a date.
     static constexpr std::uint32_t kKeptValue = 128;
     static constexpr std::uint32_t kLoose = 256; ///< made, detached or copied, and in no child list since
+    /// From this bit on: about where the object is in the list of its parent.
+    static constexpr unsigned kPlaceShift = 12;
     bool hasFlag(std::uint32_t flag) const noexcept { return (flags_ & flag) != 0; }
     void setFlag(std::uint32_t flag, bool on) noexcept { flags_ = on ? flags_ | flag : flags_ & ~flag; }
 
 private:
     friend class ODF::ObjectAccess;
 
-    ODF::TreeChange attach(CSDObject* child, const CSDObject* before);
+    /// `isElsewhere`: the child is known to be in another list, which spares looking for it in this one.
+    ODF::TreeChange attach(CSDObject* child, const CSDObject* before, bool isElsewhere = false);
+    CSDObject* sibling(std::ptrdiff_t step) const noexcept;
     template<typename T>
     static ODF::TreeChange handOver(std::unique_ptr<T>& child, ODF::TreeChange result) noexcept {
         if (result == ODF::TreeChange::Done || result == ODF::TreeChange::Listed)
@@ -255,6 +277,7 @@ private:
     unsigned id_;
     std::uint32_t flags_ = 0;
     ISDPart* rootPart_ = nullptr;
+    CSDObject* parent_ = nullptr;
     /// Presence bits and values of what is set, see attribute_slots.h; null while nothing is.
     std::uint64_t* slots_ = nullptr;
 };

@@ -153,7 +153,7 @@ std::size_t Axis::find(std::uint64_t index) noexcept {
 std::size_t Axis::placeAfterLast() const noexcept {
     const std::vector<CSDObject*>& children = ChildrenOf(table_);
     if (!lines_.empty() && lines_.back().parent == &table_)
-        return PositionOf(children, lines_.back().element, children.size()) + 1;
+        return ObjectAccess::placeOf(children, *lines_.back().element) + 1;
     const Axis* const self = this;
     const auto last = std::find_if(children.rbegin(), children.rend(), [self](const CSDObject* child) {
         return child && (self->isLine(*child) || self->isGroup(*child));
@@ -196,7 +196,7 @@ Line& Axis::make(std::uint64_t index) {
     const std::uint32_t repeat = lines_[at].repeat;
     const auto offset = static_cast<std::uint32_t>(index - start);
     const std::vector<CSDObject*>& siblings = ChildrenOf(*parent);
-    const std::size_t position = PositionOf(siblings, lines_[at].element, at);
+    const std::size_t position = ObjectAccess::placeOf(siblings, *lines_[at].element);
     const Pieces pieces = Isolate(*parent, position, offset);
     const auto place = [&](std::size_t i) { return lines_.begin() + static_cast<std::ptrdiff_t>(i); };
     const auto sibling = [&](std::size_t i) { return static_cast<CSDExtObject*>(siblings[position + i]); };

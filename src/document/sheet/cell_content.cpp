@@ -93,7 +93,7 @@ void Clear(CSDExtObject& cell) {
     const CellRows& rows = RowsOf(cell);
     for (const int row : {rows.formula, rows.type, rows.value, rows.currency, rows.date, rows.time,
                           rows.boolean, rows.string})
-        Unset(cell, static_cast<unsigned>(row));
+        ObjectAccess::unset(cell, static_cast<unsigned>(row));
     if (ObjectAccess::extras(cell)) RemoveForeignAttribute(cell, kCalcNamespace, "value-type");
 }
 

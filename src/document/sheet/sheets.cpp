@@ -1,5 +1,6 @@
 #include <odfmodel/document/sheet.h>
 
+#include "core/object_access.h"
 #include "document/sheet/tree_edit.h"
 
 #include <odfmodel/document/open_document.h>
@@ -114,7 +115,7 @@ Sheet* Sheets::Add(std::string_view name) {
     const std::size_t place =
         sheets_.empty() ? static_cast<std::size_t>(
                               std::find_if(children.begin(), children.end(), comesAfter) - children.begin())
-                        : PositionOf(children, &sheets_.back().Table(), children.size()) + 1;
+                        : ObjectAccess::placeOf(children, sheets_.back().Table()) + 1;
     sheets_.reserve(sheets_.size() + 1);
     Sheet added(table);
     Insert(static_cast<CSDExtObject&>(*spreadsheet_), place, std::move(made));

@@ -7,15 +7,8 @@
 #include <optional>
 #include <vector>
 
-// What a sheet does to the tree: copying, taking attributes away, inserting.
+// What a sheet does to the tree: walking with a state, inserting at a position, dividing what is repeated.
 namespace ODF {
-
-/// A copy of the object with all below it and all that it has of its file, but for `xml:id`, which is unique
-/// in a document. Objects of callers' own classes are left out; null for one.
-std::unique_ptr<CSDObject> Clone(const CSDObject& original);
-
-/// Takes an attribute away; nothing happens where it is absent.
-void Unset(CSDObject& object, unsigned row) noexcept;
 
 /// Inserts a child before the one at `position`; the parent owns it then. Throws std::bad_alloc, with
 /// nothing changed.
@@ -47,10 +40,6 @@ void WalkBelow(const CSDObject& root, State state, Visit visit) {
             levels.push_back({ChildrenOf(*object), *below});
     }
 }
-
-/// Where `child` is in the list, searched from `guess` on to both sides; the size if it isn't there.
-std::size_t PositionOf(const std::vector<CSDObject*>& list, const CSDObject* child,
-                       std::size_t guess) noexcept;
 
 /// @name Repeats
 /// Of rows, cells and columns.

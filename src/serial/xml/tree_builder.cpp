@@ -91,7 +91,10 @@ CSDObject* TreeBuilder::makeChild(CSDObject* (*make)(unsigned, Arena*), unsigned
     arena = isRoomy ? &arena_ : nullptr;
     pending_.push_back(nullptr);
     CSDObject* const object = make(id, arena);
-    object->SetRootpart(open_.back().object->GetRootpart());
+    CSDObject& parent = *open_.back().object;
+    object->SetRootpart(parent.GetRootpart());
+    ObjectAccess::setParent(
+        *object, parent, ObjectAccess::childCount(parent) + pending_.size() - 1 - open_.back().firstPending);
     pending_.back() = object;
     return object;
 }
