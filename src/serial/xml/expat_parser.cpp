@@ -1,12 +1,12 @@
 #include "serial/xml/expat_parser.h"
 
+#include "serial/xml/libexpat.h"
+
 #include <algorithm>
 #include <climits>
 #include <cstring>
 #include <new>
 #include <utility>
-
-#include <expat.h>
 
 namespace ODF::xml {
 
