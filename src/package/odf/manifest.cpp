@@ -113,7 +113,11 @@ bool Manifest::setAttribute(ManifestElement& element, std::string_view local, st
 
 ManifestElement Manifest::makeRow(std::string_view path) const {
     ManifestElement row;
-    row.name = Qualified(PrefixOf(root_.name), "file-entry");
+    // The root's prefix, unless that is of another namespace: the row has to be one of the manifest's own.
+    const std::string_view ofRoot = PrefixOf(root_.name);
+    const bool isOfRoot =
+        prefixes_.empty() || std::find(prefixes_.begin(), prefixes_.end(), ofRoot) != prefixes_.end();
+    row.name = Qualified(isOfRoot ? ofRoot : std::string_view(prefixes_.front()), "file-entry");
     setAttribute(row, "full-path", path);
     return row;
 }
