@@ -47,8 +47,10 @@ private:
     struct Region;
 
     // The heap has to keep to multiples of 16; and a tool that watches each object needs each on its own.
-#if defined(ODFMODEL_ADDRESS_SANITIZER)
+#if defined(__SANITIZE_ADDRESS__)
     static constexpr bool kIsWatched = true;
+#elif defined(__has_feature)
+    static constexpr bool kIsWatched = __has_feature(address_sanitizer);
 #else
     static constexpr bool kIsWatched = false;
 #endif

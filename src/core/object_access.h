@@ -131,6 +131,12 @@ public:
     }
     /// A copy of the object without its children; null when it can't be copied.
     static std::unique_ptr<CSDObject> cloneAlone(const CSDObject& object);
+    /// A copy with all below it. What can't be copied below the object is left out, or else there is no copy.
+    static std::unique_ptr<CSDObject> clone(const CSDObject& object, bool leavesOut);
+    /// `Append` and `Insert` by the place in the list.
+    static TreeChange insert(CSDObject& parent, std::size_t place, CSDObject* child) {
+        return parent.attach(child, place);
+    }
 
     /// Takes an attribute away; nothing happens where it is absent.
     static void unset(CSDObject& object, unsigned row) noexcept { object.UnsetAttribute(row); }

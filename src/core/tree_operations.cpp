@@ -11,7 +11,7 @@ using ODF::TreeChange;
 namespace ODF {
 namespace {
 
-/// Whether `object` lies below `root`.
+/// Whether `object` is below `root`.
 bool IsBelow(const CSDObject& object, const CSDObject& root) {
     for (const CSDObject& at : root.Descendants())
         if (&at == &object) return true;
@@ -131,7 +131,7 @@ CSDObject* CSDObject::sibling(std::ptrdiff_t step) const noexcept {
     return at < list->size() ? (*list)[at] : nullptr;
 }
 
-TreeChange CSDObject::attach(CSDObject* child, const CSDObject* before, bool isElsewhere) {
+TreeChange CSDObject::attach(CSDObject* child, std::size_t place, bool isElsewhere) {
     if (!child) return TreeChange::NoObject;
     if (child == this) return TreeChange::OwnAncestor;
     std::vector<CSDObject*>* const list = ObjectAccess::list(*this);
@@ -139,19 +139,14 @@ TreeChange CSDObject::attach(CSDObject* child, const CSDObject* before, bool isE
     if (!isElsewhere && !child->hasFlag(kLoose) && ObjectAccess::placeOf(*list, *child) != list->size())
         return TreeChange::Listed;
     if (child->HasChildList() && ODF::IsBelow(*this, *child)) return TreeChange::OwnAncestor;
-    std::size_t place = list->size();
-    if (before) {
-        place = ObjectAccess::placeOf(*list, *before);
-        if (place == list->size()) return TreeChange::NotAChild;
-    }
     // All that needs memory comes first.
     if (list->size() == list->capacity()) list->reserve(std::max<std::size_t>(list->size() * 2, 1));
-    if (child->HasChildList() && child->GetRootpart() != GetRootpart())
-        child->SetReNewRootPart(GetRootpart());
-    if (before) {
+    if (child->HasChildList()) child->SetReNewRootPart(GetRootpart());
+    if (place < list->size()) {
         list->insert(list->begin() + static_cast<std::ptrdiff_t>(place), child);
         SetObject(child, 0);
     } else {
+        place = list->size();
         SetObject(child, 1);
         if (list->empty() || list->back() != child) return TreeChange::NoList;
     }
@@ -159,11 +154,17 @@ TreeChange CSDObject::attach(CSDObject* child, const CSDObject* before, bool isE
     return TreeChange::Done;
 }
 
+TreeChange CSDObject::attachBefore(CSDObject* child, const CSDObject& before) {
+    const std::vector<CSDObject*>* const list = ObjectAccess::list(*this);
+    const std::size_t place = list ? ObjectAccess::placeOf(*list, before) : 0;
+    return list && place == list->size() ? TreeChange::NotAChild : attach(child, place);
+}
+
 std::unique_ptr<CSDObject> CSDObject::Detach(CSDObject& child) {
     std::vector<CSDObject*>* const list = ObjectAccess::list(*this);
     const std::size_t place = list ? ObjectAccess::placeOf(*list, child) : 0;
     if (!list || place == list->size()) return nullptr;
-    if (child.GetRootpart()) child.SetReNewRootPart(nullptr);
+    child.SetReNewRootPart(nullptr);
     list->erase(list->begin() + static_cast<std::ptrdiff_t>(place));
     ObjectAccess::setLoose(child);
     if (child.GetID() == ODF::kParentAwareId) child.SetParentObj(nullptr);
@@ -190,35 +191,39 @@ TreeChange CSDObject::MoveTo(CSDObject& to) {
         ObjectAccess::setParent(*this, to, from->size() - 1);
         return TreeChange::Done;
     }
-    const TreeChange change = to.attach(this, nullptr, true);
+    const TreeChange change = to.attach(this, kAtEnd, true);
     if (change == TreeChange::Done) from->erase(from->begin() + static_cast<std::ptrdiff_t>(place));
     return change;
 }
 
 std::unique_ptr<CSDObject> CSDObject::Clone() const {
-    std::unique_ptr<CSDObject> root = ObjectAccess::cloneAlone(*this);
+    return ObjectAccess::clone(*this, false);
+}
+
+std::unique_ptr<CSDObject> ObjectAccess::clone(const CSDObject& object, bool leavesOut) {
+    std::unique_ptr<CSDObject> root = cloneAlone(object);
     if (!root) return root;
     // A list of what is still to do instead of a recursion.
-    std::vector<std::pair<const CSDObject*, CSDObject*>> open{{this, root.get()}};
+    std::vector<std::pair<const CSDObject*, CSDObject*>> open{{&object, root.get()}};
     while (!open.empty()) {
         const auto [from, to] = open.back();
         open.pop_back();
         // Children that a class of the caller's own keeps elsewhere are that class's to copy.
-        if (!ObjectAccess::isExtended(*from) && !from->Descriptor()) continue;
-        if (ObjectAccess::isExtended(*from))
-            ObjectAccess::list(*to)->reserve(ObjectAccess::children(*from).size());
+        if (!isExtended(*from) && !from->Descriptor()) continue;
+        if (isExtended(*from)) list(*to)->reserve(children(*from).size());
         for (const CSDObject& child : from->Children()) {
-            std::unique_ptr<CSDObject> copy = ObjectAccess::cloneAlone(child);
+            std::unique_ptr<CSDObject> copy = cloneAlone(child);
+            if (!copy && leavesOut) continue;
             if (!copy) return nullptr;
             CSDObject* const made = copy.get();
-            ObjectAccess::setParent(*made, *to, ObjectAccess::childCount(*to));
-            ObjectAccess::append(*to, {&made, 1});
+            setParent(*made, *to, childCount(*to));
+            append(*to, {&made, 1});
             copy.release(); // NOLINT(bugprone-unused-return-value): the list has it
             if (made->GetID() == ODF::kParentAwareId) made->SetParentObj(to);
             if (child.HasChildList()) open.emplace_back(&child, made);
         }
     }
-    root->setFlag(kLoose, true);
+    setLoose(*root);
     return root;
 }
 

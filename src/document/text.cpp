@@ -13,7 +13,7 @@ namespace ODF {
 namespace {
 
 using Kind = TextPiece::Kind;
-constexpr char16_t kFixed = 0xFFFF; ///< stands for a field; no XML contains it
+constexpr char16_t kFixed = 0xFFFF; ///< a field; no XML contains this character
 using Objects = std::vector<std::unique_ptr<CSDObject>>;
 
 /// Calls `visit` for each paragraph and heading at and below `root` in document order.
@@ -41,7 +41,7 @@ bool HoldsOneValue(const CSDObject& object) noexcept {
     return ObjectAccess::holdsText(object) && !ObjectAccess::isMarkup(object);
 }
 
-/// Whether the value of the object is its text as it stands, and not that of a paragraph.
+/// Whether the value of the object is plain text, not that of a paragraph.
 bool IsPlainValue(const CSDObject& object) noexcept {
     return HoldsOneValue(object) && !IsParagraph(object) && !IsInline(object);
 }
@@ -50,7 +50,7 @@ bool IsSingleRun(const Objects& objects) noexcept {
     return objects.size() == 1 && ObjectAccess::isTextRun(*objects.front());
 }
 
-/// Makes the runs among the children the text of an element whose class has one value.
+/// Sets the value of an element to what the text runs among its children say together.
 void FollowRuns(CSDObject& object) {
     if (ObjectAccess::keepsRuns(object)) return;
     ObjectAccess::setKeepsValue(object);
@@ -65,8 +65,8 @@ void Give(CSDObject& parent, std::vector<CSDObject*>& list, Objects& objects) {
     }
 }
 
-/// What an edit puts in the place of pieces. Each list of children is made anew once, however many of its
-/// objects are replaced.
+/// Collects what replaces the pieces of a paragraph. Each list of children is rebuilt once, however many of
+/// its objects are replaced.
 class Edit {
 public:
     void replace(const TextPiece& piece, std::u16string_view text, bool afterBlank, bool beforeBlank) {
@@ -124,7 +124,7 @@ private:
             for (const auto& [old, made] : parent.replaced)
                 count += made.size();
             std::vector<CSDObject*> next;
-            next.reserve(count); // the list can not be left half made
+            next.reserve(count); // the list can't be left half made
             Give(object, next, parent.front);
             for (CSDObject* const child : list) {
                 const auto at = parent.replaced.find(child);
@@ -156,7 +156,7 @@ public:
         replace();
         findNext();
         Edit edit;
-        char16_t before = u'\n';   // the begin of a paragraph counts as one
+        char16_t before = u'\n';   // the start of a paragraph counts as one
         bool isBlankBefore = true; // a blank in the file would be dropped here
         for (std::size_t i = 0; i < pieces_.size(); ++i) {
             const TextPiece& piece = pieces_[i];
@@ -193,7 +193,7 @@ private:
         texts_.resize(pieces_.size());
         isChanged_.resize(pieces_.size());
         std::size_t first = 0; // of the piece
-        std::size_t match = 0; // the first that ends behind it
+        std::size_t match = 0; // the first that ends after `first`
         for (std::size_t i = 0; i < pieces_.size(); ++i) {
             const std::u16string& old = pieces_[i].text;
             const std::size_t end = first + (pieces_[i].kind == Kind::Fixed ? 1 : old.size());
@@ -255,7 +255,7 @@ std::u16string WithLineFeeds(std::string_view utf8) {
 } // namespace
 
 std::u16string Text16(const CSDObject& element) {
-    auto& object = const_cast<CSDObject&>(element); // NOLINT: is looked at alone
+    auto& object = const_cast<CSDObject&>(element); // NOLINT: nothing is changed
     std::u16string text;
     if (IsParagraph(object) || IsInline(object)) {
         AppendPieces(object, text);

@@ -147,20 +147,21 @@ public:
 
     /// @name Changing
     /// A child of a class that this one doesn't list is kept all the same, and is written under the name of
-    /// its own class. The time of `Append` and `Insert` is in what lies below the child, and in the children
-    /// of this object for a child that comes neither from `Create` nor from `Detach` nor from `Clone`.
+    /// its own class. The time of `Append` and `Insert` grows with what is below the child, and with the
+    /// children of this object for a child that comes neither from `Create` nor from `Detach` nor from
+    /// `Clone`.
     /// @{
-    /// Puts `child` behind the other children and sets the root part of all that it holds. When it is refused
+    /// Puts `child` after the other children and sets the root part of all that it holds. When it is refused
     /// the caller keeps it; for `Listed` the pointer is given up, since the list owns the object already.
     /// Throws std::bad_alloc, and changes nothing, without memory.
     template<std::derived_from<CSDObject> T>
     ODF::TreeChange Append(std::unique_ptr<T>&& child) {
-        return handOver(child, attach(child.get(), nullptr));
+        return handOver(child, attach(child.get(), kAtEnd));
     }
-    /// The same in front of `before`, a child of this object.
+    /// The same before `before`, a child of this object.
     template<std::derived_from<CSDObject> T>
     ODF::TreeChange Insert(std::unique_ptr<T>&& child, const CSDObject& before) {
-        return handOver(child, attach(child.get(), &before));
+        return handOver(child, attachBefore(child.get(), before));
     }
     /// Takes a child out with all that is below it, for the caller to own; it has no root part then. Null
     /// when it is no child of this object.
@@ -260,8 +261,10 @@ protected:
 private:
     friend class ODF::ObjectAccess;
 
+    static constexpr std::size_t kAtEnd = std::size_t(-1);
     /// `isElsewhere`: the child is known to be in another list, which spares looking for it in this one.
-    ODF::TreeChange attach(CSDObject* child, const CSDObject* before, bool isElsewhere = false);
+    ODF::TreeChange attach(CSDObject* child, std::size_t place, bool isElsewhere = false);
+    ODF::TreeChange attachBefore(CSDObject* child, const CSDObject& before);
     CSDObject* sibling(std::ptrdiff_t step) const noexcept;
     template<typename T>
     static ODF::TreeChange handOver(std::unique_ptr<T>& child, ODF::TreeChange result) noexcept {
@@ -322,7 +325,7 @@ public:
     T& Append() {
         return static_cast<T&>(*Adopt(T::Create()));
     }
-    /// The same in front of `before`; null, and no child is made, when that is no child of this object.
+    /// The same before `before`; null, and no child is kept, when that is no child of this object.
     template<ODF::MakeableClass T>
     T* Insert(const CSDObject& before) {
         std::unique_ptr<CSDObject> made(T::Create());

@@ -17,7 +17,7 @@ class CSDObject;
 
 namespace ODF {
 
-/// A class whose objects are told by their id: the element classes.
+/// An element class: one with an id of its own, by which its objects are recognised.
 template<typename T>
 concept ElementClass = std::derived_from<T, CSDObject> && requires {
     { T::kId } -> std::convertible_to<unsigned>;
@@ -30,7 +30,7 @@ template<typename T>
 concept MakeableClass = ElementClass<T> && requires {
     { T::Create() } -> std::same_as<CSDObject*>;
 };
-/// What C++ would make a bool of although it is a text or another pointer.
+/// A string literal or another pointer, which C++ would convert to bool.
 template<typename T>
 concept PointerLike = std::convertible_to<const T&, const volatile void*>;
 
@@ -47,13 +47,10 @@ bool Is(const CSDObject* object) noexcept {
     else
         return object && IdOf(*object) == Class::kId;
 }
-} // namespace detail
 
-/// Goes through a child list, past the objects of other classes. Places are numbers, so objects may be
-/// appended on the way; after another change of the list go on from a new range.
+/// What a forward iterator over objects of the class T tells of itself.
 template<typename T>
-class ChildIterator {
-public:
+struct ForwardOver {
     using iterator_concept = std::forward_iterator_tag;
     using iterator_category = std::forward_iterator_tag;
     using value_type = std::remove_const_t<T>;
@@ -61,6 +58,15 @@ public:
     using pointer = T*;
     using reference = T&;
 
+    friend bool operator==(const ForwardOver&, const ForwardOver&) noexcept = default;
+};
+} // namespace detail
+
+/// Goes through a child list, past the objects of other classes. Places are numbers, so objects may be
+/// appended on the way; after another change of the list go on from a new range.
+template<typename T>
+class ChildIterator : public detail::ForwardOver<T> {
+public:
     ChildIterator() = default;
     explicit ChildIterator(const std::vector<CSDObject*>* list) noexcept : list_(list) { settle(); }
 
@@ -105,18 +111,11 @@ private:
     const std::vector<CSDObject*>* list_;
 };
 
-/// Goes through all that lies below an object, each object before what is below it, by a stack as high as
-/// the tree is deep. Objects may be appended on the way; after another change go on from a new range.
+/// Goes through all that is below an object, each object before its children, with a stack as high as the
+/// tree is deep. Objects may be appended on the way; after another change go on from a new range.
 template<typename T>
-class DescendantIterator {
+class DescendantIterator : public detail::ForwardOver<T> {
 public:
-    using iterator_concept = std::forward_iterator_tag;
-    using iterator_category = std::forward_iterator_tag;
-    using value_type = std::remove_const_t<T>;
-    using difference_type = std::ptrdiff_t;
-    using pointer = T*;
-    using reference = T&;
-
     DescendantIterator() = default;
     explicit DescendantIterator(const std::vector<CSDObject*>* list) {
         descend(list);
@@ -182,7 +181,7 @@ private:
 enum class TreeChange {
     Done,
     NoObject,    ///< the pointer was null
-    OwnAncestor, ///< it is the parent itself or lies above it
+    OwnAncestor, ///< it is the parent itself or above it
     Listed,      ///< it is a child of that parent already
     NotAChild,   ///< the object to insert in front of is no child of that parent
     NoList,      ///< the parent's class holds no children

@@ -4,12 +4,14 @@
 #include "document/sheet/tree_edit.h"
 #include "document/text/paragraph_text.h"
 
+#include <odfmodel/document/text.h>
 #include <odfmodel/elements/table/structure.h>
 #include <odfmodel/elements/text/blocks.h>
 #include <odfmodel/elements/text/paragraph.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 namespace ODF {
 namespace {
@@ -18,78 +20,6 @@ namespace {
 bool IsBlock(unsigned id) noexcept {
     return id == CTextList::kId || id == CTextListItem::kId || id == CTextListHeader::kId ||
            id == CTextSection::kId || id == CTextNumberedParagraph::kId;
-}
-
-/// Within a paragraph, but no part of its text: shapes, notes, what is read apart from the line.
-bool IsBeside(const CSDObject& object) noexcept {
-    const ClassDescriptor* const table = ObjectAccess::descriptor(object);
-    if (!table) return !ObjectAccess::isTextRun(object);
-    const std::string_view name = table->elementName;
-    return (name.starts_with("draw:") && name != "draw:a") || name.starts_with("dr3d:") ||
-           name == "office:annotation" || name == "text:note" || name == "text:ruby-text";
-}
-
-bool IsBlank(char c) noexcept {
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
-
-/// Puts lines together; blanks and line ends of the file count as one blank, none at the start of a
-/// paragraph.
-class Lines {
-public:
-    void startParagraph() {
-        if (hasParagraph_) text_ += '\n';
-        hasParagraph_ = isAfterBlank_ = true;
-    }
-    void add(std::u16string_view text) {
-        for (const char c : ToUtf8(text)) {
-            const bool isBlank = IsBlank(c);
-            if (!isBlank)
-                text_ += c;
-            else if (!isAfterBlank_)
-                text_ += ' ';
-            isAfterBlank_ = isBlank;
-        }
-    }
-    void add(std::size_t count, char c) {
-        text_.append(count, c);
-        isAfterBlank_ = false;
-    }
-    std::string take() noexcept { return std::move(text_); }
-
-private:
-    std::string text_;
-    bool hasParagraph_ = false;
-    bool isAfterBlank_ = true;
-};
-
-/// Takes what the object itself says; true when what lies below it is to be read too.
-bool Enter(const CSDObject& object, bool isInParagraph, Lines& lines) {
-    const unsigned id = object.GetID();
-    if (!isInParagraph) {
-        if (!IsParagraph(object)) return IsBlock(id);
-        lines.startParagraph();
-    } else if (IsBeside(object)) {
-        return false;
-    }
-    unsigned count = 1;
-    switch (id) {
-    case CTextS::kId:
-        static_cast<const CTextS&>(object).GetTextC(count);
-        lines.add(std::min(count, kMaxBlanks), ' ');
-        return false;
-    case CTextTab::kId:
-        lines.add(1, '\t');
-        return false;
-    case CTextLineBreak::kId:
-        lines.add(1, '\n');
-        return false;
-    default:
-        break;
-    }
-    if (ObjectAccess::holdsText(object) && !ObjectAccess::keepsValue(object))
-        lines.add(ObjectAccess::text(object).view());
-    return true;
 }
 
 /// The one run of a cell with one plain paragraph, which nearly all are; null for any other.
@@ -124,34 +54,6 @@ CTextP* AddParagraph(CSDExtObject& cell) {
                                                 : static_cast<CTableCoveredTableCell&>(cell).SetTextP();
 }
 
-void AddLine(CTextP& paragraph, std::string_view line) {
-    std::size_t at = 0;
-    while (at < line.size()) {
-        if (line[at] == '\t') {
-            paragraph.SetTextTab();
-            ++at;
-            continue;
-        }
-        // Blanks that XML would lose: at the start, after a tab or another blank, at the end.
-        std::size_t blanks = std::min(line.find_first_not_of(' ', at), line.size()) - at;
-        if (blanks > 0) {
-            at += blanks;
-            for (; blanks > 0; blanks -= std::min<std::size_t>(blanks, kMaxBlanks))
-                paragraph.SetTextS()->SetTextC(
-                    static_cast<unsigned>(std::min<std::size_t>(blanks, kMaxBlanks)));
-            continue;
-        }
-        std::size_t end = at;
-        while (end < line.size() && line[end] != '\t') {
-            if (line[end] == ' ' && (end + 1 == line.size() || line[end + 1] == ' ' || line[end + 1] == '\t'))
-                break;
-            ++end;
-        }
-        paragraph.SetText(CTulStringW(line.substr(at, end - at)));
-        at = end;
-    }
-}
-
 } // namespace
 
 bool IsCellText(const CSDObject& child) noexcept {
@@ -163,12 +65,15 @@ std::string CellText(const CSDObject& cell) {
         const std::u16string_view text = ObjectAccess::text(*run).view();
         if (IsPlain(text)) return ToUtf8(text);
     }
-    Lines lines;
-    WalkBelow(cell, false, [&](const CSDObject& object, bool isInParagraph) -> std::optional<bool> {
-        if (!Enter(object, isInParagraph, lines)) return std::nullopt;
-        return isInParagraph || IsParagraph(object);
+    std::string text;
+    bool isFirst = true;
+    WalkBelow(cell, false, [&](const CSDObject& object, bool) -> std::optional<bool> {
+        if (!IsParagraph(object)) return IsBlock(object.GetID()) ? std::optional(false) : std::nullopt;
+        if (!std::exchange(isFirst, false)) text += '\n';
+        text += Text(object);
+        return std::nullopt;
     });
-    return lines.take();
+    return text;
 }
 
 void DropCellText(CSDExtObject& cell) noexcept {
@@ -190,7 +95,7 @@ void AddCellText(CSDExtObject& cell, std::string_view text) {
     if (IsPlain(text)) return AddCellParagraph(cell, CTulStringW(text));
     for (;;) {
         const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
-        AddLine(*AddParagraph(cell), text.substr(0, end));
+        SetText(*AddParagraph(cell), text.substr(0, end));
         if (end == text.size()) return;
         text.remove_prefix(end + (text.substr(end).starts_with("\r\n") ? 2 : 1));
     }

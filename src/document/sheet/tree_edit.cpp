@@ -14,9 +14,7 @@ namespace {
 
 /// A copy for other places of the sheet. An id is unique in a document, so the copy has none.
 std::unique_ptr<CSDObject> CopyOf(const CSDObject& original) {
-    std::unique_ptr<CSDObject> copy = original.Clone();
-    // With an object of a caller's own class that can't be copied below it.
-    if (!copy) return ObjectAccess::cloneAlone(original);
+    std::unique_ptr<CSDObject> copy = ObjectAccess::clone(original, true);
     copy->Unset("xml:id");
     for (CSDObject& object : copy->Descendants())
         object.Unset("xml:id");
@@ -53,13 +51,8 @@ const std::vector<CSDObject*>& ChildrenOf(const CSDObject& object) noexcept {
 }
 
 CSDObject* Insert(CSDExtObject& parent, std::size_t position, std::unique_ptr<CSDObject> child) {
-    CSDObject* const added = child.get();
-    const std::vector<CSDObject*>& list = ChildrenOf(parent);
-    if (position < list.size())
-        parent.Insert(std::move(child), *list[position]);
-    else
-        parent.Append(std::move(child));
-    return added;
+    ObjectAccess::insert(parent, position, child.get()); // new, so nothing speaks against it
+    return child.release();
 }
 
 bool IsCell(const CSDObject& object) noexcept {

@@ -163,7 +163,7 @@ std::vector<std::unique_ptr<CSDObject>> EncodeText(std::u16string_view text, boo
         if (unit == u' ') {
             const std::size_t end = std::min(text.find_first_not_of(u' ', at), text.size());
             std::size_t count = end - at;
-            // One that stands after a character is a character itself, all others are counted.
+            // A single blank after a character is written as it is, all others are counted.
             if (!afterBlank && !(end == text.size() && beforeBlank)) {
                 run += u' ';
                 --count;

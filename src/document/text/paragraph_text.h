@@ -12,7 +12,7 @@ namespace ODF {
 /// The blanks of one element that are read or written: a file of a few bytes may ask for any number.
 inline constexpr unsigned kMaxBlanks = 4096;
 
-/// A part of a paragraph's text that lies in one object.
+/// The part of a paragraph's text that one object holds.
 struct TextPiece {
     enum class Kind {
         Run,    ///< `object` is a text run among the children of `parent`
@@ -24,20 +24,20 @@ struct TextPiece {
     CSDObject* parent;
     CSDObject* object;
     std::u16string text; ///< as it is read: runs of white space in a file are one blank
-    bool isCut = false;  ///< begins with white space that what stands before has swallowed
+    bool isCut = false;  ///< begins with white space that follows other white space, so it is dropped
 };
 
-/// Whether the object begins a text of its own: a paragraph or heading.
+/// Whether the object is a paragraph or heading.
 bool IsParagraph(const CSDObject& object) noexcept;
-/// Whether the text of the object is part of the paragraph around it: spans, links and what no class has.
+/// Whether the text of the object belongs to the paragraph that contains it: spans, links, foreign elements.
 bool IsInline(const CSDObject& object) noexcept;
-/// Whether nothing at and below the object is text of the document: comments and deleted text.
+/// Whether the object, with all below it, is a comment or deleted text.
 bool IsApart(const CSDObject& object) noexcept;
 
-/// The text of a paragraph or inline object in its pieces, in reading order.
+/// Divides the text of a paragraph or inline object into the pieces that objects hold, in reading order.
 std::vector<TextPiece> PiecesOf(CSDObject& paragraph);
-/// The objects that stand for `text`. A blank at the begin or end is one that a reader would drop if
-/// `afterBlank` or `beforeBlank`.
+/// Makes the objects that `text` is written as. With `afterBlank` a reader would drop a blank at its start,
+/// with `beforeBlank` one at its end.
 std::vector<std::unique_ptr<CSDObject>> EncodeText(std::u16string_view text, bool afterBlank,
                                                    bool beforeBlank);
 
