@@ -201,7 +201,7 @@ private:
             while (match < matches_.size() && matches_[match] < end) {
                 const std::size_t begin = matches_[match];
                 const std::size_t last = begin + from_.size();
-                isChanged_[i] = isChanged_[i] || old.size() > 0;
+                isChanged_[i] = isChanged_[i] || !old.empty();
                 if (begin >= first) {
                     texts_[i].append(old, at - first, begin - at);
                     texts_[i] += to_;
