@@ -70,7 +70,8 @@ void Manifest::index() {
     isEncrypted_ = false;
     for (const auto& [name, value] : root_.attributes) {
         const bool isDeclared = std::find(kNamespaces.begin(), kNamespaces.end(), value) != kNamespaces.end();
-        if (!isDeclared) continue;
+        // Of a name with two colons nothing is the prefix.
+        if (!isDeclared || LocalOf(name).find(':') != std::string_view::npos) continue;
         if (name == "xmlns") prefixes_.emplace_back();
         if (PrefixOf(name) == "xmlns") prefixes_.insert(prefixes_.begin(), std::string(LocalOf(name)));
     }
@@ -140,7 +141,10 @@ void Manifest::set(std::string_view path, std::string_view attribute, std::strin
         if (attribute != "media-type") setAttribute(row, "media-type", "");
         if (path == "/") {
             root_.children.insert(root_.children.begin(), std::move(row));
-            index();
+            for (auto& [other, places] : rows_)
+                for (std::size_t& place : places)
+                    ++place;
+            rows_[key].push_back(0);
         } else {
             root_.children.push_back(std::move(row));
             rows_[key].push_back(root_.children.size() - 1);
