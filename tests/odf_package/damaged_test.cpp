@@ -63,6 +63,10 @@ TEST(Damaged, ManifestsOfAllKindsOpen) {
         {"a declaration with two colons",
          std::string("<manifest:manifest xmlns:m:manifest=\"") + kNamespace + "\">" + row + end, "type/c",
          true},
+        {"encryption that isn't the row's own",
+         start + row + R"(<manifest:file-entry manifest:full-path="a"><x><manifest:encryption-data/></x>)" +
+             "</manifest:file-entry>" + end,
+         "type/c", true},
         {"cut", start + row + "<manifest:file-en", "type/c", false},
         {"empty", "", "text/xml", false},
         {"not XML", "\xFF\xFE\x01", "text/xml", false},
@@ -100,6 +104,14 @@ TEST(Damaged, ManifestsOfAllKindsOpen) {
         EXPECT_EQ(changed.package.mediaTypeOf("/"), "type/all");
         EXPECT_EQ(changed.package.mediaTypeOf("new.xml"), "text/xml");
     }
+}
+
+TEST(Damaged, EncryptionOfARowWithoutAPathNeedsNoPassword) {
+    Opened opened(WithManifest(std::string("<manifest:manifest xmlns:manifest=\"") + kNamespace +
+                               "\"><manifest:file-entry><manifest:encryption-data/></manifest:file-entry>" +
+                               "</manifest:manifest>"));
+    EXPECT_EQ(opened.status, Status::Ok);
+    EXPECT_EQ(opened.written().find("encryption-data"), std::string::npos);
 }
 
 TEST(Damaged, AmbiguousNamesAreToldAndKept) {

@@ -29,6 +29,7 @@ struct Parse {
     EncryptedRow row; ///< the row that is open
     bool isInsideRow = false;
     bool isEncrypted = false;
+    std::size_t depth = 0; ///< below the row
     std::size_t mostRows = 0;
 };
 
@@ -88,8 +89,9 @@ void XMLCALL OnStart(void* user, const XML_Char* name, const XML_Char** attribut
         parse.row = {};
         parse.isInsideRow = true;
         parse.isEncrypted = false;
-    } else if (element == "encryption-data") {
-        parse.isEncrypted = parse.isInsideRow;
+        parse.depth = 0;
+    } else if (++parse.depth == 1 && element == "encryption-data") {
+        parse.isEncrypted = parse.isInsideRow; // what is deeper belongs to something else
     }
     if (!parse.isInsideRow) return;
     for (; *attributes; attributes += 2) {
@@ -103,8 +105,13 @@ void XMLCALL OnStart(void* user, const XML_Char* name, const XML_Char** attribut
 
 void XMLCALL OnEnd(void* user, const XML_Char* name) {
     auto& parse = *static_cast<Parse*>(user);
-    if (LocalPart(name) != "file-entry") return;
-    if (parse.isInsideRow && parse.isEncrypted && parse.result.rows.size() < parse.mostRows)
+    if (LocalPart(name) != "file-entry") {
+        --parse.depth;
+        return;
+    }
+    // A row without a path tells of no member.
+    if (parse.isInsideRow && parse.isEncrypted && !parse.row.path.empty() &&
+        parse.result.rows.size() < parse.mostRows)
         parse.result.rows.push_back(std::move(parse.row));
     parse.isInsideRow = false;
 }
