@@ -106,12 +106,19 @@ TEST(Damaged, ManifestsOfAllKindsOpen) {
     }
 }
 
-TEST(Damaged, EncryptionOfARowWithoutAPathNeedsNoPassword) {
-    Opened opened(WithManifest(std::string("<manifest:manifest xmlns:manifest=\"") + kNamespace +
-                               "\"><manifest:file-entry><manifest:encryption-data/></manifest:file-entry>" +
-                               "</manifest:manifest>"));
-    EXPECT_EQ(opened.status, Status::Ok);
-    EXPECT_EQ(opened.written().find("encryption-data"), std::string::npos);
+TEST(Damaged, NoReaderTakesWhatIsSavedPlainForEncrypted) {
+    const std::string start = std::string("<manifest:manifest xmlns:manifest=\"") + kNamespace + "\">";
+    for (const std::string rows :
+         {"<manifest:file-entry><manifest:encryption-data/></manifest:file-entry>",
+          "<manifest:file-entry "
+          "manifest:full-path=\"none.xml\"><m:encryption-data/></manifest:file-entry>",
+          "<m:file-entry full-path=\"none.xml\"><manifest:encryption-data/></m:file-entry>"}) {
+        Opened opened(WithManifest(start + rows + "</manifest:manifest>"), "Secret123");
+        opened.package.setEncryption(ODF::OdfPackage::Encryption::None, {});
+        const std::string written = opened.written();
+        EXPECT_EQ(ManifestOf(written).find("encryption-data"), std::string::npos) << rows;
+        EXPECT_EQ(Opened(written).status, Status::Ok) << rows;
+    }
 }
 
 TEST(Damaged, AmbiguousNamesAreToldAndKept) {

@@ -31,6 +31,11 @@ std::string Qualified(std::string_view prefix, std::string_view local) {
     return name += local;
 }
 
+/// Of whatever prefix: readers differ in how they look at it, and none shall take plain data for encrypted.
+bool IsEncryption(const ManifestElement& child) noexcept {
+    return LocalOf(child.name) == "encryption-data";
+}
+
 bool Declares(const ManifestElement& element, std::string_view name) {
     return std::any_of(element.attributes.begin(), element.attributes.end(),
                        [&](const auto& attribute) { return attribute.first == name; });
@@ -79,11 +84,10 @@ void Manifest::index() {
     if (!prefixes_.empty() && prefixes_.front().empty()) prefixes_.insert(prefixes_.begin(), "manifest");
     for (std::size_t place = 0; place < root_.children.size(); ++place) {
         const ManifestElement& row = root_.children[place];
+        isEncrypted_ = isEncrypted_ || std::any_of(row.children.begin(), row.children.end(), IsEncryption);
         if (!isOwn(row.name, "file-entry")) continue;
         const std::string* const path = attributeOf(row, "full-path");
         if (path) rows_[*path].push_back(place);
-        for (const ManifestElement& child : row.children)
-            if (isOwn(child.name, "encryption-data")) isEncrypted_ = true;
     }
 }
 
@@ -199,8 +203,7 @@ std::string Manifest::text(const RowEncryptions& encryptions) const {
     out += '>';
 
     const auto append = [&](ManifestElement row, std::string_view path) {
-        std::erase_if(row.children,
-                      [&](const ManifestElement& child) { return isOwn(child.name, "encryption-data"); });
+        std::erase_if(row.children, IsEncryption);
         const auto encryption = encryptions.find(std::string(path));
         out += "\n ";
         if (encryption == encryptions.end()) {

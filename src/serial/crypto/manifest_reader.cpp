@@ -29,7 +29,7 @@ struct Parse {
     EncryptedRow row; ///< the row that is open
     bool isInsideRow = false;
     bool isEncrypted = false;
-    std::size_t depth = 0; ///< below the row
+    std::size_t depth = 0;
     std::size_t mostRows = 0;
 };
 
@@ -82,16 +82,19 @@ constexpr std::array<AttributeRow, 14> kAttributes{{
     {"key-derivation", "argon2-lanes", SetNumber<&EncryptionData::argon2Lanes>},
 }};
 
+/// A row is a child of the root. What is deeper than its own `encryption-data` belongs to something else.
+constexpr std::size_t kRowDepth = 2;
+
 void XMLCALL OnStart(void* user, const XML_Char* name, const XML_Char** attributes) {
     auto& parse = *static_cast<Parse*>(user);
     const std::string_view element = LocalPart(name);
-    if (element == "file-entry") {
+    ++parse.depth;
+    if (parse.depth == kRowDepth && element == "file-entry") {
         parse.row = {};
         parse.isInsideRow = true;
         parse.isEncrypted = false;
-        parse.depth = 0;
-    } else if (++parse.depth == 1 && element == "encryption-data") {
-        parse.isEncrypted = parse.isInsideRow; // what is deeper belongs to something else
+    } else if (parse.depth == kRowDepth + 1 && element == "encryption-data") {
+        parse.isEncrypted = parse.isInsideRow;
     }
     if (!parse.isInsideRow) return;
     for (; *attributes; attributes += 2) {
@@ -105,10 +108,7 @@ void XMLCALL OnStart(void* user, const XML_Char* name, const XML_Char** attribut
 
 void XMLCALL OnEnd(void* user, const XML_Char* name) {
     auto& parse = *static_cast<Parse*>(user);
-    if (LocalPart(name) != "file-entry") {
-        --parse.depth;
-        return;
-    }
+    if (parse.depth-- != kRowDepth || LocalPart(name) != "file-entry") return;
     // A row without a path tells of no member.
     if (parse.isInsideRow && parse.isEncrypted && !parse.row.path.empty() &&
         parse.result.rows.size() < parse.mostRows)
