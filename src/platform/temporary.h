@@ -40,7 +40,7 @@ public:
 
 private:
     FolderClaim() = default;
-    void makeRecord(Path records);
+    bool makeRecord(Path records);
 
     Path folder_;
     Path records_; ///< the folder of all records

@@ -130,7 +130,9 @@ std::unique_ptr<FolderClaim> FolderClaim::create(std::string_view stem) {
     std::unique_ptr<FolderClaim> claim(new FolderClaim);
     const Path directory = TemporaryDirectory();
     if (directory.empty()) return nullptr;
-    claim->makeRecord(RecordFolder(directory));
+    // Another process removes the folder of records when it has taken its own out of it.
+    for (int attempt = 0; attempt < 16; ++attempt)
+        if (claim->makeRecord(RecordFolder(directory)) || errno != ENOENT) break;
     claim->folder_ = TryNames(directory, stem, {}, 4, [&](const Path& name) {
         // The record comes first: a process that is killed between both leaves nothing but that.
         claim->told_ = name.utf8();
@@ -146,8 +148,8 @@ std::unique_ptr<FolderClaim> FolderClaim::create(std::string_view stem) {
 }
 
 /// Without a record, as on a medium that is full, the folder is only not found again.
-void FolderClaim::makeRecord(Path records) {
-    if (records.empty()) return;
+bool FolderClaim::makeRecord(Path records) {
+    if (records.empty()) return false;
     records_ = std::move(records);
     RemoveForsaken(records_);
     record_ = TryNames(records_, {}, {}, 16, [&](const Path& name) {
@@ -158,6 +160,7 @@ void FolderClaim::makeRecord(Path records) {
         return false;
     });
     hasRecord_ = !record_.empty();
+    return hasRecord_;
 }
 
 FolderClaim::~FolderClaim() {
