@@ -5,9 +5,13 @@
 /// from odfmodel/document/, element classes by family from odfmodel/elements/.
 
 #include <odfmodel/core/attribute.h>
+#include <odfmodel/core/color.h>
 #include <odfmodel/core/diagnostics.h>
+#include <odfmodel/core/enumeration.h>
 #include <odfmodel/core/fidelity.h>
 #include <odfmodel/core/foreign.h>
+#include <odfmodel/core/iso_time.h>
+#include <odfmodel/core/length.h>
 #include <odfmodel/core/limits.h>
 #include <odfmodel/core/object.h>
 #include <odfmodel/core/part.h>
