@@ -27,8 +27,11 @@
 #include <odfmodel/document/open_document.h>
 #include <odfmodel/document/part.h>
 #include <odfmodel/document/part_factories.h>
+#include <odfmodel/document/pictures.h>
 #include <odfmodel/document/sheet.h>
+#include <odfmodel/document/styles.h>
 #include <odfmodel/document/text.h>
+#include <odfmodel/document/transfer.h>
 #include <odfmodel/elements/elements.h>
 #include <odfmodel/package/package.h>
 #include <odfmodel/serial/base_library.h>

@@ -126,7 +126,6 @@ public:
     /// @}
 
 private:
-    friend class Transfer;
     struct State;
 
     CSDObject* FindObject(unsigned id, std::string_view name) const;

@@ -2,6 +2,8 @@
 
 #include "core/object_access.h"
 
+#include <odfmodel/document/odf_document.h>
+#include <odfmodel/document/open_document.h>
 #include <odfmodel/elements/office/document.h>
 #include <odfmodel/elements/style/containers.h>
 
@@ -108,6 +110,17 @@ void AddElement(std::string& key, const CSDObject& object, bool isStyle) {
         AddField(key, std::to_string(object.GetID()));
     AddAttributes(key, object, isStyle);
     AddField(key, TextOf(object));
+}
+
+/// A document may have no tree of common styles; this gives it one.
+CSDObject* MakeStylesRoot(Document& document) {
+    constexpr std::string_view kEmpty =
+        R"(<office:document-styles xmlns:office="urn:oasis:names:tc:opendocument:xmlns:office:1.0" )"
+        R"(office:version="1.2"/>)";
+    if (!document.Content()) return nullptr;
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(kEmpty.data());
+    if (!document.WriteMember("styles.xml", {bytes, kEmpty.size()}, "text/xml")) return nullptr;
+    return document.Styles();
 }
 
 } // namespace
@@ -307,6 +320,17 @@ StyleTrees::Place StyleTrees::commonPlaceOf(NamedKind kind, Part part) noexcept 
     if (kind == NamedKind::MasterPage) return Place::Master;
     if (kind == NamedKind::Font) return part == Part::Content ? Place::ContentFonts : Place::StylesFonts;
     return Place::Common;
+}
+
+StyleTrees TreesOf(Document& document) {
+    CSDObject* const flat = document.Flat();
+    StyleTrees trees(flat ? flat : document.Content(), flat ? flat : document.Styles());
+    trees.makeStylesRoot = [&document] { return MakeStylesRoot(document); };
+    return trees;
+}
+
+StyleTrees TreesOf(CODFDoc& document) {
+    return {document.GetContentClass(), document.GetStylesClass()};
 }
 
 bool IsAutomaticStyle(const CSDObject& style) noexcept {

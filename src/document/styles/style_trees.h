@@ -15,6 +15,9 @@
 
 namespace ODF {
 
+class CODFDoc;
+class Document;
+
 /// What a style says, whatever its name: two with the same key look alike.
 std::string ContentKey(const CSDObject& style);
 
@@ -86,6 +89,10 @@ private:
     std::array<StyleList, 6> lists_;
     std::unordered_map<std::string, unsigned> lastNumbers_; ///< by the letters of automatic names
 };
+
+/// Of a document, which must outlive them.
+StyleTrees TreesOf(Document& document);
+StyleTrees TreesOf(CODFDoc& document);
 
 /// Whether the object is in a list of automatic styles.
 bool IsAutomaticStyle(const CSDObject& style) noexcept;

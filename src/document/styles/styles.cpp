@@ -4,9 +4,6 @@
 
 #include "core/object_access.h"
 
-#include <odfmodel/document/odf_document.h>
-#include <odfmodel/document/open_document.h>
-#include <odfmodel/elements/office/document.h>
 #include <odfmodel/elements/style/containers.h>
 #include <odfmodel/elements/style/properties.h>
 
@@ -55,17 +52,6 @@ CStyleStyle* AsStyle(CSDObject* object) noexcept {
     return object && object->GetID() == CStyleStyle::kId ? static_cast<CStyleStyle*>(object) : nullptr;
 }
 
-/// A document may have no tree of common styles; this gives it one.
-CSDObject* MakeStylesRoot(Document& document) {
-    constexpr std::string_view kEmpty =
-        R"(<office:document-styles xmlns:office="urn:oasis:names:tc:opendocument:xmlns:office:1.0" )"
-        R"(office:version="1.2"/>)";
-    if (!document.Content()) return nullptr;
-    const auto* const bytes = reinterpret_cast<const unsigned char*>(kEmpty.data());
-    if (!document.WriteMember("styles.xml", {bytes, kEmpty.size()}, "text/xml")) return nullptr;
-    return document.Styles();
-}
-
 } // namespace
 
 CSDObject& detail::AddProperties(CSDObject& style, std::unique_ptr<CSDObject> properties) {
@@ -77,19 +63,13 @@ CSDObject* detail::PropertiesOf(CSDObject* style, unsigned id) {
 }
 
 struct Styles::State {
-    mutable StyleTrees trees;
+    StyleTrees trees;
 };
 
 Styles::Styles(CSDObject* content, CSDObject* styles)
     : state_(std::make_unique<State>(State{StyleTrees(content, styles)})) {}
-
-Styles::Styles(Document& document)
-    : Styles(document.IsFlat() ? static_cast<CSDObject*>(document.Flat()) : document.Content(),
-             document.IsFlat() ? static_cast<CSDObject*>(document.Flat()) : document.Styles()) {
-    state_->trees.makeStylesRoot = [&document] { return MakeStylesRoot(document); };
-}
-
-Styles::Styles(CODFDoc& document) : Styles(document.GetContentClass(), document.GetStylesClass()) {}
+Styles::Styles(Document& document) : state_(std::make_unique<State>(State{TreesOf(document)})) {}
+Styles::Styles(CODFDoc& document) : state_(std::make_unique<State>(State{TreesOf(document)})) {}
 
 Styles::Styles(Styles&& other) noexcept = default;
 Styles& Styles::operator=(Styles&& other) noexcept = default;
