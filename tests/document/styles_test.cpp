@@ -206,6 +206,7 @@ TEST(Styles, AreTheSameForAllKindsOfDocuments) {
 
 TEST(Styles, AreMadeWhereADocumentHasNoPlaceForThem) {
     Document document = Document::New(DocumentKind::MasterText);
+    ASSERT_TRUE(document.RemoveMember("styles.xml"));
     ASSERT_EQ(document.Styles(), nullptr);
     ODF::Styles styles(document);
     auto& paragraph = document.Text()->Append<CTextP>();

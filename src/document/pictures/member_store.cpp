@@ -39,15 +39,15 @@ public:
         return part ? platform::ReadFile(platform::Path(part->GetLocalPath())) : std::nullopt;
     }
     std::string addPicture(const Bytes& bytes, std::string_view fileName) override {
-        CODFPart* const root = document_.GetRootPart();
-        if (!root || ToView(root->GetLocalPath()).empty()) return {};
-        const platform::Path folder = platform::Path(root->GetLocalPath()) / platform::Path("Pictures");
+        const CTulStringW own = document_.MakeFolder();
+        if (own.IsEmpty()) return {};
+        const platform::Path folder = platform::Path(own) / platform::Path("Pictures");
         const platform::Path wanted = folder / platform::Path(platform::Path(fileName).name());
         platform::Path file = wanted;
         for (unsigned number = 2; platform::IsTaken(file) || find("Pictures/" + file.name()); ++number)
             file = folder / platform::Path(wanted.stem() + '-' + std::to_string(number) + wanted.extension());
         if (!platform::CreateFolders(folder, true) || !platform::WriteFile(file, bytes)) return {};
-        const CODFPart* const part = AddPictureFile(root, file.text());
+        const CODFPart* const part = AddPictureFile(document_.GetRootPart(), file.text());
         return part ? ToUtf8(part->GetPackagePath()) : std::string();
     }
 
