@@ -26,10 +26,17 @@ int main(int argc, char** argv) {
     plot.SetTableCellRangeAddress("Sales.A1:Sales.C13");
     plot.SetChartDataSourceHasLabels(ST_ChartDataSourceHasLabels::Both);
     plot.Child<CChartAxis>()->Append<CChartCategories>().SetTableCellRangeAddress("Sales.A2:Sales.A13");
-    for (const std::string column : {"B", "C"}) {
+    Styles styles(chart);
+    for (CChartAxis& axis : plot.Children<CChartAxis>())
+        styles.Format<CStyleChartProperties>(axis, [](auto& look) { look.SetChartDisplayLabel(true); });
+    for (const auto& [column, color] : {std::pair("B", Color{0x20, 0x60, 0xB0}), {"C", {0xE0, 0x80, 0}}}) {
         auto& series = plot.Append<CChartSeries>();
-        series.SetChartValuesCellRangeAddress("Sales." + column + "2:Sales." + column + "13");
-        series.SetChartLabelCellAddress("Sales." + column + "1");
+        series.SetChartValuesCellRangeAddress(CTulStringW("Sales.") + column + "2:Sales." + column + "13");
+        series.SetChartLabelCellAddress(CTulStringW("Sales.") + column + "1");
+        styles.Format<CStyleGraphicProperties>(series, [&](auto& line) {
+            line.SetDrawStroke(ST_DrawStroke::Solid);
+            line.SetSvgStrokeColor(color);
+        });
     }
     PlaceObject(document, *sheet.MakeCell(1, 4), chart,
                 {.width = Length::Centimeters(16), .height = Length::Centimeters(9)});

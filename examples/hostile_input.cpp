@@ -25,8 +25,7 @@ int main(int argc, char** argv) {
         for (const ODF::Sheet& sheet : ODF::Sheets(document))
             for (const ODF::SheetRow& row : sheet.UsedRows())
                 for (const ODF::SheetCell& cell : row.UsedCells())
-                    cells +=
-                        cell.Text().empty() ? 0 : 1; // once for each element, however often it is repeated
+                    if (!cell.Text().empty()) ++cells; // once for each element, whatever its repeat
         std::cout << cells << " cells with a text\n";
     }
 }

@@ -15,10 +15,11 @@ T& Get(COfficeMeta& meta) {
 int main(int argc, char** argv) {
     Document document;
     if (argc != 4 || !document.Open(argv[1])) return 1;
-    CSDObject* const root = document.IsFlat() ? document.Flat() : static_cast<CSDObject*>(document.Meta());
-    const auto metas = root ? root->Descendants<COfficeMeta>() : DescendantRange<COfficeMeta>(nullptr);
-    if (metas.empty()) return 1;
-    COfficeMeta& meta = *metas.begin();
+    CSDObject* root = document.Meta();
+    if (document.IsFlat()) root = document.Flat();
+    COfficeMeta* const found = root ? root->Child<COfficeMeta>() : nullptr;
+    if (!found) return 1;
+    COfficeMeta& meta = *found;
     for (const CSDObject& entry : meta.Children())
         if (const auto info = ClassOf(entry))
             std::cout << info->elementName() << ": " << TextOf(entry) << '\n';

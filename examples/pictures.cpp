@@ -2,8 +2,10 @@
 // [PICTURE...]
 #include <odfmodel/odfmodel.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 
 int main(int argc, char** argv) {
     ODF::Document document;
@@ -23,7 +25,7 @@ int main(int argc, char** argv) {
         // Names come from the file: only the last part may decide where something is written.
         std::ofstream out(std::filesystem::path(argv[3]) / std::filesystem::path(name).filename(),
                           std::ios::binary);
-        out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        std::copy(bytes.begin(), bytes.end(), std::ostreambuf_iterator<char>(out));
         std::cout << name << ", " << document.MediaTypeOf(name) << ", " << bytes.size() << " bytes\n";
     }
     return document.Save(argv[2]) ? 0 : 1;

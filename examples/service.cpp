@@ -2,13 +2,14 @@
 // service FILE...
 #include <odfmodel/odfmodel.h>
 
+#include <algorithm>
 #include <atomic>
 #include <iostream>
 #include <sstream>
 #include <thread>
 
 /// What a service answers for one file that it knows nothing about.
-std::string Answer(const char* file, const std::atomic<bool>& isEnding) {
+std::string Answer(const std::string& file, const std::atomic<bool>& isEnding) {
     ODF::OpenOptions options;
     options.limits.totalBytes = 256U << 20; // a service decides how much one file may ask for
     options.progress = [&](const ODF::Progress&) { return !isEnding; };
@@ -23,17 +24,18 @@ std::string Answer(const char* file, const std::atomic<bool>& isEnding) {
 }
 
 int main(int argc, char** argv) {
-    std::vector<std::string> answers(static_cast<std::size_t>(argc));
-    std::atomic<int> next = 1;
+    const std::vector<std::string> files(argv + 1, argv + argc);
+    std::vector<std::string> answers(files.size());
+    std::atomic<std::size_t> next = 0;
     std::atomic<bool> isEnding = false; // set by whoever ends the service: what is being read then ends, too
     {
         std::vector<std::jthread> workers;
         for (unsigned i = 0; i < std::max(1U, std::thread::hardware_concurrency()); ++i)
             workers.emplace_back([&] {
-                for (int file = next++; file < argc; file = next++)
-                    answers[static_cast<std::size_t>(file)] = Answer(argv[file], isEnding);
+                for (std::size_t file = next++; file < files.size(); file = next++)
+                    answers[file] = Answer(files[file], isEnding);
             });
     }
-    for (int file = 1; file < argc; ++file)
-        std::cout << argv[file] << ": " << answers[static_cast<std::size_t>(file)] << '\n';
+    for (std::size_t file = 0; file < files.size(); ++file)
+        std::cout << files[file] << ": " << answers[file] << '\n';
 }
