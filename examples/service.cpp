@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <iostream>
+#include <iterator>
 #include <sstream>
 #include <thread>
 
@@ -17,10 +18,7 @@ std::string Answer(const std::string& file, const std::atomic<bool>& isEnding) {
     if (const ODF::Result opened = document.Open(file, options); !opened) return opened.Text();
     if (!document.Body()) return "no text";
     std::istringstream text(ODF::Text(*document.Body()));
-    std::size_t words = 0;
-    for (std::string word; text >> word;)
-        ++words;
-    return std::to_string(words) + " words";
+    return std::to_string(std::distance(std::istream_iterator<std::string>(text), {})) + " words";
 }
 
 int main(int argc, char** argv) {
