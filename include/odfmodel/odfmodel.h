@@ -19,6 +19,7 @@
 #include <odfmodel/core/value_objects.h>
 #include <odfmodel/document/cell_value.h>
 #include <odfmodel/document/document.h>
+#include <odfmodel/document/document_text.h>
 #include <odfmodel/document/odf_document.h>
 #include <odfmodel/document/open_document.h>
 #include <odfmodel/document/part.h>
