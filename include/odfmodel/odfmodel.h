@@ -21,6 +21,7 @@
 #include <odfmodel/document/document.h>
 #include <odfmodel/document/document_text.h>
 #include <odfmodel/document/fields.h>
+#include <odfmodel/document/flat.h>
 #include <odfmodel/document/odf_document.h>
 #include <odfmodel/document/open_document.h>
 #include <odfmodel/document/part.h>
