@@ -1,8 +1,8 @@
-#include "text/document_text.h"
+#include "document/text/reading.h"
 
-#include "console.h"
+#include <odfmodel/core/reflection.h>
 
-namespace command {
+namespace ODF::reading {
 namespace {
 
 constexpr std::size_t kIndent = 4;     ///< blanks for each level of lists
@@ -25,15 +25,30 @@ std::string ValueOf(const Attributes& attributes) {
 
 } // namespace
 
-DocumentText::DocumentText(ListStyles& styles, const TextOptions& options, std::ostream& out)
+Reading::Reading(ListStyles& styles, const ReadingOptions& options, const LineSink& out)
     : styles_(styles), labels_(styles), options_(options), out_(out) {}
 
-void DocumentText::print(const std::string& line) {
-    out_ << Printable(line) << '\n';
+void Reading::read(const CSDObject& root) {
+    start(root);
+    while (!levels_.empty()) {
+        Level& level = levels_.back();
+        const std::vector<CSDObject*>* const children = level.object->GetObjectList();
+        if (!children || level.next >= children->size()) {
+            const Level ended = level;
+            levels_.pop_back();
+            end(ended);
+        } else if (const CSDObject* const child = (*children)[level.next++]) {
+            if (IsTextRun(*child))
+                addCharacters(TextOf(*child));
+            else
+                start(*child);
+        }
+    }
+    finish();
 }
 
-bool DocumentText::isSkipped(Element element, const Attributes& attributes) const {
-    const bool isFlow = options_.isFlow;
+bool Reading::isSkipped(Element element, const Attributes& attributes) const {
+    const bool isMainFlow = options_.isMainFlow;
     switch (element) {
     case Element::Skipped:
     case Element::CoveredCell:
@@ -42,29 +57,21 @@ bool DocumentText::isSkipped(Element element, const Attributes& attributes) cons
     case Element::Field:
         return attributes.get("text:display") == "none";
     case Element::TrackedChanges:
-        return !isFlow;
+        return !isMainFlow;
     case Element::NoteBody:
     case Element::PageNotes:
-        return isFlow;
+        return isMainFlow;
     case Element::Shape:
-        return isFlow && kind_ != Kind::Pages;
+        return isMainFlow && kind_ != Kind::Pages;
     default:
         return false;
     }
 }
 
-void DocumentText::startElement(const unsigned short* uri, const unsigned short* localName,
-                                const unsigned short* /*qName*/, CSDAttribute* list) {
-    if (skipped_ > 0) {
-        ++skipped_;
-        return;
-    }
-    const Element element = names_.find(uri, localName);
-    const Attributes attributes(*list, attributes_);
-    if (isSkipped(element, attributes)) {
-        skipped_ = 1;
-        return;
-    }
+void Reading::start(const CSDObject& object) {
+    const Element element = elements_.find(object);
+    const Attributes attributes(object);
+    if (isSkipped(element, attributes)) return;
     bool isText = !levels_.empty() && levels_.back().isText;
     switch (element) {
     case Element::Paragraph:
@@ -89,57 +96,47 @@ void DocumentText::startElement(const unsigned short* uri, const unsigned short*
     }
     if (kind_ == Kind::None) {
         styles_.start(element, attributes);
-        startBody(element, attributes);
+        startBody(element);
     } else {
         startSheet(element, attributes);
         startBlock(element, attributes);
         addInline(element, attributes);
     }
-    levels_.push_back({element, isText});
+    levels_.push_back({&object, 0, element, isText});
+    if (isText) addCharacters(TextOf(object));
 }
 
-void DocumentText::endElement(const unsigned short* /*uri*/, const unsigned short* /*localName*/,
-                              const unsigned short* /*qName*/) {
-    if (skipped_ > 0) {
-        --skipped_;
-        return;
-    }
-    const Level level = levels_.back();
-    levels_.pop_back();
+void Reading::end(const Level& level) {
     styles_.end(level.element);
     const bool isParagraph = level.element == Element::Paragraph || level.element == Element::Heading;
     if (isParagraph && level.isText) endParagraph();
     if (level.element == Element::MathToken && level.isText) formula_ += ' ';
-    if (level.element == Element::NoteCitation && level.isText && !options_.isFlow)
+    if (level.element == Element::NoteCitation && level.isText && !options_.isMainFlow)
         noteMark_ = paragraphs_.back().line.text().substr(citationStart_);
     if (kind_ == Kind::None) return;
     endBlock(level.element);
-    endSheet(level.element);
+    endSheet(level);
 }
 
-void DocumentText::characters(const unsigned short* chars, unsigned length) {
-    if (skipped_ > 0 || levels_.empty() || !levels_.back().isText) return;
-    const std::string text = ODF::ToUtf8(std::u16string_view(ToChar16(chars), length));
+void Reading::addCharacters(std::string_view text) {
+    if (!levels_.back().isText) return;
     if (paragraphs_.empty())
         formula_ += text;
     else
         paragraphs_.back().line.add(text);
 }
 
-void DocumentText::finish() {
-    while (!paragraphs_.empty())
-        endParagraph(); // a file that ended early
-    if (sheet_ && sheet_->row) sheet_->row->print(out_, budget_);
-    if (!formula_.empty()) print(formula_.substr(0, formula_.find_last_not_of(' ') + 1));
+void Reading::finish() {
+    if (!formula_.empty()) out_(formula_.substr(0, formula_.find_last_not_of(' ') + 1));
 }
 
-void DocumentText::startBody(Element element, const Attributes& /*attributes*/) {
+void Reading::startBody(Element element) {
     if (element == Element::Text) kind_ = Kind::Text;
     if (element == Element::Spreadsheet) kind_ = Kind::Spreadsheet;
     if (element == Element::Presentation || element == Element::Drawing) kind_ = Kind::Pages;
 }
 
-void DocumentText::startBlock(Element element, const Attributes& attributes) {
+void Reading::startBlock(Element element, const Attributes& attributes) {
     switch (element) {
     case Element::List:
         labels_.startList(attributes);
@@ -165,7 +162,7 @@ void DocumentText::startBlock(Element element, const Attributes& attributes) {
         isDeleted_ = true;
         break;
     case Element::Page:
-        if (hasPage_) print({});
+        if (hasPage_) out_({});
         hasPage_ = true;
         break;
     default:
@@ -173,7 +170,7 @@ void DocumentText::startBlock(Element element, const Attributes& attributes) {
     }
 }
 
-void DocumentText::endBlock(Element element) {
+void Reading::endBlock(Element element) {
     switch (element) {
     case Element::List:
         labels_.endList();
@@ -198,16 +195,16 @@ void DocumentText::endBlock(Element element) {
     }
 }
 
-void DocumentText::startSheet(Element element, const Attributes& attributes) {
+void Reading::startSheet(Element element, const Attributes& attributes) {
     if (kind_ != Kind::Spreadsheet) return;
     const auto repeat = [&](std::string_view name) {
         return std::min(attributes.number(name, 1), kMostRepeat);
     };
     if (!sheet_) {
         if (element != Element::Table) return;
-        if (hasPage_) print({});
+        if (hasPage_) out_({});
         hasPage_ = true;
-        print(attributes.get("table:name"));
+        out_(attributes.get("table:name"));
         sheet_.emplace();
         return;
     }
@@ -215,11 +212,11 @@ void DocumentText::startSheet(Element element, const Attributes& attributes) {
     if (element == Element::Shape) ++sheet_->shapes;
     if (sheet_->tables > 0 || sheet_->shapes > 0) return;
     if (element == Element::Row) sheet_->row.emplace(repeat("table:number-rows-repeated"));
-    if (element == Element::Cell)
-        sheet_->cell = OpenCell{{}, ValueOf(attributes), repeat("table:number-columns-repeated"), false};
+    if (element == Element::Cell) sheet_->cell = OpenCell{{}, repeat("table:number-columns-repeated"), false};
 }
 
-void DocumentText::endSheet(Element element) {
+void Reading::endSheet(const Level& level) {
+    const Element element = level.element;
     if (!sheet_) return;
     if (element == Element::Shape && sheet_->shapes > 0) --sheet_->shapes;
     if (element == Element::Table) {
@@ -233,7 +230,8 @@ void DocumentText::endSheet(Element element) {
     if (element == Element::Cell && sheet_->cell) {
         const OpenCell& cell = *sheet_->cell;
         if (sheet_->row)
-            sheet_->row->addCell(cell.hasParagraph ? cell.text : cell.value, cell.repeat, budget_);
+            sheet_->row->addCell(cell.hasParagraph ? cell.text : ValueOf(Attributes(*level.object)),
+                                 cell.repeat, budget_);
         sheet_->cell.reset();
     }
     if (element == Element::Row && sheet_->row) {
@@ -242,7 +240,7 @@ void DocumentText::endSheet(Element element) {
     }
 }
 
-void DocumentText::startParagraph(Element element, const Attributes& attributes) {
+void Reading::startParagraph(Element element, const Attributes& attributes) {
     const unsigned outlineLevel =
         element == Element::Heading ? std::max(attributes.number("text:outline-level", 1), 1U) : 0;
     Paragraph paragraph;
@@ -254,7 +252,7 @@ void DocumentText::startParagraph(Element element, const Attributes& attributes)
     paragraphs_.push_back(std::move(paragraph));
 }
 
-void DocumentText::endParagraph() {
+void Reading::endParagraph() {
     Paragraph paragraph = std::move(paragraphs_.back());
     paragraphs_.pop_back();
     put(paragraph.before + paragraph.line.text());
@@ -262,7 +260,7 @@ void DocumentText::endParagraph() {
         put(std::move(line));
 }
 
-void DocumentText::put(std::string line) {
+void Reading::put(std::string line) {
     if (!paragraphs_.empty()) {
         paragraphs_.back().attached.push_back(std::move(line));
     } else if (isDeleted_) {
@@ -276,11 +274,11 @@ void DocumentText::put(std::string line) {
     } else if (sheet_ && sheet_->row) {
         sheet_->row->attach(std::move(line));
     } else {
-        print(line);
+        out_(line);
     }
 }
 
-void DocumentText::addInline(Element element, const Attributes& attributes) {
+void Reading::addInline(Element element, const Attributes& attributes) {
     if (element == Element::Change) {
         const auto deletion = deletions_.find(attributes.get("text:change-id"));
         if (deletion == deletions_.end()) return;
@@ -300,4 +298,4 @@ void DocumentText::addInline(Element element, const Attributes& attributes) {
     if (element == Element::LineBreak) line.addVerbatim(isInCell ? " " : "\n");
 }
 
-} // namespace command
+} // namespace ODF::reading

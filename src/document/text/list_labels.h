@@ -1,13 +1,13 @@
 #pragma once
 
-#include "text/list_styles.h"
+#include "document/text/list_styles.h"
 
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-namespace command {
+namespace ODF::reading {
 
 /// What stands in front of a paragraph.
 struct Label {
@@ -67,4 +67,4 @@ private:
     std::map<std::string, std::shared_ptr<Numbers>> numbered_; ///< paragraphs of their own, by style
 };
 
-} // namespace command
+} // namespace ODF::reading

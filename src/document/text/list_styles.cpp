@@ -1,8 +1,8 @@
-#include "text/list_styles.h"
+#include "document/text/list_styles.h"
 
 #include <algorithm>
 
-namespace command {
+namespace ODF::reading {
 namespace {
 
 /// What stands around a number comes with every item, so that a long one would swell the output out of
@@ -93,4 +93,4 @@ unsigned ListStyles::outlineLevelOf(const std::string& paragraphStyle, unsigned 
     return style ? style->outlineLevel.value_or(0) : 0;
 }
 
-} // namespace command
+} // namespace ODF::reading

@@ -1,11 +1,12 @@
 #pragma once
 
+#include <odfmodel/document/document_text.h>
+
 #include <cstddef>
-#include <ostream>
 #include <string>
 #include <vector>
 
-namespace command {
+namespace ODF::reading {
 
 /// Bounds what repeated cells and rows may add to the output: a few bytes of a file can ask for billions of
 /// copies.
@@ -29,7 +30,7 @@ public:
     void addCell(const std::string& text, unsigned repeat, CopyBudget& budget);
     /// A line of text that hangs on the row.
     void attach(std::string line) { attached_.push_back(std::move(line)); }
-    void print(std::ostream& out, CopyBudget& budget) const;
+    void print(const LineSink& out, CopyBudget& budget) const;
 
 private:
     unsigned repeat_;
@@ -38,4 +39,4 @@ private:
     std::vector<std::string> attached_;
 };
 
-} // namespace command
+} // namespace ODF::reading

@@ -1,10 +1,8 @@
-#include "text/sheet_row.h"
-
-#include "console.h"
+#include "document/text/sheet_row.h"
 
 #include <algorithm>
 
-namespace command {
+namespace ODF::reading {
 namespace {
 
 /// Columns of the widest sheet that office programs know.
@@ -32,14 +30,12 @@ void SheetRow::addCell(const std::string& text, unsigned repeat, CopyBudget& bud
     }
 }
 
-void SheetRow::print(std::ostream& out, CopyBudget& budget) const {
-    if (!line_.empty()) {
-        const std::string line = Printable(line_);
-        for (unsigned count = budget.take(repeat_, line.size()); count > 0; --count)
-            out << line << '\n';
-    }
+void SheetRow::print(const LineSink& out, CopyBudget& budget) const {
+    if (!line_.empty())
+        for (unsigned count = budget.take(repeat_, line_.size()); count > 0; --count)
+            out(line_);
     for (const std::string& line : attached_)
-        out << Printable(line) << '\n';
+        out(line);
 }
 
-} // namespace command
+} // namespace ODF::reading

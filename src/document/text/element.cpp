@@ -1,11 +1,14 @@
-#include "text/element.h"
+#include "document/text/element.h"
 
+#include "core/object_access.h"
+
+#include <odfmodel/core/foreign.h>
 #include <odfmodel/core/reflection.h>
 
 #include <algorithm>
 #include <charconv>
 
-namespace command {
+namespace ODF::reading {
 namespace {
 
 struct Row {
@@ -88,7 +91,7 @@ constexpr Row kElements[] = {
     {"math:cn", Element::MathToken},
 };
 
-Element Find(const std::string& name) {
+Element Find(std::string_view name) {
     const auto* const row = std::find_if(std::begin(kElements), std::end(kElements),
                                          [&](const Row& r) { return r.name == name; });
     if (row != std::end(kElements)) return row->element;
@@ -97,30 +100,24 @@ Element Find(const std::string& name) {
 
 } // namespace
 
-Element ElementNames::find(const unsigned short* uri, const unsigned short* localName) {
-    const Key key{ToView(uri), ToView(localName)};
-    if (const auto known = known_.find(key); known != known_.end()) return known->second;
-    const std::string_view prefix = ODF::PrefixOfNamespace(ODF::ToUtf8(key.uri));
-    const Element element =
-        prefix.empty() ? Element::Other : Find(std::string(prefix) + ":" + ODF::ToUtf8(key.local));
-    constexpr std::size_t kMaxKnown = 4096; // more names only a hostile file has
-    if (known_.size() < kMaxKnown)
-        known_.emplace(Key{names_.emplace_back(key.uri), names_.emplace_back(key.local)}, element);
-    return element;
-}
-
-const AttributeNames::Name& AttributeNames::of(std::string_view name) {
-    if (const auto known = known_.find(name); known != known_.end()) return known->second;
-    const std::size_t colon = name.find(':');
-    Name parts{CTulStringW(ODF::NamespaceOfPrefix(name.substr(0, colon))),
-               CTulStringW(name.substr(colon + 1))};
-    return known_.emplace(name, std::move(parts)).first->second;
+Element Elements::find(const CSDObject& object) {
+    if (ObjectAccess::isForeign(object)) {
+        const auto& foreign = static_cast<const CForeignElement&>(object);
+        const std::string_view prefix = PrefixOfNamespace(foreign.GetNamespace());
+        return prefix.empty() ? Element::Other : Find(std::string(prefix) + ":" + foreign.GetLocalName());
+    }
+    const auto [at, isNew] = known_.try_emplace(object.GetID(), Element::Other);
+    if (isNew)
+        if (const auto info = ClassOf(object)) at->second = Find(info->elementName());
+    return at->second;
 }
 
 std::optional<std::string> Attributes::find(std::string_view name) const {
-    const AttributeNames::Name& parts = names_.of(name);
-    const unsigned short* const value = list_.GetValue(parts.uri, parts.local);
-    return value ? std::optional(ODF::ToUtf8(value)) : std::nullopt;
+    CTulStringW value;
+    if (GetAttributeText(object_, name, value)) return value.utf8();
+    if (!ObjectAccess::extras(object_)) return std::nullopt;
+    const std::size_t colon = name.find(':');
+    return GetForeignAttribute(object_, NamespaceOfPrefix(name.substr(0, colon)), name.substr(colon + 1));
 }
 
 unsigned Attributes::number(std::string_view name, unsigned otherwise) const {
@@ -130,4 +127,4 @@ unsigned Attributes::number(std::string_view name, unsigned otherwise) const {
     return result.ec == std::errc() ? value : otherwise;
 }
 
-} // namespace command
+} // namespace ODF::reading

@@ -1,8 +1,8 @@
-#include "text/line.h"
+#include "document/text/line.h"
 
 #include <algorithm>
 
-namespace command {
+namespace ODF::reading {
 namespace {
 
 /// More in one place are none that anyone typed.
@@ -30,4 +30,4 @@ void Line::addBlanks(std::size_t count) {
     addVerbatim(std::string(std::min(count, kMostBlanks), ' '));
 }
 
-} // namespace command
+} // namespace ODF::reading

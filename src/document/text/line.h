@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace command {
+namespace ODF::reading {
 
 /// The text of one paragraph. Blanks and line ends of the file count as one blank, none at the start.
 class Line {
@@ -23,4 +23,4 @@ private:
     bool isBehindBlank_ = true;
 };
 
-} // namespace command
+} // namespace ODF::reading

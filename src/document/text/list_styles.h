@@ -1,13 +1,13 @@
 #pragma once
 
-#include "text/element.h"
+#include "document/text/element.h"
 
 #include <array>
 #include <map>
 #include <optional>
 #include <string>
 
-namespace command {
+namespace ODF::reading {
 
 /// The depth of levels that a list style has.
 inline constexpr std::size_t kListLevels = 10;
@@ -62,4 +62,4 @@ private:
     ListStyle outline_; ///< without numbers unless the document says otherwise
 };
 
-} // namespace command
+} // namespace ODF::reading

@@ -1,30 +1,23 @@
 #pragma once
 
-#include "text/element.h"
-#include "text/line.h"
-#include "text/list_labels.h"
-#include "text/list_styles.h"
-#include "text/sheet_row.h"
+#include "document/text/element.h"
+#include "document/text/line.h"
+#include "document/text/list_labels.h"
+#include "document/text/list_styles.h"
+#include "document/text/sheet_row.h"
 
-#include <odfmodel/serial/default_handler.h>
+#include <odfmodel/document/document_text.h>
 
 #include <map>
 #include <optional>
-#include <ostream>
 #include <string>
 #include <vector>
 
-namespace command {
-
-struct TextOptions {
-    /// The main flow alone, with tracked deletions in their place: what word processors save as plain text.
-    bool isFlow = false;
-};
+namespace ODF::reading {
 
 /// A cell while it is read.
 struct OpenCell {
     std::string text;
-    std::string value; ///< stands in for text
     unsigned repeat = 1;
     bool hasParagraph = false;
 };
@@ -36,28 +29,24 @@ struct OpenSheet {
     unsigned tables = 0; ///< open tables inside the sheet's own
 };
 
-/// Prints the text of a document while its content is read. It reads the file itself, not the element tree,
-/// so that it needs no class for what stands around the text. A flat file may come as a whole.
-class DocumentText final : public CSDDefaultHandler {
+/// Walks the tree of a content and hands out its lines. It goes by the names of elements and needs nothing of
+/// their classes.
+class Reading {
 public:
-    /// `styles` has taken in `styles.xml` and takes in the automatic styles.
-    DocumentText(ListStyles& styles, const TextOptions& options, std::ostream& out);
+    /// `styles` has taken in those of `styles.xml` and takes in the automatic styles.
+    Reading(ListStyles& styles, const ReadingOptions& options, const LineSink& out);
 
-    void startElement(const unsigned short* uri, const unsigned short* localName, const unsigned short* qName,
-                      CSDAttribute* attributes) override;
-    void endElement(const unsigned short* uri, const unsigned short* localName,
-                    const unsigned short* qName) override;
-    void characters(const unsigned short* chars, unsigned length) override;
-    /// Prints what is left when the file has come to its end.
-    void finish();
-
-    /// True when repeated cells or rows were too many to print them all.
+    /// The root of a content, or of a flat document.
+    void read(const CSDObject& root);
+    /// True when repeated cells or rows were too many to hand them all out.
     bool isCut() const noexcept { return budget_.isSpent(); }
 
 private:
     enum class Kind { None, Text, Spreadsheet, Pages };
 
     struct Level {
+        const CSDObject* object;
+        std::size_t next; ///< child
         Element element;
         bool isText; ///< characters here are text of the paragraph
     };
@@ -66,28 +55,28 @@ private:
         std::string before;                ///< indent and label
         std::vector<std::string> attached; ///< lines of what hangs on it
     };
+    void start(const CSDObject& object);
+    void end(const Level& level);
+    void addCharacters(std::string_view text);
+    void finish();
     bool isSkipped(Element element, const Attributes& attributes) const;
-    void startBody(Element element, const Attributes& attributes);
+    void startBody(Element element);
     void startBlock(Element element, const Attributes& attributes);
     void endBlock(Element element);
     void startSheet(Element element, const Attributes& attributes);
-    void endSheet(Element element);
+    void endSheet(const Level& level);
     void startParagraph(Element element, const Attributes& attributes);
     void endParagraph();
     void addInline(Element element, const Attributes& attributes);
-    void insertDeleted(const Attributes& attributes);
     void put(std::string line);
-    void print(const std::string& line);
 
     ListStyles& styles_;
     ListLabels labels_;
-    TextOptions options_;
-    std::ostream& out_;
-    ElementNames names_;
-    AttributeNames attributes_;
+    ReadingOptions options_;
+    const LineSink& out_;
+    Elements elements_;
     Kind kind_ = Kind::None;
     std::vector<Level> levels_;
-    std::size_t skipped_ = 0; ///< depth of elements whose text doesn't count
     std::vector<Paragraph> paragraphs_;
     std::size_t citationStart_ = 0; ///< of the note, in the line of its paragraph
     std::string noteMark_;          ///< goes before the next paragraph, the first of a note
@@ -101,4 +90,4 @@ private:
     bool hasPage_ = false; ///< or sheet
 };
 
-} // namespace command
+} // namespace ODF::reading

@@ -1,8 +1,8 @@
-#include "text/numbers.h"
+#include "document/text/numbers.h"
 
 #include <algorithm>
 
-namespace command {
+namespace ODF::reading {
 namespace {
 
 constexpr unsigned kLetters = 26;
@@ -54,4 +54,4 @@ std::string FormatNumber(unsigned number, std::string_view format, bool isLetter
     }
 }
 
-} // namespace command
+} // namespace ODF::reading

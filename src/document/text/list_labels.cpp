@@ -1,10 +1,10 @@
-#include "text/list_labels.h"
+#include "document/text/list_labels.h"
 
-#include "text/numbers.h"
+#include "document/text/numbers.h"
 
 #include <algorithm>
 
-namespace command {
+namespace ODF::reading {
 namespace {
 
 constexpr std::string_view kOutlineStyle = "Outline";
@@ -145,4 +145,4 @@ std::string ListLabels::textOf(const Numbers& numbers, const ListStyle& style, s
     return text + own.suffix;
 }
 
-} // namespace command
+} // namespace ODF::reading
