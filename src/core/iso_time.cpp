@@ -1,8 +1,7 @@
 #include <odfmodel/core/iso_time.h>
 
-#include "core/digits.h"
-
 #include "core/codecs.h"
+#include "core/digits.h"
 
 #include <algorithm>
 #include <array>
