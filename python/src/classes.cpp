@@ -6,7 +6,10 @@
 
 #include <odfmodel/core/foreign.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <forward_list>
+#include <structmember.h>
 
 namespace odfpython {
 namespace {

@@ -124,10 +124,8 @@ private:
         return document.Open(path, options);
     }
 
-    template<typename Save>
-    ODF::Result run(Save save, const py::kwargs& given) const {
+    static ODF::SaveOptions optionsOf(const py::kwargs& given) {
         ODF::SaveOptions options;
-        options.compression = 6;
         for (const auto& [key, value] : given) {
             const auto name = key.cast<std::string>();
             if (name == "compression")
@@ -144,9 +142,15 @@ private:
                 throw py::type_error("saving has no option '" + name + "'");
         }
         if (!options.progress) options.progress = watch(py::none());
-        const std::shared_ptr<DocumentTree>& tree = required();
+        return options;
+    }
+
+    template<typename Write>
+    ODF::Result run(Write write, const py::kwargs& given) const {
+        const ODF::SaveOptions options = optionsOf(given);
+        const std::shared_ptr<DocumentTree> tree = required();
         const Unlocked unlocked(*tree);
-        return save(tree->document, options);
+        return write(tree->document, options);
     }
 
     /// Asks the caller's function and for signals, such as that of Ctrl+C, a few times a second.
@@ -226,6 +230,7 @@ auto RootOf(Root* (ODF::Document::*get)()) {
 void BindDocument(py::module_& module) {
     using D = ODF::Document;
     py::class_<Document>(module, "Document")
+        .def(py::init<const Document&>())
         .def_static("_open", py::overload_cast<const py::object&, const std::string&, bool, bool, const py::object&>(
                                  &Document::open))
         .def_static("_new", &Document::make)

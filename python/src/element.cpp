@@ -8,7 +8,8 @@
 #include <odfmodel/core/reflection.h>
 #include <odfmodel/document/text.h>
 
-#include <optional>
+#include <algorithm>
+#include <memory>
 
 namespace odfpython {
 namespace {
@@ -57,10 +58,9 @@ private:
 };
 
 /// What takes long enough to let other threads run: what stands at the top of a tree.
-std::optional<Unlocked> UnlockedIfLarge(const Element& element) {
-    std::optional<Unlocked> unlocked;
-    if (!element->Parent() || !element->Parent()->Parent()) unlocked.emplace(*element.tree());
-    return unlocked;
+std::unique_ptr<Unlocked> UnlockedIfLarge(const Element& element) {
+    const bool isLarge = !element->Parent() || !element->Parent()->Parent();
+    return isLarge ? std::make_unique<Unlocked>(*element.tree()) : nullptr;
 }
 
 std::vector<CSDObject*> ElementsIn(const Element& parent) {

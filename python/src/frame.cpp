@@ -99,7 +99,7 @@ std::vector<Column> ReadColumns(const ODF::Sheet& sheet, const ODF::CellRange& r
 
 template<typename T, typename Get>
 py::array ArrayOf(const Column& column, const char* type, Get get) {
-    py::array made(py::dtype(type), {static_cast<py::ssize_t>(column.kinds.size())});
+    py::array made(py::dtype(type), py::array::ShapeContainer{static_cast<py::ssize_t>(column.kinds.size())});
     T* const out = static_cast<T*>(made.mutable_data());
     for (std::size_t i = 0; i < column.kinds.size(); ++i)
         out[i] = get(column.kinds[i], column.slots[i]);
@@ -137,7 +137,7 @@ public:
 
 private:
     py::array objects(const Column& column) {
-        py::array made(py::dtype("O"), {static_cast<py::ssize_t>(column.kinds.size())});
+        py::array made(py::dtype("O"), py::array::ShapeContainer{static_cast<py::ssize_t>(column.kinds.size())});
         auto** const out = static_cast<PyObject**>(made.mutable_data());
         const py::object gap = py::float_(std::numeric_limits<double>::quiet_NaN());
         for (std::size_t i = 0; i < column.kinds.size(); ++i)
@@ -152,9 +152,9 @@ private:
         case CellKind::Bool:
             return py::bool_(slot.whole != 0);
         case CellKind::Date:
-            return ToPython(ODF::CellValue::Date(PrintDate(slot.whole)));
+            return ValueToPython(ODF::CellValue::Date(PrintDate(slot.whole)));
         case CellKind::Time:
-            return ToPython(ODF::CellValue::Time(PrintDuration(slot.whole)));
+            return ValueToPython(ODF::CellValue::Time(PrintDuration(slot.whole)));
         case CellKind::Text: {
             py::object& string = strings_[static_cast<std::size_t>(slot.whole)];
             if (!string) string = ToPython(std::string_view(texts_[static_cast<std::size_t>(slot.whole)]));

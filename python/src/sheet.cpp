@@ -51,7 +51,7 @@ py::object ExactValue(const ODF::SheetCell& cell) {
                           value.Kind() == ODF::CellKind::Currency;
     CTulStringW digits;
     if (!isNumber || !cell.Element() || !ODF::GetAttributeText(*cell.Element(), "office:value", digits))
-        return ToPython(value);
+        return ValueToPython(value);
     return py::module_::import("decimal").attr("Decimal")(ToPython(digits.view()));
 }
 
@@ -131,13 +131,13 @@ public:
         py::list values(width);
         for (std::uint32_t i = 0; i < width; ++i)
             values[i] = py::none();
-        const ODF::SheetRow row = (*sheet_)->Row(row_++);
+        const ODF::SheetRow row = (*sheet_)->Row(static_cast<std::uint32_t>(row_++));
         if (!row.Element()) return values;
         for (const ODF::SheetCell& cell : row.UsedCells()) {
             if (cell.Column() > range_.last.column) break;
             const std::uint64_t end = std::uint64_t{cell.Column()} + cell.ColumnRepeat();
             if (end <= range_.first.column) continue;
-            const py::object value = isExact_ ? ExactValue(cell) : ToPython(cell.Value());
+            const py::object value = isExact_ ? ExactValue(cell) : ValueToPython(cell.Value());
             for (std::uint64_t at = std::max(cell.Column(), range_.first.column);
                  at < end && at <= range_.last.column; ++at)
                 values[at - range_.first.column] = value;
@@ -170,7 +170,7 @@ std::string Repr(Sheet& sheet) {
 void BindCell(py::module_& module) {
     py::class_<Cell>(module, "Cell", "One place of a sheet.")
         .def_property(
-            "value", [](const Cell& self) { return ToPython(self.get().Value()); },
+            "value", [](const Cell& self) { return ValueToPython(self.get().Value()); },
             [](const Cell& self, const py::object& value) {
                 self.sheet->set(self.at.row, self.at.column, FromPython(value));
             },
@@ -220,7 +220,7 @@ void BindCell(py::module_& module) {
             },
             "The element of this cell alone, to give it a style and more; made where there is none.")
         .def("__repr__", [](const Cell& self) {
-            return py::str("<Cell {} {!r}>").format(ODF::PrintCell(self.at), ToPython(self.get().Value()));
+            return py::str("<Cell {} {!r}>").format(ODF::PrintCell(self.at), ValueToPython(self.get().Value()));
         });
 }
 

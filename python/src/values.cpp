@@ -3,6 +3,7 @@
 #include "attributes.h"
 
 #include <datetime.h>
+#pragma GCC diagnostic ignored "-Wold-style-cast" // in Python's macros for dates
 
 #include <charconv>
 #include <chrono>
@@ -230,7 +231,7 @@ py::object NumberToPython(double number) {
     return py::float_(number);
 }
 
-py::object ToPython(const ODF::CellValue& value) {
+py::object ValueToPython(const ODF::CellValue& value) {
     switch (value.Kind()) {
     case ODF::CellKind::Number:
     case ODF::CellKind::Percentage:

@@ -11,7 +11,7 @@
 namespace odfpython {
 
 /// None, int, float, bool, str, datetime or timedelta. Dates and times that Python can't have are their text.
-py::object ToPython(const ODF::CellValue& value);
+py::object ValueToPython(const ODF::CellValue& value);
 /// A whole number is an int.
 py::object NumberToPython(double number);
 /// Throws TypeError for an object of another kind, ValueError for what no cell can hold.

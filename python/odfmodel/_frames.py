@@ -1,0 +1,67 @@
+"""Sheets as arrays and data frames."""
+from . import _core
+
+
+def to_numpy(sheet, range=None, *, max_cells=100_000_000):
+    """The cells as an array of two dimensions: of float where all are numbers, else of object."""
+    import numpy
+
+    columns = _core.columns(sheet, range, 0, max_cells)
+    is_numeric = all(column.dtype.kind in "if" for column in columns)
+    result = numpy.empty((len(columns[0]), len(columns)), dtype=float if is_numeric else object)
+    for index, column in enumerate(columns):
+        # astype(object) would make numbers of times.
+        result[:, index] = column if column.dtype.kind not in "mM" else _objects(column)
+    return result
+
+
+def _objects(times):
+    import numpy
+
+    result = times.astype(times.dtype.str.replace("ns", "us")).astype(object)
+    result[numpy.isnat(times)] = None
+    return result
+
+
+def to_pandas(sheet, range=None, *, header=True, max_cells=100_000_000):
+    """The cells as a DataFrame; with `header` the first row has the names of the columns.
+
+    Columns of numbers, dates and durations get the types for them, others are of objects. An empty cell is NaN or
+    NaT.
+    """
+    import pandas
+
+    columns = _core.columns(sheet, range, 1 if header else 0, max_cells)
+    frame = pandas.DataFrame(dict(enumerate(columns)), copy=False)
+    if header:
+        first = next(iter(sheet.rows(range, max_cells=max_cells)), [])
+        frame.columns = _unique(first + [None] * (len(columns) - len(first)))
+    return frame
+
+
+def _unique(names):
+    """The names as pandas itself makes them: 'Unnamed: 2' for none, 'a.1' for a second 'a'."""
+    seen = {}
+    result = []
+    for index, name in enumerate(names):
+        name = f"Unnamed: {index}" if name is None else name
+        count = seen.get(name, 0)
+        seen[name] = count + 1
+        result.append(f"{name}.{count}" if count else name)
+    return result
+
+
+def from_pandas(sheet, frame, *, header=True, index=False):
+    """Appends the rows of a DataFrame behind what the sheet has; missing values are empty cells."""
+    if index:
+        frame = frame.reset_index()
+    if header:
+        sheet.append([str(name) if not isinstance(name, (int, float)) else name for name in frame.columns])
+    columns = [frame.iloc[:, number] for number in range(frame.shape[1])]
+    arrays = [column.to_numpy(dtype=None) for column in columns]
+    _core.append_columns(sheet, arrays, [column.isna().to_numpy() for column in columns])
+
+
+_core.Sheet.to_numpy = to_numpy
+_core.Sheet.to_pandas = to_pandas
+_core.Sheet.from_pandas = from_pandas
