@@ -1,4 +1,6 @@
 """Sheets as arrays and data frames."""
+import itertools
+
 from . import _core
 
 
@@ -32,7 +34,8 @@ def to_pandas(sheet, range=None, *, header=True, max_cells=100_000_000):
     import pandas
 
     columns = _core.columns(sheet, range, 1 if header else 0, max_cells)
-    frame = pandas.DataFrame(dict(enumerate(columns)), copy=False)
+    series = [pandas.Series(column, dtype=column.dtype, copy=False) for column in columns]
+    frame = pandas.DataFrame(dict(enumerate(series)), copy=False)
     if header:
         first = next(iter(sheet.rows(range, max_cells=max_cells)), [])
         frame.columns = _unique(first + [None] * (len(columns) - len(first)))
@@ -60,6 +63,39 @@ def from_pandas(sheet, frame, *, header=True, index=False):
     columns = [frame.iloc[:, number] for number in range(frame.shape[1])]
     arrays = [column.to_numpy(dtype=None) for column in columns]
     _core.append_columns(sheet, arrays, [column.isna().to_numpy() for column in columns])
+
+
+def register_pandas_engine():
+    """Lets pandas.read_excel(..., engine="odfmodel") read by this package."""
+    from pandas.io.excel._base import BaseExcelReader, ExcelFile
+
+    from ._document import Document, open
+
+    class Reader(BaseExcelReader):
+        @property
+        def _workbook_class(self):
+            return Document
+
+        def load_workbook(self, file, *_):
+            return open(file)
+
+        @property
+        def sheet_names(self):
+            return self.book.sheets.names
+
+        def get_sheet_by_index(self, index):
+            self.raise_if_bad_sheet_by_index(index)
+            return self.book.sheets[index]
+
+        def get_sheet_by_name(self, name):
+            self.raise_if_bad_sheet_by_name(name)
+            return self.book.sheets[name]
+
+        def get_sheet_data(self, sheet, file_rows_needed=None):
+            rows = itertools.islice(sheet.rows(), file_rows_needed)
+            return [["" if value is None else value for value in row] for row in rows]
+
+    ExcelFile._engines["odfmodel"] = Reader
 
 
 _core.Sheet.to_numpy = to_numpy

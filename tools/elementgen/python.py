@@ -25,7 +25,8 @@ MADE_FROM = "# Made from the element tables: changes belong there."
 
 
 def python_class(element):
-    return names.camel(names.local(element.qname))
+    name = names.camel(names.local(element.qname))
+    return name + "_" if keyword.iskeyword(name) else name
 
 
 def snake(qname):
