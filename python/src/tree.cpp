@@ -68,7 +68,8 @@ bool Element::isElement(PyObject* object) {
 Element Wrap(const TreePointer& tree, CSDObject& object) {
     RequireIdle(*tree);
     const auto at = tree->held.find(&object);
-    if (at != tree->held.end()) return py::reinterpret_borrow<Element>(reinterpret_cast<PyObject*>(at->second));
+    if (at != tree->held.end())
+        return py::reinterpret_borrow<Element>(reinterpret_cast<PyObject*>(at->second));
     PyTypeObject* const type = TypeOf(object); // may run Python
     PyObject* const made = type->tp_alloc(type, 0);
     if (!made) throw py::error_already_set();

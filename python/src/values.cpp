@@ -62,12 +62,12 @@ std::optional<Moment> ParseMoment(std::string_view iso) noexcept {
     Moment at;
     if (!in.number(at.year) || !in.take('-') || !in.number(at.month) || !in.take('-') || !in.number(at.day))
         return std::nullopt;
-    if (in.take('T') &&
-        !(in.number(at.hour) && in.take(':') && in.number(at.minute) &&
-          (!in.take(':') || (in.number(at.second) && in.fraction(at.nanoseconds)))))
+    if (in.take('T') && !(in.number(at.hour) && in.take(':') && in.number(at.minute) &&
+                          (!in.take(':') || (in.number(at.second) && in.fraction(at.nanoseconds)))))
         return std::nullopt;
     in.take('Z');
-    const std::chrono::year_month_day date(std::chrono::year(at.year), std::chrono::month(static_cast<unsigned>(at.month)),
+    const std::chrono::year_month_day date(std::chrono::year(at.year),
+                                           std::chrono::month(static_cast<unsigned>(at.month)),
                                            std::chrono::day(static_cast<unsigned>(at.day)));
     if (!in.isAtEnd() || at.year < 1 || at.year > 9999 || !date.ok() || at.hour > 23 || at.minute > 59 ||
         at.second > 59)
@@ -140,25 +140,28 @@ py::object TimeToPython(const std::string& text) {
 std::optional<ODF::CellValue> DateFromPython(PyObject* value) {
     ImportDates();
     if (PyDateTime_Check(value))
-        return ODF::CellValue::Date(PrintMoment({PyDateTime_GET_YEAR(value), PyDateTime_GET_MONTH(value),
-                                                 PyDateTime_GET_DAY(value), PyDateTime_DATE_GET_HOUR(value),
-                                                 PyDateTime_DATE_GET_MINUTE(value), PyDateTime_DATE_GET_SECOND(value),
-                                                 PyDateTime_DATE_GET_MICROSECOND(value) * INT64_C(1000)}));
+        return ODF::CellValue::Date(PrintMoment(
+            {PyDateTime_GET_YEAR(value), PyDateTime_GET_MONTH(value), PyDateTime_GET_DAY(value),
+             PyDateTime_DATE_GET_HOUR(value), PyDateTime_DATE_GET_MINUTE(value),
+             PyDateTime_DATE_GET_SECOND(value), PyDateTime_DATE_GET_MICROSECOND(value) * INT64_C(1000)}));
     if (PyDate_Check(value))
-        return ODF::CellValue::Date(PyDateTime_GET_YEAR(value), static_cast<unsigned>(PyDateTime_GET_MONTH(value)),
+        return ODF::CellValue::Date(PyDateTime_GET_YEAR(value),
+                                    static_cast<unsigned>(PyDateTime_GET_MONTH(value)),
                                     static_cast<unsigned>(PyDateTime_GET_DAY(value)));
     if (PyTime_Check(value))
-        return ODF::CellValue::Time(PrintSeconds(
-            false,
-            PyDateTime_TIME_GET_HOUR(value) * 3600 + PyDateTime_TIME_GET_MINUTE(value) * 60 +
-                PyDateTime_TIME_GET_SECOND(value),
-            PyDateTime_TIME_GET_MICROSECOND(value) * INT64_C(1000)));
+        return ODF::CellValue::Time(PrintSeconds(false,
+                                                 PyDateTime_TIME_GET_HOUR(value) * 3600 +
+                                                     PyDateTime_TIME_GET_MINUTE(value) * 60 +
+                                                     PyDateTime_TIME_GET_SECOND(value),
+                                                 PyDateTime_TIME_GET_MICROSECOND(value) * INT64_C(1000)));
     if (PyDelta_Check(value)) {
         const std::int64_t microseconds =
-            (PyDateTime_DELTA_GET_DAYS(value) * INT64_C(86400) + PyDateTime_DELTA_GET_SECONDS(value)) * 1'000'000 +
+            (PyDateTime_DELTA_GET_DAYS(value) * INT64_C(86400) + PyDateTime_DELTA_GET_SECONDS(value)) *
+                1'000'000 +
             PyDateTime_DELTA_GET_MICROSECONDS(value);
         const std::int64_t size = std::abs(microseconds);
-        return ODF::CellValue::Time(PrintSeconds(microseconds < 0, size / 1'000'000, size % 1'000'000 * 1000));
+        return ODF::CellValue::Time(
+            PrintSeconds(microseconds < 0, size / 1'000'000, size % 1'000'000 * 1000));
     }
     return std::nullopt;
 }
@@ -215,8 +218,8 @@ std::string PrintDate(std::int64_t nanoseconds) {
     const std::int64_t rest = (time - days).count();
     const auto seconds = static_cast<int>(rest / kSecond);
     return PrintMoment({static_cast<int>(date.year()), static_cast<int>(static_cast<unsigned>(date.month())),
-                        static_cast<int>(static_cast<unsigned>(date.day())), seconds / 3600, seconds / 60 % 60,
-                        seconds % 60, rest % kSecond});
+                        static_cast<int>(static_cast<unsigned>(date.day())), seconds / 3600,
+                        seconds / 60 % 60, seconds % 60, rest % kSecond});
 }
 
 std::string PrintDuration(std::int64_t nanoseconds) {
@@ -226,7 +229,8 @@ std::string PrintDuration(std::int64_t nanoseconds) {
 
 py::object NumberToPython(double number) {
     constexpr double largestWhole = 9007199254740992;
-    if (std::abs(number) <= largestWhole && number == std::floor(number) && !(number == 0 && std::signbit(number)))
+    if (std::abs(number) <= largestWhole && number == std::floor(number) &&
+        !(number == 0 && std::signbit(number)))
         return py::int_(static_cast<long long>(number));
     return py::float_(number);
 }
@@ -271,7 +275,8 @@ ODF::CellValue FromPython(py::handle value) {
         // A number of numpy, or a time, whose nanoseconds would come out as a number.
         const auto kind = value.attr("dtype").attr("kind").cast<std::string>();
         const bool isTime = kind == "M" || kind == "m";
-        const py::object exact = isTime ? value.attr("astype")(kind + "8[us]") : py::reinterpret_borrow<py::object>(value);
+        const py::object exact =
+            isTime ? value.attr("astype")(kind + "8[us]") : py::reinterpret_borrow<py::object>(value);
         return FromPython(exact.attr("item")());
     } else if (py::hasattr(value, "__float__")) {
         result = py::float_(py::reinterpret_borrow<py::object>(value)).cast<double>();

@@ -102,7 +102,8 @@ TEST(TreeWalk, ParentAndSiblingsFollowEveryChange) {
     auto& section = static_cast<ODF::COfficeText&>(*body).Append<ODF::CTextSection>();
     std::mt19937 random(1);
     const auto any = [&]() -> CSDObject& {
-        std::uniform_int_distribution<std::ptrdiff_t> place(0, std::ranges::distance(body->Descendants()) - 1);
+        std::uniform_int_distribution<std::ptrdiff_t> place(0,
+                                                            std::ranges::distance(body->Descendants()) - 1);
         return *std::ranges::next(body->Descendants().begin(), place(random));
     };
     for (int step = 0; step < 300; ++step) {
