@@ -23,6 +23,9 @@
 #include <odfmodel/core/value_objects.h>
 #include <odfmodel/document/cell_value.h>
 #include <odfmodel/document/document.h>
+#include <odfmodel/document/document_text.h>
+#include <odfmodel/document/fields.h>
+#include <odfmodel/document/flat.h>
 #include <odfmodel/document/odf_document.h>
 #include <odfmodel/document/open_document.h>
 #include <odfmodel/document/part.h>

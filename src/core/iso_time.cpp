@@ -1,6 +1,7 @@
 #include <odfmodel/core/iso_time.h>
 
 #include "core/codecs.h"
+#include "core/digits.h"
 
 #include <algorithm>
 #include <array>
@@ -14,10 +15,6 @@ namespace ODF {
 namespace {
 
 constexpr unsigned kMaxFractionDigits = 9;
-
-bool IsDigit(char c) noexcept {
-    return c >= '0' && c <= '9';
-}
 
 /// Takes a separator and the two digits after it off the front.
 bool TakeTwo(std::string_view& text, std::string_view separator, unsigned& out) noexcept {

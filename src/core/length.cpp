@@ -1,5 +1,7 @@
 #include <odfmodel/core/length.h>
 
+#include "core/digits.h"
+
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -24,10 +26,6 @@ constexpr std::array<UnitRow, 8> kUnits{{{"cm", 72 / 2.54},
 
 const UnitRow& RowOf(LengthUnit unit) noexcept {
     return kUnits[static_cast<std::size_t>(unit)];
-}
-
-bool IsDigit(char c) noexcept {
-    return c >= '0' && c <= '9';
 }
 
 /// Takes a number without an exponent off the front.

@@ -22,7 +22,7 @@
 namespace ODF {
 namespace {
 
-using Bytes = std::span<const unsigned char>;
+using ByteSpan = std::span<const unsigned char>;
 
 bool IsInText(const CSDObject& place) noexcept {
     const unsigned id = place.GetID();
@@ -84,7 +84,7 @@ CDrawFrame* Finish(CSDObject& place, std::unique_ptr<CDrawFrame> frame, const Pi
     return place.Append(std::move(frame)) == TreeChange::Done ? made : nullptr;
 }
 
-CDrawFrame* Place(Document& document, CSDObject& place, Bytes bytes, std::string_view fileName,
+CDrawFrame* Place(Document& document, CSDObject& place, ByteSpan bytes, std::string_view fileName,
                   const PictureOptions& options) {
     if (!ObjectAccess::isExtended(place)) return nullptr;
     std::unique_ptr<CDrawFrame> frame = MakeFrame(place, options, SizeOfImage(bytes));
@@ -101,7 +101,7 @@ CDrawFrame* Place(Document& document, CSDObject& place, Bytes bytes, std::string
 
 } // namespace
 
-CDrawFrame* PlacePicture(Document& document, CSDObject& place, Bytes bytes, std::string_view fileName,
+CDrawFrame* PlacePicture(Document& document, CSDObject& place, ByteSpan bytes, std::string_view fileName,
                          const PictureOptions& options) {
     return document.IsOpen() ? Place(document, place, bytes, fileName, options) : nullptr;
 }
