@@ -12,8 +12,8 @@ int main(int argc, char** argv) {
     Sheet& sheet = sheets[0];
     sheet.Table().SetTableName("Sales");
     sheet.AppendRow({"Month", "North", "South"});
-    for (int month = 1; month <= 12; ++month)
-        sheet.AppendRow({CellValue::Date(2024, static_cast<unsigned>(month), 1).Text().substr(0, 7),
+    for (unsigned month = 1; month <= 12; ++month)
+        sheet.AppendRow({CellValue::Date(2024, month, 1).Text().substr(0, 7),
                          std::round(100 + 40 * std::sin(month)), std::round(80 + 30 * std::cos(month))});
 
     // A chart is a document of its own, which takes its numbers from ranges of the sheet.

@@ -15,17 +15,11 @@ int main(int argc, char** argv) {
     for (const ODF::Note& note : opened.Notes())
         std::cout << (note.severity == ODF::Severity::Error ? "error: " : "note: ") << note.member << ' '
                   << note.text << (note.line > 0 ? " in line " + std::to_string(note.line) : "") << '\n';
-    switch (opened.Code()) {
-    case ODF::Status::Ok:
-        break;
-    case ODF::Status::PasswordNeeded:
-    case ODF::Status::WrongPassword:
+    if (opened.Code() == ODF::Status::PasswordNeeded || opened.Code() == ODF::Status::WrongPassword)
         std::cout << "give the password as third argument\n"; // a program would ask again
-        return 1;
-    default:
+    else if (!opened)
         std::cout << opened.Text() << '\n';
-        if (!document.IsOpen()) return 1; // nothing could be read
-    }
+    if (!document.IsOpen()) return 1; // nothing could be read
 
     // A damaged document is open with what came before the fault, and is saved only on demand.
     ODF::SaveOptions save;

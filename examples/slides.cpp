@@ -10,9 +10,8 @@ using namespace ODF;
 CDrawTextBox& AddBox(CDrawPage& slide, const CDrawFrame& model) {
     auto& frame = slide.Append<CDrawFrame>();
     for (const AttributeText& attribute : AttributesOf(model))
-        if (attribute.name != "presentation:placeholder")
+        if (attribute.name != "presentation:placeholder" && attribute.name != "draw:layer")
             SetAttributeText(frame, attribute.name, attribute.value);
-    frame.SetDrawLayer("layout");
     return frame.Append<CDrawTextBox>();
 }
 
