@@ -186,6 +186,47 @@ TEST_F(Office, CalculatesFormulasThatWereBuilt) {
     EXPECT_EQ(TextOf(file("out/sums-Sums.csv")), "2,40,42\n");
 }
 
+TEST_F(Office, OpensWhatTheExamplesWrite) {
+    const std::string source = ODFMODEL_SOURCE_DIR "/examples/";
+    const std::string programs = ODFMODEL_BUILD_DIR "/examples/";
+    if (!test::HasProgram(programs + "styles")) GTEST_SKIP() << "a build without examples";
+    const std::vector<std::string> kRuns[] = {
+        {"styles", file("letter.odt")},
+        {"mail_merge", file("letter.odt"), source + "people.csv", file("letters.odt")},
+        {"change_font", file("letters.odt"), file("mono.odt"), "Odd Mono"},
+        {"pictures", file("letter.odt"), file("pictures.odt"), file("out"), source + "dot.png"},
+        {"move_content", file("book.odt"), source + "sample.odt", file("pictures.odt"), file("mono.odt")},
+        {"slides", source + "outline.txt", file("slides.odp")},
+        {"chart", file("chart.ods")}};
+    for (std::vector<std::string> run : kRuns) {
+        run[0].insert(0, programs);
+        ASSERT_EQ(test::Run(run, std::chrono::seconds(60)).code, 0) << run[0];
+    }
+    const struct {
+        const char* name;
+        const char* filter;
+        std::vector<const char*> parts; ///< of what the suite makes of it, in this order
+    } kResults[] = {
+        {"mono", "fodt", {"Odd Mono", ">Ada<", "12.50 EUR", ">Grace<", "7.00 EUR"}},
+        {"book", "fodt", {"A short report", ">$name<", "<draw:image", ">Ada<", "7.00 EUR"}},
+        {"slides", "fodp", {"First slide", "Another one", "<draw:image", "Second slide", "More"}},
+        {"chart", "fods", {"Sales in 2024", "<chart:series", "<chart:series", ">South<", ">134<"}}};
+    for (const auto& result : kResults) {
+        const std::string name = file(result.name);
+        const std::string from = std::filesystem::exists(name + ".odt")   ? ".odt"
+                                 : std::filesystem::exists(name + ".odp") ? ".odp"
+                                                                          : ".ods";
+        ASSERT_TRUE(suite.convert(result.filter, file("out"), {name + from}));
+        const std::string flat = test::ReadFile(file("out/") + result.name + "." + result.filter);
+        std::size_t at = 0;
+        for (const char* const part : result.parts) {
+            at = flat.find(part, at);
+            ASSERT_NE(at, std::string::npos) << result.name << " has no " << part;
+            ++at;
+        }
+    }
+}
+
 /// Open Packaging files that the suite wrote, saved by the package layer from its own index.
 TEST_F(Office, ReadsOpenPackagingFilesThatWereSavedAnew) {
     struct Case {

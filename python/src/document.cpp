@@ -1,0 +1,295 @@
+#include "document.h"
+
+#include "attributes.h"
+#include "element.h"
+#include "errors.h"
+#include "sheet.h"
+
+#include <odfmodel/document/sheet.h>
+#include <odfmodel/document/text.h>
+#include <odfmodel/elements/elements.h>
+
+#include <chrono>
+#include <optional>
+
+namespace odfpython {
+namespace {
+
+constexpr std::pair<const char*, ODF::DocumentKind> kKinds[] = {
+    {"text", ODF::DocumentKind::Text},
+    {"spreadsheet", ODF::DocumentKind::Spreadsheet},
+    {"presentation", ODF::DocumentKind::Presentation},
+    {"drawing", ODF::DocumentKind::Drawing},
+    {"chart", ODF::DocumentKind::Chart},
+    {"image", ODF::DocumentKind::Image},
+    {"formula", ODF::DocumentKind::Formula},
+    {"master-text", ODF::DocumentKind::MasterText},
+    {"web-text", ODF::DocumentKind::WebText},
+    {"database", ODF::DocumentKind::Database}};
+
+using Bytes = std::vector<unsigned char>;
+
+/// What Python has for `document`; null after `close`.
+class Document {
+public:
+    static Document open(const py::object& source, const std::string& password, bool recovers,
+                         bool refusesAmbiguous, const py::object& progress) {
+        ODF::OpenOptions options;
+        options.password = password;
+        options.refusesAmbiguous = refusesAmbiguous;
+        options.progress = watch(progress);
+        Document made;
+        const ODF::Result result = made.open(source, options);
+        made.notes_ = NotesOf(result);
+        if (!recovers || !made.tree_->document.IsOpen()) Require(result, source);
+        return made;
+    }
+    static Document make(const std::string& kind) {
+        for (const auto& [name, value] : kKinds)
+            if (name == kind) {
+                Document made;
+                made.tree_->document = ODF::Document::New(value);
+                if (made.tree_->document.IsOpen()) return made;
+            }
+        throw py::value_error("no new document can be of the kind '" + kind + "'");
+    }
+
+    const TreePointer tree() const { return required(); }
+    ODF::Document& operator*() const {
+        RequireIdle(*required());
+        return tree_->document;
+    }
+    ODF::Document* operator->() const { return &**this; }
+    bool isClosed() const noexcept { return !tree_; }
+    void close() noexcept { tree_.reset(); }
+    const py::list& notes() const noexcept { return notes_; }
+
+    template<typename Root>
+    py::object root(Root* (ODF::Document::*get)()) const {
+        return WrapOrNone(tree(), ((**this).*get)());
+    }
+    py::object member(const std::string& name) const {
+        ODF::Result result;
+        CSDObject* const root = (**this).Root(name, &result);
+        if (!root) Require(result);
+        return WrapOrNone(tree(), root);
+    }
+
+    void save(const py::object& path, const py::kwargs& options) const {
+        const auto target = py::module_::import("os").attr("fspath")(path).cast<std::string>();
+        Require(run([&](ODF::Document& document,
+                        const ODF::SaveOptions& how) { return document.Save(target, how); },
+                    options),
+                path);
+    }
+    py::bytes toBytes(const py::kwargs& options) const {
+        Bytes bytes;
+        Require(run(
+            [&](ODF::Document& document, const ODF::SaveOptions& how) { return document.Save(bytes, how); },
+            options));
+        return toPython(bytes);
+    }
+
+    py::bytes read(const std::string& name) const {
+        if (!(**this).HasMember(name)) throw py::key_error(name);
+        Bytes bytes;
+        ODF::Result result;
+        {
+            const Unlocked unlocked(*tree_);
+            result = tree_->document.ReadMember(name, bytes);
+        }
+        Require(result);
+        return toPython(bytes);
+    }
+    void write(const std::string& name, const py::buffer& data, const std::string& mediaType) const {
+        rescue(name);
+        const py::buffer_info info = data.request();
+        Require((**this).WriteMember(name, bytesOf(info), mediaType));
+    }
+    void remove(const std::string& name) const {
+        rescue(name);
+        if (!(**this).RemoveMember(name)) throw py::key_error(name);
+    }
+    std::string addPicture(const py::buffer& data, const std::string& fileName) const {
+        const py::buffer_info info = data.request();
+        std::string name = (**this).AddPicture(bytesOf(info), fileName);
+        if (name.empty()) throw py::value_error("the document can't have a picture of that name");
+        return name;
+    }
+
+private:
+    ODF::Result open(const py::object& source, const ODF::OpenOptions& options) {
+        ODF::Document& document = tree_->document;
+        if (PyObject_CheckBuffer(source.ptr())) {
+            const py::buffer_info info = py::reinterpret_borrow<py::buffer>(source).request();
+            const Unlocked unlocked(*tree_);
+            return document.Open(bytesOf(info), options);
+        }
+        if (py::hasattr(source, "read")) return open(source.attr("read")(), options);
+        const auto path = py::module_::import("os").attr("fspath")(source).cast<std::string>();
+        const Unlocked unlocked(*tree_);
+        return document.Open(path, options);
+    }
+
+    static ODF::SaveOptions optionsOf(const py::kwargs& given) {
+        ODF::SaveOptions options;
+        for (const auto& [key, value] : given) {
+            const auto name = key.cast<std::string>();
+            if (name == "compression")
+                options.compression = value.cast<int>();
+            else if (name == "threads")
+                options.threads = value.cast<unsigned>();
+            else if (name == "allow_incomplete")
+                options.allowsIncomplete = value.cast<bool>();
+            else if (name == "fixed_time")
+                options.fixedTime = value.cast<std::int64_t>();
+            else if (name == "progress")
+                options.progress = watch(py::reinterpret_borrow<py::object>(value));
+            else
+                throw py::type_error("saving has no option '" + name + "'");
+        }
+        if (!options.progress) options.progress = watch(py::none());
+        return options;
+    }
+
+    template<typename Write>
+    ODF::Result run(Write write, const py::kwargs& given) const {
+        const ODF::SaveOptions options = optionsOf(given);
+        const std::shared_ptr<DocumentTree> tree = required();
+        const Unlocked unlocked(*tree);
+        return write(tree->document, options);
+    }
+
+    /// Asks the caller's function and for signals, such as that of Ctrl+C, a few times a second.
+    static ODF::ProgressCallback watch(const py::object& progress) {
+        using Clock = std::chrono::steady_clock;
+        return [progress, last = Clock::now()](const ODF::Progress& state) mutable {
+            constexpr std::chrono::milliseconds pause(50);
+            const bool isAsked = progress.ptr() != Py_None;
+            if (Clock::now() - last < pause && !(isAsked && state.done == state.total)) return true;
+            last = Clock::now();
+            const py::gil_scoped_acquire lock;
+            if (PyErr_CheckSignals() != 0) throw py::error_already_set();
+            if (!isAsked) return true;
+            const py::object answer = progress(ToPython(state.member), state.done, state.total);
+            return answer.is_none() || answer.cast<bool>();
+        };
+    }
+
+    /// What Python holds of the tree of a member lives on without the member.
+    void rescue(const std::string& name) const {
+        const std::vector<std::string> trees = (**this).Trees();
+        if (std::find(trees.begin(), trees.end(), name) == trees.end()) return;
+        if (CSDObject* const root = tree_->document.Root(name)) RescueTree(tree_, *root);
+        tree_->version = NextVersion();
+    }
+
+    static std::span<const unsigned char> bytesOf(const py::buffer_info& info) {
+        if (!PyBuffer_IsContiguous(info.view(), 'C')) throw py::value_error("the bytes must lie together");
+        return {static_cast<const unsigned char*>(info.ptr),
+                static_cast<std::size_t>(info.size * info.itemsize)};
+    }
+    static py::bytes toPython(const Bytes& bytes) {
+        return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+    }
+    const std::shared_ptr<DocumentTree>& required() const {
+        if (!tree_) throw py::value_error("the document is closed");
+        return tree_;
+    }
+
+    std::shared_ptr<DocumentTree> tree_ = std::make_shared<DocumentTree>();
+    py::list notes_;
+};
+
+std::string KindOf(const Document& document) {
+    for (const auto& [name, value] : kKinds)
+        if (value == document->Kind()) return name;
+    return "unknown";
+}
+
+CSDObject& BodyOf(const Document& document) {
+    if (CSDObject* const body = document->Body())
+        for (CSDObject& child : body->Children())
+            if (IsElement(child)) return child;
+    throw py::value_error("the document has no body");
+}
+
+py::object Sheets(const Document& document) {
+    py::list sheets;
+    for (const ODF::Sheet& sheet : ODF::Sheets(*document))
+        sheets.append(MakeSheet(Wrap(document.tree(), sheet.Table())));
+    return sheets;
+}
+
+py::object AddSheet(const Document& document, const std::string& name) {
+    ODF::Sheets sheets(*document);
+    const ODF::Sheet* const sheet = sheets.Add(name);
+    if (!sheet) throw py::value_error("there can't be a sheet '" + name + "' in this document");
+    return MakeSheet(Wrap(document.tree(), sheet->Table()));
+}
+
+template<typename Root>
+auto RootOf(Root* (ODF::Document::*get)()) {
+    return [get](const Document& self) { return self.root(get); };
+}
+
+} // namespace
+
+void BindDocument(py::module_& module) {
+    using D = ODF::Document;
+    py::class_<Document>(module, "Document")
+        .def(py::init<const Document&>())
+        .def_static("_open",
+                    py::overload_cast<const py::object&, const std::string&, bool, bool, const py::object&>(
+                        &Document::open))
+        .def_static("_new", &Document::make)
+        .def("close", &Document::close, "Gives the document up; elements that are held stay.")
+        .def_property_readonly("closed", &Document::isClosed)
+        .def_property_readonly("notes", &Document::notes)
+        .def_property_readonly("kind", KindOf)
+        .def_property_readonly("media_type", [](const Document& self) { return self->MediaType(); })
+        .def_property_readonly("version", [](const Document& self) { return self->Version(); })
+        .def_property_readonly("is_whole", [](const Document& self) { return self->IsWhole(); })
+        .def_property_readonly("is_flat", [](const Document& self) { return self->IsFlat(); })
+        .def_property_readonly("is_template", [](const Document& self) { return self->IsTemplate(); })
+        .def_property_readonly("is_encrypted", [](const Document& self) { return self->IsEncrypted(); })
+        .def_property_readonly("content", RootOf(&D::Content))
+        .def_property_readonly("styles", RootOf(&D::Styles))
+        .def_property_readonly("meta", RootOf(&D::Meta))
+        .def_property_readonly("settings", RootOf(&D::Settings))
+        .def_property_readonly("formula", RootOf(&D::Formula))
+        .def_property_readonly("flat", RootOf(&D::Flat))
+        .def_property_readonly("body", [](const Document& self) { return Wrap(self.tree(), BodyOf(self)); })
+        .def("root", &Document::member, py::arg("member"))
+        .def("text", [](const Document& self) { return TextOf(Wrap(self.tree(), BodyOf(self))); })
+        .def(
+            "replace",
+            [](const Document& self, const std::string& from, const std::string& to) {
+                return Replace(self.tree(), BodyOf(self), from, to);
+            },
+            py::arg("old"), py::arg("new"))
+        .def("_sheets", Sheets)
+        .def("_add_sheet", AddSheet)
+        .def("_members",
+             [](const Document& self) {
+                 py::list names;
+                 for (const std::string& name : self->Members())
+                     names.append(ToPython(name));
+                 return names;
+             })
+        .def("_read", &Document::read)
+        .def("_write", &Document::write)
+        .def("_remove", &Document::remove)
+        .def("_set_password",
+             [](const Document& self, const std::string& password) {
+                 if (password.empty())
+                     self->RemovePassword();
+                 else if (!self->SetPassword(password))
+                     throw py::value_error("a flat document can't be encrypted");
+             })
+        .def("add_picture", &Document::addPicture, py::arg("data"), py::arg("file_name"))
+        .def("_save", &Document::save)
+        .def("tobytes", &Document::toBytes);
+}
+
+} // namespace odfpython

@@ -1,0 +1,169 @@
+#include "tree.h"
+
+#include "classes.h"
+
+#include <odfmodel/elements/text/paragraph.h>
+
+#include <unordered_set>
+#include <vector>
+
+namespace odfpython {
+namespace {
+
+/// What Python holds of `root` and below it belongs to `to` from now on.
+void Rehome(Tree& from, const TreePointer& to, CSDObject& root) {
+    const auto move = [&](CSDObject& object) {
+        const auto at = from.held.find(&object);
+        if (at == from.held.end()) return;
+        ElementObject* const element = at->second;
+        to->held.insert(from.held.extract(at));
+        element->tree = to;
+    };
+    move(root);
+    for (CSDObject& object : root.Descendants()) {
+        if (from.held.empty()) return;
+        move(object);
+    }
+}
+
+/// The Python object goes over to another element.
+void Exchange(const TreePointer& from, CSDObject& old, const TreePointer& to, CSDObject& object) {
+    const auto at = from->held.find(&old);
+    if (at == from->held.end()) return;
+    ElementObject* const element = at->second;
+    to->held.emplace(&object, element);
+    from->held.erase(at);
+    element->object = &object;
+    element->tree = to;
+}
+
+[[noreturn]] void Refuse(ODF::TreeChange change) {
+    switch (change) {
+    case ODF::TreeChange::OwnAncestor:
+        throw py::value_error("an element can't be put into itself");
+    case ODF::TreeChange::NotAChild:
+        throw py::value_error("the root of a document's tree can't be moved; put its clone() there");
+    case ODF::TreeChange::NoList:
+        throw py::type_error("this element has no children");
+    default:
+        throw py::value_error("the element can't be put there");
+    }
+}
+
+} // namespace
+
+std::size_t NextVersion() noexcept {
+    static std::size_t version = 0; // changes under the interpreter's lock
+    return ++version;
+}
+
+void RequireIdle(const Tree& tree) {
+    if (tree.isBusy) throw std::runtime_error("another thread is working on this document");
+}
+
+bool Element::isElement(PyObject* object) {
+    return PyObject_TypeCheck(object, ElementType());
+}
+
+Element Wrap(const TreePointer& tree, CSDObject& object) {
+    RequireIdle(*tree);
+    const auto at = tree->held.find(&object);
+    if (at != tree->held.end())
+        return py::reinterpret_borrow<Element>(reinterpret_cast<PyObject*>(at->second));
+    PyTypeObject* const type = TypeOf(object); // may run Python
+    PyObject* const made = type->tp_alloc(type, 0);
+    if (!made) throw py::error_already_set();
+    auto* const element = reinterpret_cast<ElementObject*>(made);
+    new (&element->tree) TreePointer(tree);
+    element->object = &object;
+    Element result = py::reinterpret_steal<Element>(made);
+    tree->held.emplace(&object, element);
+    return result;
+}
+
+Element WrapLoose(std::unique_ptr<CSDObject> object) {
+    if (!object) throw py::type_error("this element can't be copied");
+    CSDObject& made = *object;
+    return Wrap(std::make_shared<LooseTree>(std::move(object)), made);
+}
+
+py::object WrapOrNone(const TreePointer& tree, CSDObject* object) {
+    return object ? py::object(Wrap(tree, *object)) : py::none();
+}
+
+void Attach(const Element& parent, const Element& child, CSDObject* before) {
+    CSDObject& to = *parent;
+    CSDObject& moved = *child;
+    const TreePointer from = child.tree();
+    if (before == &moved) return;
+    for (const CSDObject* at = &to; at; at = at->Parent())
+        if (at == &moved) Refuse(ODF::TreeChange::OwnAncestor);
+    ODF::TreeChange change = ODF::TreeChange::NotAChild;
+    if (moved.Parent()) {
+        change = moved.MoveTo(to);
+        if (change == ODF::TreeChange::Done && before) {
+            std::unique_ptr<CSDObject> taken = to.Detach(moved);
+            change = to.Insert(std::move(taken), *before);
+        }
+    } else if (std::unique_ptr<CSDObject> taken = from->release(moved)) {
+        change = before ? to.Insert(std::move(taken), *before) : to.Append(std::move(taken));
+        if (taken) from->takeBack(std::move(taken));
+    }
+    if (change != ODF::TreeChange::Done) Refuse(change);
+    from->version = NextVersion();
+    parent.tree()->version = NextVersion();
+    if (from != parent.tree()) Rehome(*from, parent.tree(), moved);
+}
+
+void Detach(const TreePointer& tree, CSDObject& object) {
+    RequireIdle(*tree);
+    std::unique_ptr<CSDObject> taken = object.Parent() ? object.Parent()->Detach(object) : nullptr;
+    if (!taken) throw py::value_error("the element is in no other");
+    tree->version = NextVersion();
+    Rehome(*tree, std::make_shared<LooseTree>(std::move(taken)), object);
+}
+
+bool IsHeldBelow(const Tree& tree, const CSDObject& object) {
+    const auto isHeld = [&](const CSDObject& at) { return tree.held.contains(const_cast<CSDObject*>(&at)); };
+    if (tree.held.empty()) return false;
+    if (isHeld(object)) return true;
+    for (const CSDObject& below : object.Descendants())
+        if (isHeld(below)) return true;
+    return false;
+}
+
+void RescueTree(const TreePointer& tree, CSDObject& root) {
+    if (!IsHeldBelow(*tree, root)) return;
+    std::unique_ptr<CSDObject> copy = root.Clone();
+    if (!copy) throw py::type_error("elements of this member are held and can't be copied");
+    CSDObject& copied = *copy;
+    const TreePointer loose = std::make_shared<LooseTree>(std::move(copy));
+    Exchange(tree, root, loose, copied);
+    auto at = copied.Descendants().begin();
+    for (CSDObject& object : root.Descendants())
+        Exchange(tree, object, loose, *at++);
+}
+
+void KeepBlanks(const TreePointer& tree, CSDObject& root, const std::function<void()>& change) {
+    std::vector<std::pair<CSDObject*, std::unique_ptr<CSDObject>>> kept;
+    for (const auto& [object, element] : tree->held) {
+        const unsigned id = object->GetID();
+        if (id != ODF::CTextS::kId && id != ODF::CTextTab::kId && id != ODF::CTextLineBreak::kId) continue;
+        const CSDObject* above = object;
+        while (above && above != &root)
+            above = above->Parent();
+        if (above) kept.emplace_back(object, object->Clone());
+    }
+    change();
+    if (kept.empty()) return;
+    std::unordered_set<const CSDObject*> present;
+    for (const CSDObject& object : root.Descendants())
+        present.insert(&object);
+    for (auto& [object, copy] : kept) {
+        if (present.contains(object)) continue;
+        CSDObject& copied = *copy;
+        Exchange(tree, *object, std::make_shared<LooseTree>(std::move(copy)), copied);
+    }
+}
+
+} // namespace odfpython

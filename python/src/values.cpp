@@ -1,0 +1,290 @@
+#include "values.h"
+
+#include "attributes.h"
+
+#include <datetime.h>
+#pragma GCC diagnostic ignored "-Wold-style-cast" // in Python's macros for dates
+
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+
+namespace odfpython {
+namespace {
+
+constexpr std::int64_t kSecond = 1'000'000'000;
+
+/// A date and time of day as the file has it, without regard to time zones.
+struct Moment {
+    int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
+    std::int64_t nanoseconds = 0;
+};
+
+/// Reads what stands at the begin of a text and takes it away.
+class Reader {
+public:
+    explicit Reader(std::string_view text) noexcept : text_(text) {}
+    bool take(char c) noexcept {
+        if (text_.empty() || text_.front() != c) return false;
+        text_.remove_prefix(1);
+        return true;
+    }
+    template<typename T>
+    bool number(T& out) noexcept {
+        if (text_.empty() || text_.front() < '0' || text_.front() > '9') return false;
+        const auto [end, error] = std::from_chars(text_.data(), text_.data() + text_.size(), out);
+        if (error != std::errc()) return false;
+        text_.remove_prefix(static_cast<std::size_t>(end - text_.data()));
+        return true;
+    }
+    /// The digits after a decimal point, as nanoseconds.
+    bool fraction(std::int64_t& out) noexcept {
+        out = 0;
+        if (!take('.') && !take(',')) return true;
+        std::int64_t unit = kSecond;
+        bool hasDigit = false;
+        for (; !text_.empty() && text_.front() >= '0' && text_.front() <= '9'; text_.remove_prefix(1)) {
+            unit /= 10;
+            out += unit * (text_.front() - '0');
+            hasDigit = true;
+        }
+        return hasDigit;
+    }
+    bool isAtEnd() const noexcept { return text_.empty(); }
+
+private:
+    std::string_view text_;
+};
+
+std::optional<Moment> ParseMoment(std::string_view iso) noexcept {
+    Reader in(iso);
+    Moment at;
+    if (!in.number(at.year) || !in.take('-') || !in.number(at.month) || !in.take('-') || !in.number(at.day))
+        return std::nullopt;
+    if (in.take('T') && !(in.number(at.hour) && in.take(':') && in.number(at.minute) &&
+                          (!in.take(':') || (in.number(at.second) && in.fraction(at.nanoseconds)))))
+        return std::nullopt;
+    in.take('Z');
+    const std::chrono::year_month_day date(std::chrono::year(at.year),
+                                           std::chrono::month(static_cast<unsigned>(at.month)),
+                                           std::chrono::day(static_cast<unsigned>(at.day)));
+    if (!in.isAtEnd() || at.year < 1 || at.year > 9999 || !date.ok() || at.hour > 23 || at.minute > 59 ||
+        at.second > 59)
+        return std::nullopt;
+    return at;
+}
+
+std::string Print(const char* format, auto... values) {
+    char text[64];
+    const int length = std::snprintf(text, sizeof text, format, values...);
+    return {text, static_cast<std::size_t>(length)};
+}
+
+/// The digits of a second's fraction with its point; empty for none.
+std::string PrintFraction(std::int64_t nanoseconds) {
+    if (nanoseconds == 0) return {};
+    std::string text = Print(".%09lld", static_cast<long long>(nanoseconds));
+    text.erase(text.find_last_not_of('0') + 1);
+    return text;
+}
+
+std::string PrintMoment(const Moment& at) {
+    return Print("%04d-%02d-%02dT%02d:%02d:%02d", at.year, at.month, at.day, at.hour, at.minute, at.second) +
+           PrintFraction(at.nanoseconds);
+}
+
+std::string PrintSeconds(bool isNegative, std::int64_t seconds, std::int64_t nanoseconds) {
+    return Print("%sPT%02lldH%02lldM%02lld", isNegative ? "-" : "", static_cast<long long>(seconds / 3600),
+                 static_cast<long long>(seconds / 60 % 60), static_cast<long long>(seconds % 60)) +
+           PrintFraction(nanoseconds) + "S";
+}
+
+/// Whether `T` fits into 64 bits of nanoseconds.
+std::optional<std::int64_t> InNanoseconds(std::int64_t seconds, std::int64_t nanoseconds) noexcept {
+    constexpr std::int64_t most = INT64_MAX / kSecond - 1;
+    if (seconds > most || seconds < -most) return std::nullopt;
+    return seconds * kSecond + nanoseconds;
+}
+
+/// Python's API for dates; it must be there in each file that uses it.
+void ImportDates() {
+    if (!PyDateTimeAPI) PyDateTime_IMPORT;
+    if (!PyDateTimeAPI) throw py::error_already_set();
+}
+
+py::object Checked(PyObject* made) {
+    if (!made) throw py::error_already_set();
+    return py::reinterpret_steal<py::object>(made);
+}
+
+py::object DateToPython(const std::string& text) {
+    const auto at = ParseMoment(text);
+    if (!at) return ToPython(std::string_view(text));
+    ImportDates();
+    return Checked(PyDateTime_FromDateAndTime(at->year, at->month, at->day, at->hour, at->minute, at->second,
+                                              static_cast<int>(at->nanoseconds / 1000)));
+}
+
+py::object TimeToPython(const std::string& text) {
+    const auto time = ParseDuration(text);
+    if (!time) return ToPython(std::string_view(text));
+    ImportDates();
+    const std::int64_t microseconds = *time / 1000;
+    constexpr std::int64_t day = 86'400'000'000;
+    return Checked(PyDelta_FromDSU(static_cast<int>(microseconds / day),
+                                   static_cast<int>(microseconds % day / 1'000'000),
+                                   static_cast<int>(microseconds % 1'000'000)));
+}
+
+std::optional<ODF::CellValue> DateFromPython(PyObject* value) {
+    ImportDates();
+    if (PyDateTime_Check(value))
+        return ODF::CellValue::Date(PrintMoment(
+            {PyDateTime_GET_YEAR(value), PyDateTime_GET_MONTH(value), PyDateTime_GET_DAY(value),
+             PyDateTime_DATE_GET_HOUR(value), PyDateTime_DATE_GET_MINUTE(value),
+             PyDateTime_DATE_GET_SECOND(value), PyDateTime_DATE_GET_MICROSECOND(value) * INT64_C(1000)}));
+    if (PyDate_Check(value))
+        return ODF::CellValue::Date(PyDateTime_GET_YEAR(value),
+                                    static_cast<unsigned>(PyDateTime_GET_MONTH(value)),
+                                    static_cast<unsigned>(PyDateTime_GET_DAY(value)));
+    if (PyTime_Check(value))
+        return ODF::CellValue::Time(PrintSeconds(false,
+                                                 PyDateTime_TIME_GET_HOUR(value) * 3600 +
+                                                     PyDateTime_TIME_GET_MINUTE(value) * 60 +
+                                                     PyDateTime_TIME_GET_SECOND(value),
+                                                 PyDateTime_TIME_GET_MICROSECOND(value) * INT64_C(1000)));
+    if (PyDelta_Check(value)) {
+        const std::int64_t microseconds =
+            (PyDateTime_DELTA_GET_DAYS(value) * INT64_C(86400) + PyDateTime_DELTA_GET_SECONDS(value)) *
+                1'000'000 +
+            PyDateTime_DELTA_GET_MICROSECONDS(value);
+        const std::int64_t size = std::abs(microseconds);
+        return ODF::CellValue::Time(
+            PrintSeconds(microseconds < 0, size / 1'000'000, size % 1'000'000 * 1000));
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<std::int64_t> ParseDate(std::string_view iso) noexcept {
+    const auto at = ParseMoment(iso);
+    if (!at) return std::nullopt;
+    const std::chrono::sys_days date(std::chrono::year_month_day(
+        std::chrono::year(at->year), std::chrono::month(static_cast<unsigned>(at->month)),
+        std::chrono::day(static_cast<unsigned>(at->day))));
+    const std::int64_t seconds =
+        date.time_since_epoch().count() * INT64_C(86400) + at->hour * 3600 + at->minute * 60 + at->second;
+    return InNanoseconds(seconds, at->nanoseconds);
+}
+
+std::optional<std::int64_t> ParseDuration(std::string_view iso) noexcept {
+    Reader in(iso);
+    const bool isNegative = in.take('-');
+    if (!in.take('P')) return std::nullopt;
+    std::int64_t seconds = 0;
+    std::int64_t nanoseconds = 0;
+    bool hasTime = false;
+    bool hasPart = false;
+    while (!in.isAtEnd()) {
+        if (!hasTime && in.take('T')) {
+            hasTime = true;
+            continue;
+        }
+        std::int64_t number = 0;
+        if (!in.number(number) || number > INT32_MAX) return std::nullopt;
+        if (!hasTime && in.take('D'))
+            seconds += number * 86400;
+        else if (hasTime && in.take('H'))
+            seconds += number * 3600;
+        else if (hasTime && in.take('M'))
+            seconds += number * 60;
+        else if (hasTime && in.fraction(nanoseconds) && in.take('S'))
+            seconds += number;
+        else
+            return std::nullopt;
+        hasPart = true;
+    }
+    if (!hasPart) return std::nullopt;
+    const auto size = InNanoseconds(seconds, nanoseconds);
+    return size && isNegative ? -*size : size;
+}
+
+std::string PrintDate(std::int64_t nanoseconds) {
+    const std::chrono::sys_time<std::chrono::nanoseconds> time{std::chrono::nanoseconds(nanoseconds)};
+    const auto days = std::chrono::floor<std::chrono::days>(time);
+    const std::chrono::year_month_day date(days);
+    const std::int64_t rest = (time - days).count();
+    const auto seconds = static_cast<int>(rest / kSecond);
+    return PrintMoment({static_cast<int>(date.year()), static_cast<int>(static_cast<unsigned>(date.month())),
+                        static_cast<int>(static_cast<unsigned>(date.day())), seconds / 3600,
+                        seconds / 60 % 60, seconds % 60, rest % kSecond});
+}
+
+std::string PrintDuration(std::int64_t nanoseconds) {
+    const std::int64_t size = nanoseconds == INT64_MIN ? INT64_MAX : std::abs(nanoseconds);
+    return PrintSeconds(nanoseconds < 0, size / kSecond, size % kSecond);
+}
+
+py::object NumberToPython(double number) {
+    constexpr double largestWhole = 9007199254740992;
+    if (std::abs(number) <= largestWhole && number == std::floor(number) &&
+        !(number == 0 && std::signbit(number)))
+        return py::int_(static_cast<long long>(number));
+    return py::float_(number);
+}
+
+py::object ValueToPython(const ODF::CellValue& value) {
+    switch (value.Kind()) {
+    case ODF::CellKind::Number:
+    case ODF::CellKind::Percentage:
+    case ODF::CellKind::Currency:
+        return NumberToPython(value.Number());
+    case ODF::CellKind::Bool:
+        return py::bool_(value.Bool());
+    case ODF::CellKind::Date:
+        return DateToPython(value.Text());
+    case ODF::CellKind::Time:
+        return TimeToPython(value.Text());
+    case ODF::CellKind::Text:
+        return ToPython(std::string_view(value.Text()));
+    case ODF::CellKind::Empty:
+        break;
+    }
+    return py::none();
+}
+
+ODF::CellValue FromPython(py::handle value) {
+    PyObject* const object = value.ptr();
+    ODF::CellValue result;
+    if (value.is_none()) return result;
+    if (PyBool_Check(object)) {
+        result = value.cast<bool>();
+    } else if (PyUnicode_Check(object)) {
+        result = value.cast<std::string>();
+    } else if (PyLong_Check(object) || PyFloat_Check(object)) {
+        const double number = PyFloat_AsDouble(object);
+        if (number == -1 && PyErr_Occurred()) throw py::error_already_set();
+        result = number;
+    } else if (py::isinstance<ODF::CellValue>(value)) {
+        result = value.cast<ODF::CellValue>();
+    } else if (auto date = DateFromPython(object)) {
+        result = *std::move(date);
+    } else if (py::hasattr(value, "item") && py::hasattr(value, "dtype")) {
+        // A number of numpy, or a time, whose nanoseconds would come out as a number.
+        const auto kind = value.attr("dtype").attr("kind").cast<std::string>();
+        const bool isTime = kind == "M" || kind == "m";
+        const py::object exact =
+            isTime ? value.attr("astype")(kind + "8[us]") : py::reinterpret_borrow<py::object>(value);
+        return FromPython(exact.attr("item")());
+    } else if (py::hasattr(value, "__float__")) {
+        result = py::float_(py::reinterpret_borrow<py::object>(value)).cast<double>();
+    } else {
+        throw py::type_error(std::string("a cell can't hold a ") + Py_TYPE(object)->tp_name);
+    }
+    if (!result.IsValid()) throw py::value_error("a cell can't hold " + py::repr(value).cast<std::string>());
+    return result;
+}
+
+} // namespace odfpython
