@@ -64,7 +64,8 @@ std::vector<std::string> KindWords() {
 
 std::string ExtensionFor(Kind kind, bool isFlat, bool isTemplate) {
     for (const Row& row : kRows)
-        if (row.kind == kind) return std::string(isFlat ? row.flat : isTemplate ? row.templates : row.extension);
+        if (row.kind == kind)
+            return std::string(isFlat ? row.flat : isTemplate ? row.templates : row.extension);
     return {};
 }
 

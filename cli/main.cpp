@@ -19,10 +19,10 @@ constexpr const char* kExitCodes =
 
 /// In the order of the help: looking, changing, the rest.
 constexpr void (*kVerbs[])(CLI::App&, command::ExitCode&) = {
-    command::AddInfo,    command::AddText,    command::AddTree,    command::AddMeta,
-    command::AddCheck,   command::AddDiff,    command::AddConvert, command::AddNew,
-    command::AddReplace, command::AddExtract, command::AddInsert,  command::AddEncrypt,
-    command::AddDecrypt, command::AddRoundtrip, command::AddHelp,  command::AddPages,
+    command::AddInfo,    command::AddText,      command::AddTree,    command::AddMeta,
+    command::AddCheck,   command::AddDiff,      command::AddConvert, command::AddNew,
+    command::AddReplace, command::AddExtract,   command::AddInsert,  command::AddEncrypt,
+    command::AddDecrypt, command::AddRoundtrip, command::AddHelp,    command::AddPages,
 };
 
 command::ExitCode Run(int argc, char** argv) {
