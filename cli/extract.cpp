@@ -30,7 +30,9 @@ bool IsPicture(const ODF::Document& document, const std::string& name) {
 /// The members that are asked for, in the order of the package; false when one of the names fits none.
 bool Choose(const ODF::Document& document, const ExtractOptions& options, std::vector<std::string>& chosen) {
     std::vector<bool> isUsed(options.members.size());
-    for (const std::string& name : document.Members()) {
+    for (const ODF::FileEntry& entry : document.FileEntries()) {
+        const std::string& name = entry.name;
+        if (name.ends_with('/')) continue; // a folder
         bool isWanted = options.isPictures && IsPicture(document, name);
         for (std::size_t i = 0; i < options.members.size(); ++i)
             if (options.members[i] == name || fnmatch(options.members[i].c_str(), name.c_str(), 0) == 0)

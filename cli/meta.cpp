@@ -7,6 +7,8 @@
 #include "meta/changes.h"
 #include "package/open_document.h"
 
+#include <odfmodel/elements/office/document.h>
+
 #include <iostream>
 
 namespace command {

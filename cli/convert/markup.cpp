@@ -312,7 +312,7 @@ void MarkupWalk::readSheet(const ODF::Sheet& sheet) {
 bool IsHarmlessLink(std::string_view target) {
     if (target.empty()) return false;
     const std::size_t colon = target.find(':');
-    if (colon > target.find_first_of("/?#")) return true; // also when it has neither
+    if (colon == std::string_view::npos || colon > target.find_first_of("/?#")) return true;
     std::string scheme(target.substr(0, colon));
     std::transform(scheme.begin(), scheme.end(), scheme.begin(),
                    [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });

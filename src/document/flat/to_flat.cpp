@@ -1,3 +1,4 @@
+#include "document/document_kinds.h"
 #include "document/flat/declarations.h"
 #include "document/flat/links.h"
 #include "document/flat/style_names.h"
@@ -36,6 +37,16 @@ void CopyChild(const CSDObject* from, CSDObject& to) {
     std::unique_ptr<CSDObject> copy = child->Clone();
     if (!AddDeclarations(*from, to)) AddDeclarations(*from, *copy);
     to.Append(std::move(copy));
+}
+
+/// The media type of a document whose package doesn't tell it, by what is in its body.
+std::string_view MediaTypeOf(const CSDObject& content) {
+    if (const auto* const body = content.Child<COfficeBody>())
+        for (const CSDObject& child : body->Children())
+            if (const auto info = ClassOf(child))
+                if (const DocumentKind kind = KindOfBody(info->elementName()); kind != DocumentKind::Unknown)
+                    return MediaTypeFor(kind);
+    return {};
 }
 
 /// New names of styles by what they were.
@@ -110,10 +121,11 @@ std::unique_ptr<CSDObject> Flattening::assemble(const std::string& folder, const
                                                 const std::string& mediaType) {
     const CSDObject* const styles = rootOf(folder + "styles.xml");
     std::unique_ptr<COfficeDocument> root(static_cast<COfficeDocument*>(COfficeDocument::Create()));
-    SetAttributeText(*root, "office:mimetype", mediaType);
+    SetAttributeText(*root, "office:mimetype", mediaType.empty() ? MediaTypeOf(content) : mediaType);
     CTulStringW version;
     if (GetAttributeText(content, "office:version", version))
         SetAttributeText(*root, "office:version", version.utf8());
+    AddForeignAttributes(content, *root);
     CopyChild<COfficeMeta>(rootOf(folder + "meta.xml"), *root);
     CopyChild<COfficeSettings>(rootOf(folder + "settings.xml"), *root);
     CopyChild<COfficeScripts>(&content, *root);

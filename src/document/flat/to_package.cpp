@@ -136,6 +136,7 @@ public:
         std::unique_ptr<Root> part(static_cast<Root*>(Root::Create()));
         if (!version_.empty()) SetAttributeText(*part, "office:version", version_);
         AddDeclarations(root_, *part);
+        AddForeignAttributes(root_, *part);
         return part;
     }
     template<typename T>
