@@ -7,7 +7,7 @@ namespace command {
 namespace {
 
 /// For a place within single quotes of a shell.
-std::string Quoted(std::string text) {
+std::string ShellQuoted(std::string text) {
     for (std::size_t at = 0; (at = text.find('\'', at)) != std::string::npos; at += 4)
         text.replace(at, 1, "'\\''");
     return text;
@@ -63,7 +63,7 @@ void WriteZshCompletion(const CLI::App& app, std::ostream& out) {
     const auto escaped = [](std::string text) {
         for (std::size_t at = 0; (at = text.find_first_of("[]:", at)) != std::string::npos; at += 2)
             text.insert(at, 1, '\\');
-        return Quoted(std::move(text));
+        return ShellQuoted(std::move(text));
     };
     out << "#compdef odfmodel\n"
            "_odfmodel() {\n"
@@ -101,7 +101,7 @@ void WriteFishCompletion(const CLI::App& app, std::ostream& out) {
     const std::vector<VerbText> verbs = VerbsOf(app);
     for (const VerbText& verb : verbs)
         out << "complete -c odfmodel -n __fish_use_subcommand -f -a " << verb.name << " -d '"
-            << Quoted(Short(verb.about)) << "'\n";
+            << ShellQuoted(Short(verb.about)) << "'\n";
     for (const VerbText& verb : verbs) {
         const std::string where = "complete -c odfmodel -n '__fish_seen_subcommand_from " + verb.name + "'";
         if (verb.name == "help") out << where << " -f -a '" << Names(verbs) << "'\n";
@@ -110,7 +110,7 @@ void WriteFishCompletion(const CLI::App& app, std::ostream& out) {
             for (const std::string& name : option.names)
                 out << (name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1));
             if (!option.value.empty()) out << (option.takesFile ? " -r" : " -x");
-            out << " -d '" << Quoted(Short(option.about)) << "'\n";
+            out << " -d '" << ShellQuoted(Short(option.about)) << "'\n";
         }
     }
 }
