@@ -93,17 +93,23 @@ bool IsNumber(std::string_view text, double& number) {
     return error == std::errc() && end == text.data() + text.size();
 }
 
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+
 /// XML can't hold most control characters.
-std::string Cleaned(std::string text) {
-    constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+std::string Cleaned(const std::string& text) {
+    std::string clean;
     for (std::size_t at = 0; at < text.size(); ++at) {
         const auto c = static_cast<unsigned char>(text[at]);
-        const bool isBad = (c < 0x20 && c != '\t' && c != '\n' && c != '\r') ||
-                           text.compare(at, 3, "\xEF\xBF\xBE") == 0 ||
-                           text.compare(at, 3, "\xEF\xBF\xBF") == 0;
-        if (isBad) text.replace(at, c < 0x20 ? 1 : 3, kReplacement);
+        const bool isControl = c < 0x20 && c != '\t' && c != '\n' && c != '\r';
+        const bool isNoCharacter = c == 0xEF && at + 2 < text.size() && text[at + 1] == '\xBF' &&
+                                   static_cast<unsigned char>(text[at + 2]) >= 0xBE;
+        if (isControl || isNoCharacter)
+            clean += kReplacement;
+        else
+            clean += text[at];
+        if (isNoCharacter) at += 2;
     }
-    return text;
+    return clean;
 }
 
 ODF::CellValue ValueOf(std::string text, bool isTextOnly) {
@@ -113,7 +119,7 @@ ODF::CellValue ValueOf(std::string text, bool isTextOnly) {
     constexpr std::size_t kDateLength = 10;
     if (!isTextOnly && text.size() == kDateLength && text[4] == '-' && text[7] == '-')
         if (ODF::CellValue date = ODF::CellValue::Date(text); date.IsValid()) return date;
-    return Cleaned(std::move(text));
+    return Cleaned(text);
 }
 
 } // namespace
@@ -122,7 +128,7 @@ ODF::Document ReadCsv(std::string_view bytes, const CsvInput& options) {
     ODF::Document document = ODF::Document::New(ODF::DocumentKind::Spreadsheet);
     ODF::Sheets sheets(document);
     ODF::Sheet& sheet = sheets[0];
-    sheet.Table().SetTableName(CTulStringW(Cleaned(options.sheetName)));
+    sheet.Table().SetTableName("Sheet1");
     const std::string text = ToUtf8Text(bytes);
     CsvRows rows(text, options.separator);
     std::vector<std::string> cells;

@@ -2,7 +2,6 @@
 
 #include <odfmodel/document/open_document.h>
 
-#include <string>
 #include <string_view>
 
 namespace command {
@@ -10,7 +9,6 @@ namespace command {
 struct CsvInput {
     char separator = ',';
     bool isTextOnly = false; ///< all cells are texts
-    std::string sheetName = "Sheet1";
 };
 
 /// A spreadsheet with one sheet from comma-separated values, in UTF-8, or UTF-16 with its mark. Numbers with

@@ -10,7 +10,7 @@ namespace {
 
 struct Child {
     const CSDObject* object;
-    std::uint64_t hash;
+    TreeHash hash;
 };
 using Children = std::vector<Child>;
 /// A stretch of both lists.
@@ -25,35 +25,34 @@ Children ChildrenOf(const CSDObject& parent, const TreeHashes& hashes) {
     return children;
 }
 
-/// Places of children that are there once in both stretches and alike.
-std::vector<std::pair<std::size_t, std::size_t>> Unique(const Children& before, const Children& after,
-                                                        const Gap& gap) {
-    constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
-    struct Places {
-        std::size_t before = kNone, after = kNone;
+using Places = std::vector<std::pair<std::size_t, std::size_t>>;
+
+/// Places of children that are there once in both stretches and have the same number, other than 0.
+Places Unique(const Children& before, const Children& after, const Gap& gap,
+              std::uint64_t TreeHash::*number) {
+    struct Found {
+        std::size_t after = 0;
         unsigned countBefore = 0, countAfter = 0;
     };
-    std::unordered_map<std::uint64_t, Places> places;
-    for (std::size_t i = gap.firstBefore; i < gap.endBefore; ++i) {
-        Places& at = places[before[i].hash];
-        at.before = i;
-        ++at.countBefore;
-    }
+    std::unordered_map<std::uint64_t, Found> found;
+    for (std::size_t i = gap.firstBefore; i < gap.endBefore; ++i)
+        ++found[before[i].hash.*number].countBefore;
     for (std::size_t i = gap.firstAfter; i < gap.endAfter; ++i) {
-        Places& at = places[after[i].hash];
+        Found& at = found[after[i].hash.*number];
         at.after = i;
         ++at.countAfter;
     }
-    std::vector<std::pair<std::size_t, std::size_t>> unique;
-    for (std::size_t i = gap.firstBefore; i < gap.endBefore; ++i)
-        if (const Places& at = places[before[i].hash]; at.countBefore == 1 && at.countAfter == 1)
+    Places unique;
+    for (std::size_t i = gap.firstBefore; i < gap.endBefore; ++i) {
+        const std::uint64_t own = before[i].hash.*number;
+        if (const Found& at = found[own]; own != 0 && at.countBefore == 1 && at.countAfter == 1)
             unique.emplace_back(i, at.after);
+    }
     return unique;
 }
 
 /// The longest part of the pairs that goes up on both sides.
-std::vector<std::pair<std::size_t, std::size_t>>
-Rising(const std::vector<std::pair<std::size_t, std::size_t>>& pairs) {
+Places Rising(const Places& pairs) {
     std::vector<std::size_t> ends; // by length, the pair that ends the run with the lowest place
     std::vector<std::size_t> previous(pairs.size());
     for (std::size_t i = 0; i < pairs.size(); ++i) {
@@ -66,7 +65,7 @@ Rising(const std::vector<std::pair<std::size_t, std::size_t>>& pairs) {
         else
             *at = i;
     }
-    std::vector<std::pair<std::size_t, std::size_t>> rising;
+    Places rising;
     for (std::size_t i = ends.empty() ? pairs.size() : ends.back(); i < pairs.size(); i = previous[i])
         rising.push_back(pairs[i]);
     std::reverse(rising.begin(), rising.end());
@@ -75,12 +74,12 @@ Rising(const std::vector<std::pair<std::size_t, std::size_t>>& pairs) {
 
 void Trim(const Children& before, const Children& after, Gap& gap) {
     while (gap.firstBefore < gap.endBefore && gap.firstAfter < gap.endAfter &&
-           before[gap.firstBefore].hash == after[gap.firstAfter].hash) {
+           before[gap.firstBefore].hash.all == after[gap.firstAfter].hash.all) {
         ++gap.firstBefore;
         ++gap.firstAfter;
     }
     while (gap.firstBefore < gap.endBefore && gap.firstAfter < gap.endAfter &&
-           before[gap.endBefore - 1].hash == after[gap.endAfter - 1].hash) {
+           before[gap.endBefore - 1].hash.all == after[gap.endAfter - 1].hash.all) {
         --gap.endBefore;
         --gap.endAfter;
     }
@@ -101,11 +100,32 @@ void PairByClass(const Children& before, const Children& after, const Gap& gap, 
         }
         for (; next < *at; ++next)
             pairs.emplace_back(nullptr, after[next].object);
-        if (before[i].hash != after[next].hash) pairs.emplace_back(before[i].object, after[next].object);
+        if (before[i].hash.all != after[next].hash.all)
+            pairs.emplace_back(before[i].object, after[next].object);
         ++next;
     }
     for (; next < gap.endAfter; ++next)
         pairs.emplace_back(nullptr, after[next].object);
+}
+
+/// Divides a stretch where children have the same number, and pairs what is between them by `pairGap`. Those
+/// of the same number are pairs too, unless they are alike.
+template<typename PairGap>
+void PairAround(const Children& before, const Children& after, const Gap& all,
+                std::uint64_t TreeHash::*number, Pairs& pairs, PairGap pairGap) {
+    Gap gap = all;
+    for (const auto& [placeBefore, placeAfter] : Rising(Unique(before, after, all, number))) {
+        gap.endBefore = placeBefore;
+        gap.endAfter = placeAfter;
+        pairGap(gap);
+        if (before[placeBefore].hash.all != after[placeAfter].hash.all)
+            pairs.emplace_back(before[placeBefore].object, after[placeAfter].object);
+        gap.firstBefore = placeBefore + 1;
+        gap.firstAfter = placeAfter + 1;
+    }
+    gap.endBefore = all.endBefore;
+    gap.endAfter = all.endAfter;
+    pairGap(gap);
 }
 
 } // namespace
@@ -117,17 +137,11 @@ Pairs Align(const CSDObject& parentBefore, const TreeHashes& hashesBefore, const
     Pairs pairs;
     Gap all{0, before.size(), 0, after.size()};
     Trim(before, after, all);
-    Gap gap = all;
-    auto anchors = Rising(Unique(before, after, all));
-    anchors.emplace_back(all.endBefore, all.endAfter);
-    for (const auto& [placeBefore, placeAfter] : anchors) {
-        gap.endBefore = placeBefore;
-        gap.endAfter = placeAfter;
+    PairAround(before, after, all, &TreeHash::all, pairs, [&](Gap gap) {
         Trim(before, after, gap);
-        PairByClass(before, after, gap, pairs);
-        gap.firstBefore = placeBefore + 1;
-        gap.firstAfter = placeAfter + 1;
-    }
+        PairAround(before, after, gap, &TreeHash::text, pairs,
+                   [&](const Gap& inner) { PairByClass(before, after, inner, pairs); });
+    });
     return pairs;
 }
 

@@ -17,7 +17,7 @@ public:
         : hashesBefore_(before), hashesAfter_(after), before_(before), after_(after) {}
 
     std::vector<Difference> run() {
-        if (hashesBefore_.of(before_) == hashesAfter_.of(after_)) return {};
+        if (hashesBefore_.of(before_).all == hashesAfter_.of(after_).all) return {};
         if (StepName(before_) != StepName(after_)) {
             add(Difference::Kind::Removed, "/" + StepName(before_), ODF::Text(before_), {});
             add(Difference::Kind::Added, "/" + StepName(after_), {}, ODF::Text(after_));

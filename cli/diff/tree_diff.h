@@ -18,9 +18,9 @@ struct Difference {
     std::string after;  ///< for what is added, its text
 };
 
-/// Compares two trees. Children that are alike are found wherever they have moved among their siblings; of
-/// the others those of one class are taken to be the same, changed. Takes time in proportion to the trees,
-/// and needs no stack for their depth.
+/// Compares two trees. Children that are alike stand for each other, as far as their order allows; of the
+/// others those of one class with the same text, then those of one class, are taken to be the same, changed.
+/// Takes time in proportion to the trees, and needs no stack for their depth.
 std::vector<Difference> CompareTrees(const CSDObject& before, const CSDObject& after);
 
 } // namespace command

@@ -43,18 +43,19 @@ TreeHashes::TreeHashes(const CSDObject& root) {
     struct Level {
         const CSDObject* object;
         std::size_t next;
-        std::uint64_t hash;
+        TreeHash hash;
     };
     AttributeReader attributes;
     std::vector<Level> open;
     const auto enter = [&](const CSDObject& object) {
-        std::uint64_t hash = Mixed(object.GetID(), OwnText(object));
+        const std::string text = OwnText(object);
+        std::uint64_t hash = Mixed(object.GetID(), text);
         if (object.GetID() == ODF::kForeignElementId) hash = Mixed(hash, StepName(object));
         // The order of attributes means nothing.
         std::uint64_t all = 0;
         for (const AttributeWords& attribute : attributes.attributesOf(object))
             all += Mixed(Mixed(1, attribute.name), attribute.value);
-        open.push_back({&object, 0, Mixed(hash, all)});
+        open.push_back({&object, 0, {Mixed(hash, all), text.empty() ? 0 : Mixed(1, text)}});
     };
     enter(root);
     while (!open.empty()) {
@@ -64,10 +65,14 @@ TreeHashes::TreeHashes(const CSDObject& root) {
             if (const CSDObject* const child = (*children)[level.next++]) enter(*child);
             continue;
         }
-        const std::uint64_t hash = level.hash;
+        TreeHash hash = level.hash;
+        const std::uint64_t text = hash.text;
+        if (text != 0) hash.text = Mixed(text, level.object->GetID());
         hashes_.emplace(level.object, hash);
         open.pop_back();
-        if (!open.empty()) open.back().hash = Mixed(open.back().hash, hash);
+        if (open.empty()) break;
+        open.back().hash.all = Mixed(open.back().hash.all, hash.all);
+        if (text != 0) open.back().hash.text = Mixed(open.back().hash.text, text);
     }
 }
 

@@ -15,14 +15,19 @@ std::string StepName(const CSDObject& object);
 /// The text that the object itself has.
 std::string OwnText(const CSDObject& object);
 
-/// A number for each object of a tree that tells it and all below it from what is different.
+/// Numbers that tell an object and all below it from what is different.
+struct TreeHash {
+    std::uint64_t all = 0;  ///< of everything
+    std::uint64_t text = 0; ///< of its class and the text alone; 0 without a text
+};
+
 class TreeHashes {
 public:
     explicit TreeHashes(const CSDObject& root);
-    std::uint64_t of(const CSDObject& object) const { return hashes_.at(&object); }
+    const TreeHash& of(const CSDObject& object) const { return hashes_.at(&object); }
 
 private:
-    std::unordered_map<const CSDObject*, std::uint64_t> hashes_;
+    std::unordered_map<const CSDObject*, TreeHash> hashes_;
 };
 
 } // namespace command

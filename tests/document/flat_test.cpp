@@ -10,14 +10,46 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace {
 
 using ODF::Document;
 
+/// The elements at and below the child of one class, a line each, without the lists of automatic styles and
+/// fonts, whose order means nothing.
 template<typename T>
-std::string XmlOf(CSDObject* root) {
-    CSDObject* const child = root ? root->Child<T>() : nullptr;
-    return child ? ODF::ToXml(*child, {}, ODF::Fidelity::Everything) : std::string();
+std::vector<std::string> LinesOf(CSDObject* root) {
+    std::vector<std::string> lines;
+    std::vector<CSDObject*> open;
+    if (CSDObject* const child = root ? root->Child<T>() : nullptr) open.push_back(child);
+    while (!open.empty()) {
+        CSDObject* const object = open.back();
+        open.pop_back();
+        if (object->GetID() == ODF::COfficeAutomaticStyles::kId ||
+            object->GetID() == ODF::COfficeFontFaceDecls::kId)
+            continue;
+        const auto info = ODF::ClassOf(*object);
+        std::string line = info ? std::string(info->elementName()) : std::string();
+        for (const ODF::AttributeText& attribute : ODF::AttributesOf(*object))
+            line.append(" ").append(attribute.name).append("=").append(attribute.value);
+        lines.push_back(line + " " + ODF::TextOf(*object));
+        std::vector<CSDObject*> children;
+        for (CSDObject& below : object->Children())
+            children.push_back(&below);
+        open.insert(open.end(), children.rbegin(), children.rend());
+    }
+    return lines;
+}
+
+template<typename T>
+void ExpectSame(Document& a, Document& b) {
+    const std::vector<std::string> one = LinesOf<T>(a.Flat());
+    const std::vector<std::string> other = LinesOf<T>(b.Flat());
+    const auto [at, in] = std::mismatch(one.begin(), one.end(), other.begin(), other.end());
+    EXPECT_TRUE(at == one.end() && in == other.end())
+        << (at == one.end() ? "(end)" : at->substr(0, 300)) << "\n"
+        << (in == other.end() ? "(end)" : in->substr(0, 300));
 }
 
 TEST(Flat, ThereAndBackKeepsWhatADocumentSays) {
@@ -47,10 +79,9 @@ TEST(Flat, ThereAndBackKeepsWhatADocumentSays) {
         EXPECT_EQ(ODF::DocumentText(flat), text);
         EXPECT_EQ(ODF::DocumentText(package), text);
         // With pictures and objects in the body, and the names of styles that the master pages use.
-        EXPECT_EQ(XmlOf<ODF::COfficeBody>(again.Flat()), XmlOf<ODF::COfficeBody>(flat.Flat()));
-        EXPECT_EQ(XmlOf<ODF::COfficeStyles>(again.Flat()), XmlOf<ODF::COfficeStyles>(flat.Flat()));
-        EXPECT_EQ(XmlOf<ODF::COfficeMasterStyles>(again.Flat()),
-                  XmlOf<ODF::COfficeMasterStyles>(flat.Flat()));
+        ExpectSame<ODF::COfficeBody>(again, flat);
+        ExpectSame<ODF::COfficeStyles>(again, flat);
+        ExpectSame<ODF::COfficeMasterStyles>(again, flat);
         ++count;
     }
     EXPECT_GE(count, 5U);

@@ -24,8 +24,11 @@ using Bytes = std::vector<unsigned char>;
 
 /// Objects within objects; more are none that a program has made.
 constexpr std::size_t kMaxNesting = 16;
-/// What pictures and objects may take together, in bytes of XML.
-constexpr std::uint64_t kMaxInlined = std::uint64_t{1} << 30;
+/// What pictures and objects may take together in bytes of XML, beside several times what the members have.
+constexpr std::uint64_t kFreeInlined = std::uint64_t{256} << 20;
+constexpr std::uint64_t kInlinedPerByte = 8;
+/// A tree takes so much more memory and time than the bytes of a picture.
+constexpr std::uint64_t kTreeWeight = 16;
 
 struct TooLarge {};
 
@@ -65,7 +68,10 @@ bool IsSame(CSDObject& style, CSDObject& other, const Renamed& renamed) {
 
 class Flattening {
 public:
-    explicit Flattening(Document& document) : document_(document) {}
+    explicit Flattening(Document& document) : document_(document) {
+        for (const FileEntry& entry : document.FileEntries())
+            left_ += entry.size * kInlinedPerByte;
+    }
 
     /// The document in `folder` of the package, empty or with a `/` at its end; null when there is none.
     std::unique_ptr<CSDObject> documentIn(const std::string& folder, const std::string& mediaType,
@@ -96,7 +102,7 @@ private:
     Document& document_;
     std::set<std::string> used_;
     std::map<std::string, std::uint64_t> sizes_;
-    std::uint64_t left_ = kMaxInlined;
+    std::uint64_t left_ = kFreeInlined;
 };
 
 std::string Flattening::memberOf(std::string_view href, const std::string& folder) const {
@@ -258,7 +264,7 @@ bool Flattening::takeInObject(CSDObject& object, const std::string& member, std:
         if (!document_.ReadMember(content, bytes)) return false;
         size = bytes.size();
     }
-    spend(size);
+    spend(size * kTreeWeight);
     std::unique_ptr<CSDObject> inner =
         documentIn(member + "/", document_.MediaTypeOf(member + "/"), depth + 1);
     if (!inner) return false;
