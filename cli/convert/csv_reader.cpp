@@ -112,7 +112,7 @@ std::string Cleaned(const std::string& text) {
     return clean;
 }
 
-ODF::CellValue ValueOf(std::string text, bool isTextOnly) {
+ODF::CellValue ValueOf(const std::string& text, bool isTextOnly) {
     if (text.empty()) return {};
     double number = 0;
     if (!isTextOnly && IsNumber(text, number)) return number;
@@ -136,8 +136,8 @@ ODF::Document ReadCsv(std::string_view bytes, const CsvInput& options) {
     std::uint32_t next = 0; // the row that AppendRow would fill
     for (std::uint32_t row = 0; rows.next(cells); ++row) {
         values.clear();
-        for (std::string& cell : cells)
-            values.push_back(ValueOf(std::move(cell), options.isTextOnly));
+        for (const std::string& cell : cells)
+            values.push_back(ValueOf(cell, options.isTextOnly));
         while (!values.empty() && values.back().IsEmpty())
             values.pop_back();
         if (values.empty()) continue; // stays empty

@@ -53,12 +53,14 @@ public:
         if (columns == 0) return;
         std::string table;
         for (std::size_t i = 0; i < rows_.size(); ++i) {
-            table += "|";
-            for (std::size_t column = 0; column < columns; ++column)
-                table += " " + (column < rows_[i].size() ? rows_[i][column] : std::string()) + " |";
+            // The first row is the head and has all columns; others may leave the last ones out.
+            if (i == 0) rows_[i].resize(columns);
+            table += rows_[i].empty() ? "|  |" : "|";
+            for (const std::string& cell : rows_[i])
+                table += " " + cell + " |";
             table += "\n";
             if (i > 0) continue;
-            table += "|"; // the first row is the head
+            table += "|";
             for (std::size_t column = 0; column < columns; ++column)
                 table += " --- |";
             table += "\n";

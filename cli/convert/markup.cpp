@@ -8,13 +8,14 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <vector>
 
 namespace command {
 namespace {
 
 /// What repeated cells and rows may add.
-constexpr std::size_t kMostCopies = 1U << 20;
+constexpr std::size_t kMostCopies = 1U << 18;
 constexpr unsigned kMostBlanks = 4096;
 
 std::string Value(const CSDObject& object, std::string_view name) {
@@ -65,7 +66,7 @@ public:
             sink_.endNote();
         }
     }
-    bool isCut() const { return copies_ == 0; }
+    bool isCut() const { return isCut_; }
 
     void readSheet(const ODF::Sheet& sheet);
 
@@ -118,6 +119,7 @@ private:
     std::vector<const CSDObject*> attached_; ///< what hangs on the paragraph
     std::vector<const CSDObject*> notes_;
     std::size_t copies_ = kMostCopies;
+    bool isCut_ = false;
 };
 
 /// Blanks and line ends of the file count as one blank, none at the start.
@@ -275,6 +277,7 @@ void MarkupWalk::readSheet(const ODF::Sheet& sheet) {
     const auto copies = [this](std::uint32_t wanted) {
         const std::size_t granted = std::min<std::size_t>(wanted, copies_);
         copies_ -= granted;
+        isCut_ = isCut_ || granted < wanted;
         return granted;
     };
     sink_.startTable();
@@ -284,10 +287,17 @@ void MarkupWalk::readSheet(const ODF::Sheet& sheet) {
             sink_.startRow();
             sink_.endRow();
         }
-        for (std::size_t times = 1 + copies(row.Repeat() - 1); times > 0; --times) {
+        // A copy of a row is one of each of its cells.
+        const ODF::SheetRow::Cells cells = row.UsedCells();
+        const auto cellCount = static_cast<std::size_t>(std::distance(cells.begin(), cells.end()));
+        const std::size_t fitting = copies_ / std::max<std::size_t>(cellCount, 1);
+        const std::size_t times = 1 + std::min<std::size_t>(row.Repeat() - 1, fitting);
+        copies_ -= (times - 1) * std::max<std::size_t>(cellCount, 1);
+        isCut_ = isCut_ || times < row.Repeat();
+        for (std::size_t i = 0; i < times; ++i) {
             sink_.startRow();
             std::uint32_t nextColumn = range->first.column;
-            for (const ODF::SheetCell& cell : row.UsedCells()) {
+            for (const ODF::SheetCell& cell : cells) {
                 for (std::size_t gap = copies(cell.Column() - nextColumn); gap > 0; --gap) {
                     sink_.startCell(1, 1);
                     sink_.endCell();

@@ -114,7 +114,7 @@ const Flow kFlows[] = {
       {{"convert", "@t.csv", "--to", "md"},
        0,
        "## Sheet1\n\n| name | n | day | code |\n| --- | --- | --- | --- |\n"
-       "| a \"q\", b | 1.5 | 2024-01-31 | 007 |\n|  |  |  |  |\n| two<br>lines |  | x |  |\n"}}},
+       "| a \"q\", b | 1.5 | 2024-01-31 | 007 |\n|  |\n| two<br>lines |  | x |\n"}}},
     {"WrongWordsGetASuggestion",
      {{{"conver"}, 2, "", "did you mean convert?"},
       {{"text", "--pasword", "x", "@in.odt"}, 2, "", "did you mean --password?"},
