@@ -105,7 +105,7 @@ ExitCode Fail(const std::string& path, const std::string& reason) {
 /// As a document in the other form, or the same one again.
 ExitCode SaveAs(ODF::Document& document, const std::string& path, const std::string& to,
                 const Target& target) {
-    const FileKind asked = KindOfFileName("." + target.extension);
+    const FileKind asked = KindOfFileName(std::string(".").append(target.extension));
     if (!target.extension.empty() && asked.kind != document.Kind())
         return Fail(path, "a document of this kind doesn't become an ." + target.extension);
     if (!target.extension.empty() && !asked.isFlat && asked.isTemplate != document.IsTemplate())

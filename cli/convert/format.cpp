@@ -22,7 +22,7 @@ constexpr Row kRows[] = {
 std::optional<Target> TargetOf(std::string_view word) {
     for (const Row& row : kRows)
         if (row.word == word) return Target{row.format, word == "tsv" ? "tsv" : std::string()};
-    const FileKind kind = KindOfFileName("." + std::string(word));
+    const FileKind kind = KindOfFileName(std::string(".").append(word));
     if (kind.kind == ODF::DocumentKind::Unknown) return std::nullopt;
     return Target{kind.isFlat ? Format::Flat : Format::Package, std::string(word)};
 }

@@ -28,7 +28,7 @@ std::string_view MediaTypeOf(std::string_view base64) {
 class Html final : public MarkupSink {
 public:
     void startParagraph(unsigned level) override {
-        tag_.push_back(level == 0 ? "p" : "h" + std::to_string(level));
+        tag_.push_back(level == 0 ? "p" : std::string("h").append(std::to_string(level)));
         out_ += "<" + tag_.back() + ">";
     }
     void endParagraph() override {
