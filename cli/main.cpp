@@ -13,9 +13,9 @@ namespace {
 
 constexpr const char* kExitCodes =
     "Exit codes: 0 done, 1 a round trip loses something (check), or files differ\n"
-    "(diff), 2 wrong usage,"
-    "3 a file can't be opened, or not be read to its end, 4 the output can't be\n"
-    "written, 5 other failures. With several files the greatest one counts.";
+    "(diff), 2 wrong usage, 3 a file can't be opened, or not be read to its end,\n"
+    "4 the output can't be written, 5 other failures. With several files the\n"
+    "greatest one counts.";
 
 /// In the order of the help: looking, changing, the rest.
 constexpr void (*kVerbs[])(CLI::App&, command::ExitCode&) = {

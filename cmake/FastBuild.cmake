@@ -29,7 +29,9 @@ target_precompile_headers(odfmodel_document PRIVATE ${std_headers} <odfmodel/odf
 
 if(TARGET odfmodel_cli)
   target_precompile_headers(odfmodel_cli PRIVATE ${std_headers} <odfmodel/odfmodel.h>)
-  set(with_options check.cpp info.cpp main.cpp password.cpp roundtrip.cpp text.cpp tree.cpp)
+  set(with_options check.cpp convert.cpp diff.cpp edit.cpp encrypt.cpp extract.cpp help.cpp info.cpp insert.cpp main.cpp
+    meta.cpp new.cpp pages.cpp password.cpp replace.cpp roundtrip.cpp text.cpp tree.cpp pages/completion.cpp
+    pages/definitions.cpp pages/manual.cpp usage/suggestion.cpp)
   # The parser of the command line is thousands of templates in a header, and no work to be fast at.
   list(TRANSFORM with_options PREPEND "${PROJECT_SOURCE_DIR}/cli/")
   set_source_files_properties(${with_options} DIRECTORY "${PROJECT_SOURCE_DIR}/cli" PROPERTIES UNITY_GROUP "options")

@@ -24,4 +24,12 @@ bool AddDeclarations(const CSDObject& from, CSDObject& to) {
     return isAll;
 }
 
+void AddForeignAttributes(const CSDObject& from, CSDObject& to) {
+    for (const ForeignAttribute& attribute : ForeignAttributesOf(from)) {
+        if (GetForeignAttribute(to, attribute.namespaceUri, attribute.localName)) continue;
+        const std::string prefix = attribute.prefix.empty() ? std::string() : attribute.prefix + ":";
+        SetForeignAttribute(to, attribute.namespaceUri, prefix + attribute.localName, attribute.value);
+    }
+}
+
 } // namespace ODF::flat

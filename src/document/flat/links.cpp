@@ -14,7 +14,8 @@ std::string HrefOf(const CSDObject& object) {
 
 bool IsRelative(std::string_view href) {
     if (href.empty() || href.front() == '#' || href.front() == '/') return false;
-    return href.find(':') > href.find_first_of("/?#"); // also when it has neither
+    const std::size_t colon = href.find(':');
+    return colon == std::string_view::npos || colon > href.find_first_of("/?#");
 }
 
 std::string MemberOf(std::string_view href, std::string_view folder) {

@@ -1,3 +1,4 @@
+#include "document/document_kinds.h"
 #include "document/flat/declarations.h"
 #include "document/flat/links.h"
 #include "document/flat/style_names.h"
@@ -23,8 +24,11 @@ using Bytes = std::vector<unsigned char>;
 
 /// Objects within objects; more are none that a program has made.
 constexpr std::size_t kMaxNesting = 16;
-/// What pictures and objects may take together, in bytes of XML.
-constexpr std::uint64_t kMaxInlined = std::uint64_t{1} << 30;
+/// What pictures and objects may take together in bytes of XML, beside several times what the members have.
+constexpr std::uint64_t kFreeInlined = std::uint64_t{256} << 20;
+constexpr std::uint64_t kInlinedPerByte = 8;
+/// A tree takes so much more memory and time than the bytes of a picture.
+constexpr std::uint64_t kTreeWeight = 16;
 
 struct TooLarge {};
 
@@ -36,6 +40,16 @@ void CopyChild(const CSDObject* from, CSDObject& to) {
     std::unique_ptr<CSDObject> copy = child->Clone();
     if (!AddDeclarations(*from, to)) AddDeclarations(*from, *copy);
     to.Append(std::move(copy));
+}
+
+/// The media type of a document whose package doesn't tell it, by what is in its body.
+std::string_view MediaTypeOf(const CSDObject& content) {
+    if (const auto* const body = content.Child<COfficeBody>())
+        for (const CSDObject& child : body->Children())
+            if (const auto info = ClassOf(child))
+                if (const DocumentKind kind = KindOfBody(info->elementName()); kind != DocumentKind::Unknown)
+                    return MediaTypeFor(kind);
+    return {};
 }
 
 /// New names of styles by what they were.
@@ -54,7 +68,10 @@ bool IsSame(CSDObject& style, CSDObject& other, const Renamed& renamed) {
 
 class Flattening {
 public:
-    explicit Flattening(Document& document) : document_(document) {}
+    explicit Flattening(Document& document) : document_(document) {
+        for (const FileEntry& entry : document.FileEntries())
+            left_ += entry.size * kInlinedPerByte;
+    }
 
     /// The document in `folder` of the package, empty or with a `/` at its end; null when there is none.
     std::unique_ptr<CSDObject> documentIn(const std::string& folder, const std::string& mediaType,
@@ -85,7 +102,7 @@ private:
     Document& document_;
     std::set<std::string> used_;
     std::map<std::string, std::uint64_t> sizes_;
-    std::uint64_t left_ = kMaxInlined;
+    std::uint64_t left_ = kFreeInlined;
 };
 
 std::string Flattening::memberOf(std::string_view href, const std::string& folder) const {
@@ -110,10 +127,11 @@ std::unique_ptr<CSDObject> Flattening::assemble(const std::string& folder, const
                                                 const std::string& mediaType) {
     const CSDObject* const styles = rootOf(folder + "styles.xml");
     std::unique_ptr<COfficeDocument> root(static_cast<COfficeDocument*>(COfficeDocument::Create()));
-    SetAttributeText(*root, "office:mimetype", mediaType);
+    SetAttributeText(*root, "office:mimetype", mediaType.empty() ? MediaTypeOf(content) : mediaType);
     CTulStringW version;
     if (GetAttributeText(content, "office:version", version))
         SetAttributeText(*root, "office:version", version.utf8());
+    AddForeignAttributes(content, *root);
     CopyChild<COfficeMeta>(rootOf(folder + "meta.xml"), *root);
     CopyChild<COfficeSettings>(rootOf(folder + "settings.xml"), *root);
     CopyChild<COfficeScripts>(&content, *root);
@@ -246,7 +264,7 @@ bool Flattening::takeInObject(CSDObject& object, const std::string& member, std:
         if (!document_.ReadMember(content, bytes)) return false;
         size = bytes.size();
     }
-    spend(size);
+    spend(size * kTreeWeight);
     std::unique_ptr<CSDObject> inner =
         documentIn(member + "/", document_.MediaTypeOf(member + "/"), depth + 1);
     if (!inner) return false;

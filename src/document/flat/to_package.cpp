@@ -26,25 +26,25 @@ using Bytes = std::vector<unsigned char>;
 
 /// The extension for a picture, by how its bytes begin; empty for one that isn't known.
 std::string_view ExtensionOf(const Bytes& bytes) {
-    struct Row {
+    struct PictureHead {
         std::string_view head;
         std::string_view extension;
     };
     using namespace std::string_view_literals;
-    constexpr Row kRows[] = {{"\x89PNG"sv, ".png"},
-                             {"\xFF\xD8\xFF"sv, ".jpg"},
-                             {"GIF8"sv, ".gif"},
-                             {"BM"sv, ".bmp"},
-                             {"II*\0"sv, ".tif"},
-                             {"MM\0*"sv, ".tif"},
-                             {"%PDF"sv, ".pdf"},
-                             {"VCLMTF"sv, ".svm"},
-                             {"<svg"sv, ".svg"},
-                             {"<?xml"sv, ".svg"},
-                             {"\xD7\xCD\xC6\x9A"sv, ".wmf"},
-                             {"\1\0\0\0"sv, ".emf"}};
+    constexpr PictureHead kHeads[] = {{"\x89PNG"sv, ".png"},
+                                      {"\xFF\xD8\xFF"sv, ".jpg"},
+                                      {"GIF8"sv, ".gif"},
+                                      {"BM"sv, ".bmp"},
+                                      {"II*\0"sv, ".tif"},
+                                      {"MM\0*"sv, ".tif"},
+                                      {"%PDF"sv, ".pdf"},
+                                      {"VCLMTF"sv, ".svm"},
+                                      {"<svg"sv, ".svg"},
+                                      {"<?xml"sv, ".svg"},
+                                      {"\xD7\xCD\xC6\x9A"sv, ".wmf"},
+                                      {"\1\0\0\0"sv, ".emf"}};
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    for (const Row& row : kRows)
+    for (const PictureHead& row : kHeads)
         if (text.starts_with(row.head)) return row.extension;
     return text.size() > 12 && text.starts_with("RIFF") && text.substr(8, 4) == "WEBP" ? ".webp" : "";
 }
@@ -136,6 +136,7 @@ public:
         std::unique_ptr<Root> part(static_cast<Root*>(Root::Create()));
         if (!version_.empty()) SetAttributeText(*part, "office:version", version_);
         AddDeclarations(root_, *part);
+        AddForeignAttributes(root_, *part);
         return part;
     }
     template<typename T>

@@ -11,12 +11,12 @@
 namespace ODF::reading {
 namespace {
 
-struct Row {
+struct ElementRow {
     std::string_view name;
     Element element;
 };
 
-constexpr Row kElements[] = {
+constexpr ElementRow kElements[] = {
     {"office:body", Element::Body},
     {"office:automatic-styles", Element::AutomaticStyles},
     {"office:styles", Element::Styles},
@@ -93,7 +93,7 @@ constexpr Row kElements[] = {
 
 Element Find(std::string_view name) {
     const auto* const row = std::find_if(std::begin(kElements), std::end(kElements),
-                                         [&](const Row& r) { return r.name == name; });
+                                         [&](const ElementRow& r) { return r.name == name; });
     if (row != std::end(kElements)) return row->element;
     return name.starts_with("draw:") ? Element::Shape : Element::Other;
 }

@@ -21,15 +21,15 @@ std::string Letters(unsigned number, char first, bool isSync) {
 }
 
 std::string Roman(unsigned number, bool isUpper) {
-    struct Row {
+    struct Numeral {
         unsigned value;
         std::string_view text;
     };
-    constexpr Row kRows[] = {{1000, "m"}, {900, "cm"}, {500, "d"}, {400, "cd"}, {100, "c"},
-                             {90, "xc"},  {50, "l"},   {40, "xl"}, {10, "x"},   {9, "ix"},
-                             {5, "v"},    {4, "iv"},   {1, "i"}};
+    constexpr Numeral kRows[] = {{1000, "m"}, {900, "cm"}, {500, "d"}, {400, "cd"}, {100, "c"},
+                                 {90, "xc"},  {50, "l"},   {40, "xl"}, {10, "x"},   {9, "ix"},
+                                 {5, "v"},    {4, "iv"},   {1, "i"}};
     std::string text;
-    for (const Row& row : kRows)
+    for (const Numeral& row : kRows)
         for (; number >= row.value; number -= row.value)
             text += row.text;
     if (isUpper)

@@ -1,0 +1,279 @@
+// The verbs that change, convert and compare documents: each flow is a few calls, one after the other.
+
+#include "command.h"
+
+#include <nlohmann/json.hpp>
+
+using test::Result;
+using test::RunCommand;
+
+namespace {
+
+struct Call {
+    std::vector<std::string> arguments; ///< those that begin with @ are files of the workspace
+    int code = 0;
+    const char* out = nullptr; ///< all of the output, @ for the folder of the workspace; null for any
+    const char* err = "";      ///< part of the errors; empty for none at all
+};
+
+struct Flow {
+    const char* name;
+    std::vector<Call> calls;
+};
+
+constexpr const char* kBody =
+    R"x(<text:h text:outline-level="2">A * title</text:h><text:p>Hello <text:span text:style-name="b">wor</text:span>ld, )x"
+    R"x(<text:a xmlns:xlink="http://www.w3.org/1999/xlink" xlink:href="http://x.org/(1)">link</text:a> and )x"
+    R"x(<text:a xmlns:xlink="http://www.w3.org/1999/xlink" xlink:href="javascript:alert(1)">none</text:a>.)x"
+    R"x(<text:note><text:note-citation>1</text:note-citation><text:note-body><text:p>deep</text:p></text:note-body></text:note></text:p>)x"
+    R"x(<text:list text:style-name="L"><text:list-item><text:p>one</text:p><text:list><text:list-item><text:p>in</text:p></text:list-item></text:list></text:list-item><text:list-item><text:p>two</text:p></text:list-item></text:list>)x"
+    R"x(<table:table><table:table-row><table:table-cell><text:p>a|b</text:p></table:table-cell><table:table-cell><text:p>c</text:p></table:table-cell></table:table-row></table:table>)x"
+    R"x(<text:p># 1 &lt;b&gt;<text:line-break/><text:user-field-get text:name="who">nobody</text:user-field-get></text:p>)x";
+constexpr const char* kStyles =
+    R"x(<style:style style:name="b" style:family="text"><style:text-properties xmlns:fo="urn:oasis:names:tc:opendocument:xmlns:xsl-fo-compatible:1.0" fo:font-weight="bold"/></style:style>)x"
+    R"x(<text:list-style style:name="L"><text:list-level-style-number text:level="1" style:num-format="1"/><text:list-level-style-bullet text:level="2"/></text:list-style>)x";
+
+constexpr const char* kCsv = "name,n,day,code\n\"a \"\"q\"\", b\",1.5,2024-01-31,007\n\n\"two\nlines\",,x\n";
+
+const Flow kFlows[] = {
+    {"MetadataIsSetShownAndTakenAway",
+     {{{"new", "@x.odt"}},
+      {{"new", "@x.odt"}, 4, "", "--force"},
+      {{"meta", "--set", "title=A & B", "--set", "keywords=c, d", "--set", "user:P=q", "-i", "@x.odt"},
+       0,
+       ""},
+      {{"meta", "@x.odt"},
+       0,
+       "@x.odt\n metadata\n  title:             A & B\n  keywords:          c, d\n"
+       "  user-defined \"P\":  q\n"},
+      {{"meta", "--unset", "user:P", "--unset", "keywords", "--set", "title=C", "-o", "@y.odt", "@x.odt"}},
+      {{"meta", "@y.odt"}, 0, "@y.odt\n metadata\n  title:             C\n"},
+      {{"meta", "--set", "colour=x", "-i", "@x.odt"}, 2, "", "there is no field colour"},
+      {{"meta", "--set", "title=x", "@x.odt"}, 2, "", "-o OUT"}}},
+    {"TextIsReplacedAcrossFormats",
+     {{{"replace", "world", "moon", "@in.odt", "-o", "@out.odt"}, 0, "@in.odt: 1 replaced\n"},
+      {{"diff", "@in.odt", "@out.odt"},
+       1,
+       "content.xml: ~ /office:document-content/office:body/office:text/text:p[1]/text:span/text()"
+       " \"wor\" -> \"moon\"\n"
+       "content.xml: ~ /office:document-content/office:body/office:text/text:p[1]/text()[2]"
+       " \"ld, \" -> \", \"\n"},
+      {{"replace", "--field", "who", "Ada", "-i", "@out.odt"}, 0, "@out.odt: 1 replaced\n"},
+      {{"replace", "nowhere", "x", "-i", "@out.odt"}, 0, "@out.odt: 0 replaced\n"},
+      {{"replace", "a", "b", "@in.odt", "@out.odt", "-o", "@x.odt"}, 2, "", "one FILE alone"}}},
+    {"DocumentsAreEncryptedAndDecrypted",
+     {{{"encrypt", "--new-password", "s", "@in.odt", "-o", "@e.odt"}},
+      {{"text", "@e.odt"}, 3, "", "password"},
+      {{"encrypt", "--password", "s", "--new-password", "t", "--scheme", "cbc", "-i", "@e.odt"}},
+      {{"decrypt", "--password", "t", "@e.odt", "-o", "@d.odt"}},
+      {{"diff", "@in.odt", "@d.odt"}, 0, ""},
+      {{"convert", "@in.odt", "-o", "@in.fodt"}},
+      {{"encrypt", "--new-password", "s", "@in.fodt", "-o", "@x"}, 5, "", "can't be encrypted"}}},
+    {"MembersComeAndGo",
+     {{{"insert", "--member", "Pictures/a.png=@picture", "--picture", "@picture", "@in.odt", "-o", "@p.odt"},
+       0,
+       "@in.odt: Pictures/picture\n"},
+      {{"extract", "@p.odt", "Pictures/a.png"}, 0, "bytes"},
+      {{"extract", "@p.odt", "--pictures", "-o", "@out"}, 0, "@out/Pictures/a.png\n@out/Pictures/picture\n"},
+      {{"extract", "@p.odt", "Pictures/a*", "-o", "@out"}, 4, "", "--force"},
+      {{"extract", "@p.odt", "none"}, 5, "", "there is no member none"},
+      {{"insert", "--remove", "Pictures/a.png", "--remove", "Pictures/picture", "-i", "@p.odt"}},
+      {{"diff", "@in.odt", "@p.odt"}, 0, ""},
+      {{"insert", "--member", "x", "-i", "@p.odt"}, 2, "", "--member x"}}},
+    {"PackagesBecomeFlatAndBack",
+     {{{"convert", "@in.odt", "-o", "@f.fodt"}},
+      {{"convert", "@f.fodt", "-o", "@b.odt"}},
+      {{"diff", "--part", "content.xml", "@in.odt", "@b.odt"}, 0, ""},
+      {{"diff", "@in.odt", "@f.fodt"}, 0, ""},
+      {{"convert", "@in.odt", "--to", "ods"}, 5, "", "doesn't become"},
+      {{"convert", "@in.odt", "--to", "pdf"}, 2, "", "there is no form pdf"},
+      {{"convert", "@in.odt", "@f.fodt", "--to", "txt"}, 2, "", "folder"}}},
+    {"CsvComesInAndOut",
+     {{{"convert", "@t.csv", "-o", "@t.ods"}},
+      {{"convert", "@t.ods", "--to", "csv"}, 0, kCsv},
+      {{"convert", "@t.ods", "--to", "csv", "--sheet", "no"}, 5, "", "there are Sheet1"},
+      {{"convert", "@t.csv", "--to", "tsv"},
+       0,
+       "name\tn\tday\tcode\n\"a \"\"q\"\", b\"\t1.5\t2024-01-31\t007\n\n\"two\nlines\"\t\tx\n"}}},
+    {"TextsBecomeMarkup",
+     {{{"convert", "@in.odt", "--to", "md"},
+       0,
+       "## A \\* title\n\nHello **wor**ld, [link](http://x.org/%281%29) and none.[^1]\n\n1. one\n   - in\n"
+       "2. two\n\n| a\\|b | c |\n| --- | --- |\n\n\\# 1 \\<b\\>\\\nnobody\n\n[^1]: deep\n"},
+      {{"convert", "@in.odt", "--to", "html"},
+       0,
+       "<!DOCTYPE html>\n<html>\n<head>\n<meta charset=\"utf-8\">\n<title></title>\n</head>\n<body>\n"
+       "<h2>A * title</h2>\n<p>Hello <strong>wor</strong>ld, <a href=\"http://x.org/(1)\">link</a> and none."
+       "<sup id=\"mark1\"><a "
+       "href=\"#note1\">1</a></sup></p>\n<ol>\n<li><p>one</p>\n<ul>\n<li><p>in</p>\n</li>\n"
+       "</ul>\n</li>\n<li><p>two</p>\n</li>\n</ol>\n<table>\n<tr><td><p>a|b</p>\n</td><td><p>c</p>\n</td></"
+       "tr>\n"
+       "</table>\n<p># 1 &lt;b&gt;<br>nobody</p>\n<hr>\n<div id=\"note1\"><a "
+       "href=\"#mark1\">1</a>\n<p>deep</p>\n"
+       "</div>\n</body>\n</html>\n"},
+      {{"convert", "@t.csv", "--to", "md"},
+       0,
+       "## Sheet1\n\n| name | n | day | code |\n| --- | --- | --- | --- |\n"
+       "| a \"q\", b | 1.5 | 2024-01-31 | 007 |\n|  |\n| two<br>lines |  | x |\n"}}},
+    {"WrongWordsGetASuggestion",
+     {{{"conver"}, 2, "", "did you mean convert?"},
+      {{"text", "--pasword", "x", "@in.odt"}, 2, "", "did you mean --password?"},
+      {{"help", "dif"}, 2, "", "did you mean diff?"},
+      {{"xyzzy"}, 2, "", "there is no command xyzzy\n"}}},
+};
+
+class Verbs : public test::CommandTest<testing::TestWithParam<Flow>> {
+protected:
+    std::string placed(std::string text) const {
+        const std::string folder = file("");
+        for (std::size_t at = 0; (at = text.find('@', at)) != std::string::npos; at += folder.size())
+            text.replace(at, 1, folder);
+        return text;
+    }
+};
+
+} // namespace
+
+TEST_P(Verbs, DoWhatTheyAreToldTo) {
+    std::filesystem::rename(writeText(kBody, kStyles), file("in.odt"));
+    test::WriteFile(file("t.csv"), kCsv);
+    test::WriteFile(file("picture"), "bytes");
+    std::filesystem::create_directory(file("out"));
+    for (const Call& call : GetParam().calls) {
+        std::vector<std::string> arguments;
+        for (const std::string& argument : call.arguments)
+            arguments.push_back(placed(argument));
+        SCOPED_TRACE(testing::PrintToString(call.arguments));
+        const Result result = RunCommand(arguments);
+        EXPECT_EQ(result.code, call.code) << result.err;
+        if (call.out) {
+            EXPECT_EQ(result.out, placed(call.out));
+        }
+        EXPECT_NE(result.err.find(call.err), std::string::npos) << result.err;
+        if (*call.err == '\0') {
+            EXPECT_EQ(result.err, "");
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Flows, Verbs, testing::ValuesIn(kFlows),
+                         [](const auto& given) { return std::string(given.param.name); });
+
+using Command = test::CommandTest<>;
+
+TEST_F(Command, ReadsAndWritesTheStandardStreams) {
+    const std::string path = writeText("<text:p>Hello world</text:p>");
+    const std::string pipe = file("pipe");
+    const std::string input =
+        "mkfifo '" + pipe + "'; cat '" + path + "' > '" + pipe + "' & exec < '" + pipe + "'; ";
+    EXPECT_EQ(RunCommand({"text", "-"}, input).out, "Hello world\n");
+    std::filesystem::remove(pipe);
+    const Result replaced = RunCommand({"replace", "world", "moon", "-"}, input);
+    EXPECT_EQ(replaced.code, 0) << replaced.err;
+    test::WriteFile(file("out.odt"), replaced.out);
+    EXPECT_EQ(RunCommand({"text", file("out.odt")}).out, "Hello moon\n");
+    // What is a file already is opened as such.
+    EXPECT_EQ(RunCommand({"check", "-"}, "exec < '" + path + "'; ").code, 0);
+    EXPECT_EQ(RunCommand({"replace", "a", "b", "-i", "-"}).code, 2);
+}
+
+TEST_F(Command, ChangesNothingWhereNothingIsToBeChanged) {
+    const std::string path = writeText("<text:p>Hello</text:p>");
+    const std::string bytes = test::ReadFile(path);
+    EXPECT_EQ(RunCommand({"replace", "nowhere", "x", "-i", path}).code, 0);
+    EXPECT_EQ(RunCommand({"decrypt", "-i", path}).code, 0);
+    EXPECT_EQ(test::ReadFile(path), bytes);
+    // A document that can't be read whole isn't written.
+    test::WriteOdf(path, test::kTextType,
+                   {{"content.xml", test::TextContent("<text:p>there</text:p><text:p>gone</text:q>")}});
+    const std::string damaged = test::ReadFile(path);
+    EXPECT_EQ(RunCommand({"replace", "there", "x", "-i", path}).code, 3);
+    EXPECT_EQ(test::ReadFile(path), damaged);
+    EXPECT_EQ(RunCommand({"convert", path, "-o", file("x.fodt")}).code, 3);
+    EXPECT_FALSE(std::filesystem::exists(file("x.fodt")));
+}
+
+TEST_F(Command, PrintsFactsAsJson) {
+    const std::string one = writeText("<text:p>Hello</text:p>");
+    std::filesystem::copy_file(one, file("two.odt"));
+    RunCommand({"meta", "--set", "title=T", "--set", "keywords=a,b", "-i", file("two.odt")});
+    const auto json = [](const std::vector<std::string>& arguments) {
+        return nlohmann::json::parse(RunCommand(arguments).out);
+    };
+    const nlohmann::json meta = json({"meta", "--json", one, file("two.odt")});
+    EXPECT_EQ(meta["files"][1]["metadata"]["title"], "T");
+    EXPECT_EQ(meta["files"][1]["metadata"]["keywords"], (nlohmann::json{"a", "b"}));
+    EXPECT_EQ(json({"replace", "Hello", "x", "--json", "-i", file("two.odt")})["files"][0]["replaced"], 1);
+    const nlohmann::json diff = json({"diff", "--json", one, file("two.odt")});
+    EXPECT_EQ(diff["members"][0]["differences"][0]["before"], "Hello");
+    EXPECT_EQ(diff["members"][0]["differences"][0]["kind"], "text");
+    EXPECT_EQ(diff["members"][1]["kind"], "member-added") << diff;
+    const nlohmann::json extract = json({"extract", "--json", one, "content.xml", "-o", file("out")});
+    EXPECT_EQ(extract["members"][0]["member"], "content.xml");
+}
+
+TEST_F(Command, ComparesTreesByWhatIsAlike) {
+    const std::string before = file("before.odt");
+    std::filesystem::rename(writeText("<text:p>a</text:p><text:p/><text:p text:style-name=\"x\">b</text:p>"
+                                      "<text:list/><text:p>c</text:p>"),
+                            before);
+    const std::string after =
+        writeText("<text:p/><text:p>new</text:p><text:p text:style-name=\"y\">b</text:p>"
+                  "<text:p>c</text:p><text:h>d</text:h>");
+    constexpr const char* kText = "content.xml: ";
+    const std::string path = "/office:document-content/office:body/office:text/";
+    const auto line = [&](const std::string& sign, const std::string& rest) {
+        return kText + sign + " " + path + rest + "\n";
+    };
+    EXPECT_EQ(RunCommand({"diff", before, after}).out,
+              line("-", "text:p[1] \"a\"") + line("+", "text:p[2] \"new\"") +
+                  line("~", "text:p[3]@text:style-name \"x\" -> \"y\"") + line("-", "text:list \"\"") +
+                  line("+", "text:h \"d\""));
+    EXPECT_EQ(RunCommand({"diff", "-q", before, after}).out, "");
+    EXPECT_EQ(RunCommand({"diff", before, before}).code, 0);
+}
+
+TEST_F(Command, ExtractsIntoItsFolderAlone) {
+    const std::string path = writeText("<text:p>Hello</text:p>");
+    std::filesystem::create_directory(file("out"));
+    std::filesystem::create_directory(file("elsewhere"));
+    std::filesystem::create_directory_symlink(file("elsewhere"), file("out") + "/Pictures");
+    ASSERT_EQ(RunCommand({"insert", "--member", "Pictures/a=" + path, "-i", path}).code, 0);
+    const Result result = RunCommand({"extract", path, "Pictures/a", "-o", file("out")});
+    EXPECT_EQ(result.code, 5);
+    EXPECT_TRUE(std::filesystem::is_empty(file("elsewhere")));
+}
+
+TEST_F(Command, BoundsWhatRepeatedCellsBecome) {
+    const std::string path = writeText(
+        "<table:table table:name=\"S\"><table:table-row table:number-rows-repeated=\"1000000000\">"
+        "<table:table-cell table:number-columns-repeated=\"1000000000\"><text:p>x</text:p></table:table-cell>"
+        "</table:table-row></table:table>",
+        {}, "spreadsheet");
+    for (const char* const form : {"csv", "md", "html", "txt"}) {
+        const Result result = RunCommand({"convert", path, "--to", form});
+        EXPECT_EQ(result.code, 5) << form;
+        EXPECT_NE(result.err.find("too many"), std::string::npos) << form;
+        EXPECT_LT(result.out.size(), std::size_t{200} << 20) << form;
+    }
+}
+
+TEST_F(Command, MakesPagesOfItsDefinitions) {
+    for (const std::string page : {"man", "bash", "zsh", "fish"}) {
+        const Result result = RunCommand({"pages", page});
+        EXPECT_EQ(result.code, 0);
+        for (const char* const word : {"convert", "encrypt", "in-place", "help"}) {
+            std::string text = result.out;
+            std::erase(text, '\\'); // as manual pages have it before a minus
+            EXPECT_NE(text.find(word), std::string::npos) << page << ' ' << word;
+        }
+        EXPECT_EQ(result.out.find("pages"), std::string::npos) << "is for the build alone";
+        test::WriteFile(file(page), result.out);
+    }
+    for (const std::string shell : {"bash", "zsh", "fish"})
+        if (test::HasProgram(shell)) {
+            EXPECT_EQ(test::Run({shell, "-n", file(shell)}, std::chrono::seconds(60)).code, 0) << shell;
+        }
+    EXPECT_EQ(RunCommand({"help"}).out.find("pages"), std::string::npos);
+    EXPECT_EQ(RunCommand({"help", "diff"}).out, RunCommand({"diff", "--help"}).out);
+}
