@@ -53,7 +53,7 @@ def test_failures_are_exceptions_with_status_and_place(letter, tmp_path):
     with pytest.raises(odfmodel.DamagedError) as fault:
         odfmodel.open(damaged)
     assert (fault.value.status, fault.value.member) == (odfmodel.Status.Damaged, "content.xml")
-    assert fault.value.line == 1 and fault.value.column > 100 and fault.value.notes
+    assert fault.value.line == 2 and fault.value.column > 100 and fault.value.notes
     document = odfmodel.open(damaged, recover=True)
     assert not document.is_whole and document.body.tag == "office:text" and document.notes
     with pytest.raises(odfmodel.Error):
