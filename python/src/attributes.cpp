@@ -21,7 +21,8 @@ std::optional<std::string> Find(const CSDObject& object, const std::string& name
     CTulStringW text;
     if (ODF::GetAttributeText(object, name, text)) return text.utf8();
     for (const ODF::ForeignAttribute& foreign : ODF::ForeignAttributesOf(object))
-        if (name == (foreign.prefix.empty() ? "" : foreign.prefix + ":") + foreign.localName) return foreign.value;
+        if (name == (foreign.prefix.empty() ? "" : foreign.prefix + ":") + foreign.localName)
+            return foreign.value;
     return std::nullopt;
 }
 
@@ -31,13 +32,15 @@ void Set(CSDObject& object, const std::string& name, const std::string& value) {
     const bool isDone = SplitForeign(name, uri, local) ? ODF::SetForeignAttribute(object, uri, local, value)
                                                        : ODF::SetAttributeText(object, name, value);
     if (!isDone)
-        throw py::key_error(TagOf(object) + " has no attribute '" + name + "'; set others as '{namespace}name'");
+        throw py::key_error(TagOf(object) + " has no attribute '" + name +
+                            "'; set others as '{namespace}name'");
 }
 
 bool Unset(CSDObject& object, const std::string& name) {
     std::string_view uri;
     std::string_view local;
-    return SplitForeign(name, uri, local) ? ODF::RemoveForeignAttribute(object, uri, local) : object.Unset(name);
+    return SplitForeign(name, uri, local) ? ODF::RemoveForeignAttribute(object, uri, local)
+                                          : object.Unset(name);
 }
 
 py::list Names(const CSDObject& object) {
@@ -76,7 +79,8 @@ py::str ToPython(std::string_view utf8) {
 py::object AttributeType::get(const CSDObject& object) const {
     CTulStringW found;
     if (!ODF::GetAttributeText(object, name_, found)) return py::none();
-    if (type_ == ODF::AttributeType::Text || type_ == ODF::AttributeType::Enumeration) return ToPython(found.view());
+    if (type_ == ODF::AttributeType::Text || type_ == ODF::AttributeType::Enumeration)
+        return ToPython(found.view());
     const std::string text = found.utf8();
     switch (type_) {
     case ODF::AttributeType::Bool:
@@ -166,9 +170,10 @@ py::object AttributesOf(const Element& element) {
 }
 
 void BindAttributes(py::module_& module) {
-    py::class_<Attributes>(module, "Attributes",
-                           "The attributes of an element by their names, such as 'text:style-name', as texts.\n\n"
-                           "Those that the class doesn't list are called '{namespace}name'.")
+    py::class_<Attributes>(
+        module, "Attributes",
+        "The attributes of an element by their names, such as 'text:style-name', as texts.\n\n"
+        "Those that the class doesn't list are called '{namespace}name'.")
         .def("__getitem__",
              [](const Attributes& self, const std::string& name) {
                  if (const auto value = Find(*self.element, name)) return ToPython(*value);
@@ -196,8 +201,8 @@ void BindAttributes(py::module_& module) {
     const py::object mapping = py::module_::import("collections.abc").attr("MutableMapping");
     const py::object type = module.attr("Attributes");
     mapping.attr("register")(type);
-    for (const char* const name : {"get", "keys", "items", "values", "__contains__", "__eq__", "pop", "popitem", "clear",
-                                   "update", "setdefault"})
+    for (const char* const name : {"get", "keys", "items", "values", "__contains__", "__eq__", "pop",
+                                   "popitem", "clear", "update", "setdefault"})
         type.attr(name) = mapping.attr(name);
 }
 

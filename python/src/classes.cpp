@@ -1,4 +1,5 @@
-// The Python classes of the elements. The modules made from the tables call `define` for each class of theirs.
+// The Python classes of the elements. The modules made from the tables call `define` for each class of
+// theirs.
 #include "classes.h"
 
 #include "attributes.h"
@@ -36,7 +37,8 @@ Registry& TheRegistry() {
 
 unsigned IdOf(PyTypeObject* type) {
     const py::object id = py::getattr(reinterpret_cast<PyObject*>(type), "_id", py::none());
-    if (id.is_none()) throw py::type_error("make elements of a class such as odfmodel.text.P, or by odfmodel.element()");
+    if (id.is_none())
+        throw py::type_error("make elements of a class such as odfmodel.text.P, or by odfmodel.element()");
     return id.cast<unsigned>();
 }
 
@@ -109,13 +111,14 @@ py::object MakeType(const std::string& module, const std::string& name, unsigned
     members["__module__"] = module;
     members["_id"] = id;
     const auto type = py::reinterpret_borrow<py::object>(reinterpret_cast<PyObject*>(&PyType_Type));
-    py::object made = type(name, py::make_tuple(py::handle(reinterpret_cast<PyObject*>(ElementType()))), members);
+    py::object made =
+        type(name, py::make_tuple(py::handle(reinterpret_cast<PyObject*>(ElementType()))), members);
     Register(id, made);
     return made;
 }
 
-py::object Define(const std::string& module, const std::string& name, const std::string& tag, const std::string& doc,
-                  const py::dict& properties) {
+py::object Define(const std::string& module, const std::string& name, const std::string& tag,
+                  const std::string& doc, const py::dict& properties) {
     const std::optional<ODF::ClassInfo> info = ODF::ClassOfElement(tag);
     if (!info) throw py::value_error("no class of elements is called " + tag);
     py::object type = MakeType(module, name, info->id(), doc);
@@ -175,7 +178,8 @@ std::unique_ptr<CSDObject> MakeElement(const std::string& tag) {
         made.reset(ODF::CForeignElement::Create(uri, local));
     else if (const auto info = ODF::ClassOfElement(tag))
         made.reset(info->create());
-    if (!made) throw py::value_error("no element is called '" + tag + "'; foreign ones are '{namespace}name'");
+    if (!made)
+        throw py::value_error("no element is called '" + tag + "'; foreign ones are '{namespace}name'");
     return made;
 }
 
@@ -188,23 +192,24 @@ bool SplitForeign(std::string_view name, std::string_view& uri, std::string_view
 }
 
 void BindClasses(py::module_& module) {
-    static PyMemberDef members[] = {{"__weaklistoffset__", T_PYSSIZET, offsetof(ElementObject, weakReferences),
-                                     READONLY, nullptr},
-                                    {nullptr, 0, 0, 0, nullptr}};
+    static PyMemberDef members[] = {
+        {"__weaklistoffset__", T_PYSSIZET, offsetof(ElementObject, weakReferences), READONLY, nullptr},
+        {nullptr, 0, 0, 0, nullptr}};
     static PyType_Slot slots[] = {{Py_tp_new, reinterpret_cast<void*>(New)},
                                   {Py_tp_init, reinterpret_cast<void*>(Init)},
                                   {Py_tp_dealloc, reinterpret_cast<void*>(Dealloc)},
                                   {Py_tp_members, members},
                                   {0, nullptr}};
-    static PyType_Spec spec{"odfmodel.Element", sizeof(ElementObject), 0, Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE,
-                            slots};
+    static PyType_Spec spec{"odfmodel.Element", sizeof(ElementObject), 0,
+                            Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE, slots};
     PyObject* const base = PyType_FromSpec(&spec);
     if (!base) throw py::error_already_set();
     TheRegistry().base = reinterpret_cast<PyTypeObject*>(base);
     module.add_object("Element", base);
-    module.attr("Comment") = MakeType("odfmodel", "Comment", ODF::kCommentId, "A comment; its text is its `text`.");
-    module.attr("ProcessingInstruction") =
-        MakeType("odfmodel", "ProcessingInstruction", ODF::kProcessingInstructionId, "A processing instruction.");
+    module.attr("Comment") =
+        MakeType("odfmodel", "Comment", ODF::kCommentId, "A comment; its text is its `text`.");
+    module.attr("ProcessingInstruction") = MakeType(
+        "odfmodel", "ProcessingInstruction", ODF::kProcessingInstructionId, "A processing instruction.");
     module.attr("ForeignElement") =
         MakeType("odfmodel", "ForeignElement", ODF::kForeignElementId, "An element that no class lists.");
     module.def("define", Define);

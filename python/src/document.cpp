@@ -16,11 +16,16 @@ namespace odfpython {
 namespace {
 
 constexpr std::pair<const char*, ODF::DocumentKind> kKinds[] = {
-    {"text", ODF::DocumentKind::Text},       {"spreadsheet", ODF::DocumentKind::Spreadsheet},
-    {"presentation", ODF::DocumentKind::Presentation}, {"drawing", ODF::DocumentKind::Drawing},
-    {"chart", ODF::DocumentKind::Chart},     {"image", ODF::DocumentKind::Image},
-    {"formula", ODF::DocumentKind::Formula}, {"master-text", ODF::DocumentKind::MasterText},
-    {"web-text", ODF::DocumentKind::WebText}, {"database", ODF::DocumentKind::Database}};
+    {"text", ODF::DocumentKind::Text},
+    {"spreadsheet", ODF::DocumentKind::Spreadsheet},
+    {"presentation", ODF::DocumentKind::Presentation},
+    {"drawing", ODF::DocumentKind::Drawing},
+    {"chart", ODF::DocumentKind::Chart},
+    {"image", ODF::DocumentKind::Image},
+    {"formula", ODF::DocumentKind::Formula},
+    {"master-text", ODF::DocumentKind::MasterText},
+    {"web-text", ODF::DocumentKind::WebText},
+    {"database", ODF::DocumentKind::Database}};
 
 using Bytes = std::vector<unsigned char>;
 
@@ -72,14 +77,16 @@ public:
 
     void save(const py::object& path, const py::kwargs& options) const {
         const auto target = py::module_::import("os").attr("fspath")(path).cast<std::string>();
-        Require(run([&](ODF::Document& document, const ODF::SaveOptions& how) { return document.Save(target, how); },
+        Require(run([&](ODF::Document& document,
+                        const ODF::SaveOptions& how) { return document.Save(target, how); },
                     options),
                 path);
     }
     py::bytes toBytes(const py::kwargs& options) const {
         Bytes bytes;
-        Require(run([&](ODF::Document& document, const ODF::SaveOptions& how) { return document.Save(bytes, how); },
-                    options));
+        Require(run(
+            [&](ODF::Document& document, const ODF::SaveOptions& how) { return document.Save(bytes, how); },
+            options));
         return toPython(bytes);
     }
 
@@ -179,7 +186,8 @@ private:
 
     static std::span<const unsigned char> bytesOf(const py::buffer_info& info) {
         if (!PyBuffer_IsContiguous(info.view(), 'C')) throw py::value_error("the bytes must lie together");
-        return {static_cast<const unsigned char*>(info.ptr), static_cast<std::size_t>(info.size * info.itemsize)};
+        return {static_cast<const unsigned char*>(info.ptr),
+                static_cast<std::size_t>(info.size * info.itemsize)};
     }
     static py::bytes toPython(const Bytes& bytes) {
         return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
@@ -231,8 +239,9 @@ void BindDocument(py::module_& module) {
     using D = ODF::Document;
     py::class_<Document>(module, "Document")
         .def(py::init<const Document&>())
-        .def_static("_open", py::overload_cast<const py::object&, const std::string&, bool, bool, const py::object&>(
-                                 &Document::open))
+        .def_static("_open",
+                    py::overload_cast<const py::object&, const std::string&, bool, bool, const py::object&>(
+                        &Document::open))
         .def_static("_new", &Document::make)
         .def("close", &Document::close, "Gives the document up; elements that are held stay.")
         .def_property_readonly("closed", &Document::isClosed)
@@ -253,19 +262,21 @@ void BindDocument(py::module_& module) {
         .def_property_readonly("body", [](const Document& self) { return Wrap(self.tree(), BodyOf(self)); })
         .def("root", &Document::member, py::arg("member"))
         .def("text", [](const Document& self) { return TextOf(Wrap(self.tree(), BodyOf(self))); })
-        .def("replace",
-             [](const Document& self, const std::string& from, const std::string& to) {
-                 return Replace(self.tree(), BodyOf(self), from, to);
-             },
-             py::arg("old"), py::arg("new"))
+        .def(
+            "replace",
+            [](const Document& self, const std::string& from, const std::string& to) {
+                return Replace(self.tree(), BodyOf(self), from, to);
+            },
+            py::arg("old"), py::arg("new"))
         .def("_sheets", Sheets)
         .def("_add_sheet", AddSheet)
-        .def("_members", [](const Document& self) {
-            py::list names;
-            for (const std::string& name : self->Members())
-                names.append(ToPython(name));
-            return names;
-        })
+        .def("_members",
+             [](const Document& self) {
+                 py::list names;
+                 for (const std::string& name : self->Members())
+                     names.append(ToPython(name));
+                 return names;
+             })
         .def("_read", &Document::read)
         .def("_write", &Document::write)
         .def("_remove", &Document::remove)

@@ -215,7 +215,8 @@ std::string Repr(const Element& element) {
 
 template<typename Getter>
 void DefineProperty(const char* name, Getter getter, const char* doc, const py::object& setter = py::none()) {
-    const py::object property = py::reinterpret_borrow<py::object>(reinterpret_cast<PyObject*>(&PyProperty_Type));
+    const py::object property =
+        py::reinterpret_borrow<py::object>(reinterpret_cast<PyObject*>(&PyProperty_Type));
     py::setattr(reinterpret_cast<PyObject*>(ElementType()), name,
                 property(py::cpp_function(getter), setter, py::none(), doc));
 }
@@ -230,12 +231,14 @@ void BindReading() {
     DefineProperty(
         "tag", [](const Element& self) { return TagOf(*self); },
         "The name of the element, such as 'text:p', or '{namespace}name' for one that no class lists.");
-    DefineProperty("text", TextOf,
-                   "What is read of the element: of a paragraph its text with blanks, tabs and line ends, of anything\n"
-                   "larger the text of all paragraphs below, a line each. Setting it replaces all content.",
-                   py::cpp_function(SetText));
+    DefineProperty(
+        "text", TextOf,
+        "What is read of the element: of a paragraph its text with blanks, tabs and line ends, of anything\n"
+        "larger the text of all paragraphs below, a line each. Setting it replaces all content.",
+        py::cpp_function(SetText));
     DefineProperty("attrib", AttributesOf, "The attributes as a mapping from names to texts.");
-    DefineProperty("content", Content, "The children with the texts between them (str), as they are in the file.");
+    DefineProperty("content", Content,
+                   "The children with the texts between them (str), as they are in the file.");
     DefineProperty(
         "parent", [](const Element& self) { return WrapOrNone(self.tree(), self->Parent()); },
         "The element that has this one as a child, or None.");
@@ -247,11 +250,13 @@ void BindReading() {
         "The element before this one in the same parent, or None.");
     DefineMethod("find", Find, py::arg("what"),
                  "The first element that a class, tag or path leads to, or None; see findall.");
-    DefineMethod("findall", FindAll, py::arg("what"),
-                 "The children of a class or tag, or what a path leads to: 'table:table-row/table:table-cell' or\n"
-                 "'.//text:span' for any depth. '*' is any element.");
     DefineMethod(
-        "iter", [](const Element& self, const py::object& what) { return Iteration(self, Matcher(what), true); },
+        "findall", FindAll, py::arg("what"),
+        "The children of a class or tag, or what a path leads to: 'table:table-row/table:table-cell' or\n"
+        "'.//text:span' for any depth. '*' is any element.");
+    DefineMethod(
+        "iter",
+        [](const Element& self, const py::object& what) { return Iteration(self, Matcher(what), true); },
         py::arg("what") = py::none(),
         "Goes through this element and all below it, in document order; with a class or tag through those.");
     DefineMethod("__iter__", [](const Element& self) { return Iteration(self, Matcher(), false); });
@@ -275,11 +280,15 @@ void BindReading() {
 }
 
 void BindChanging() {
-    DefineMethod("set", [](const Element& self, const py::object& name,
-                           const py::object& value) { AttributesOf(self)[name] = value; },
-                 py::arg("name"), py::arg("value"), "Sets an attribute to a text.");
-    DefineMethod("append", Append, py::arg("child"),
-                 "Puts an element or a text behind the other children. An element that is elsewhere is moved.");
+    DefineMethod(
+        "set",
+        [](const Element& self, const py::object& name, const py::object& value) {
+            AttributesOf(self)[name] = value;
+        },
+        py::arg("name"), py::arg("value"), "Sets an attribute to a text.");
+    DefineMethod(
+        "append", Append, py::arg("child"),
+        "Puts an element or a text behind the other children. An element that is elsewhere is moved.");
     DefineMethod(
         "extend",
         [](const Element& self, const py::iterable& children) {
@@ -287,24 +296,32 @@ void BindChanging() {
                 Append(self, py::reinterpret_borrow<py::object>(child));
         },
         py::arg("children"), "Appends each of the children.");
-    DefineMethod("insert", Insert, py::arg("index"), py::arg("child"),
-                 "Puts an element or a text in front of the child with that index; 0 is in front of all text, too.");
-    DefineMethod("add_before", [](const Element& self, const py::object& other) { AddBeside(self, other, false); },
-                 py::arg("other"), "Puts an element or a text in front of this one.");
-    DefineMethod("add_after", [](const Element& self, const py::object& other) { AddBeside(self, other, true); },
-                 py::arg("other"), "Puts an element or a text behind this one.");
+    DefineMethod(
+        "insert", Insert, py::arg("index"), py::arg("child"),
+        "Puts an element or a text in front of the child with that index; 0 is in front of all text, too.");
+    DefineMethod(
+        "add_before", [](const Element& self, const py::object& other) { AddBeside(self, other, false); },
+        py::arg("other"), "Puts an element or a text in front of this one.");
+    DefineMethod(
+        "add_after", [](const Element& self, const py::object& other) { AddBeside(self, other, true); },
+        py::arg("other"), "Puts an element or a text behind this one.");
     DefineMethod("remove", Remove, py::arg("child"), "Takes a child out; it lives on as long as it is held.");
-    DefineMethod("detach", [](const Element& self) {
-        Detach(self.tree(), *self);
-        return self;
-    }, "Takes the element out of its parent and returns it.");
+    DefineMethod(
+        "detach",
+        [](const Element& self) {
+            Detach(self.tree(), *self);
+            return self;
+        },
+        "Takes the element out of its parent and returns it.");
     DefineMethod("clear", Clear, "Removes all children and text; attributes stay.");
-    DefineMethod("replace",
-                 [](const Element& self, const std::string& from, const std::string& to) {
-                     return Replace(self.tree(), *self, from, to);
-                 },
-                 py::arg("old"), py::arg("new"),
-                 "Replaces text in all paragraphs at and below the element, also across formatting; returns how often.");
+    DefineMethod(
+        "replace",
+        [](const Element& self, const std::string& from, const std::string& to) {
+            return Replace(self.tree(), *self, from, to);
+        },
+        py::arg("old"), py::arg("new"),
+        "Replaces text in all paragraphs at and below the element, also across formatting; returns how "
+        "often.");
     const auto clone = [](const Element& self) { return WrapLoose(self->Clone()); };
     DefineMethod("clone", clone, "A copy with all below it, in no document.");
     DefineMethod("__copy__", clone);
@@ -334,7 +351,8 @@ py::str TextOf(const Element& element) {
     return ToPython(text);
 }
 
-std::size_t Replace(const TreePointer& tree, CSDObject& root, const std::string& from, const std::string& to) {
+std::size_t Replace(const TreePointer& tree, CSDObject& root, const std::string& from,
+                    const std::string& to) {
     std::size_t count = 0;
     KeepBlanks(tree, root, [&] {
         const Unlocked unlocked(*tree);

@@ -24,18 +24,29 @@ void BindErrors(py::module_& module) {
     py::enum_<ODF::Status> status(module, "Status", "How opening or saving ended.");
     using enum ODF::Status;
     for (const auto& [name, value] : std::initializer_list<std::pair<const char*, ODF::Status>>{
-             {"NotReadable", NotReadable}, {"NotAnArchive", NotAnArchive}, {"PasswordNeeded", PasswordNeeded},
-             {"WrongPassword", WrongPassword}, {"UnsupportedEncryption", UnsupportedEncryption},
-             {"UnknownType", UnknownType}, {"BadIndex", BadIndex}, {"NoContent", NoContent},
-             {"LimitExceeded", LimitExceeded}, {"NoTemporaryFolder", NoTemporaryFolder},
-             {"NothingToSave", NothingToSave}, {"CouldNotWrite", CouldNotWrite}, {"OutOfMemory", OutOfMemory},
-             {"Damaged", Damaged}, {"Cancelled", Cancelled}, {"Ambiguous", Ambiguous}})
+             {"NotReadable", NotReadable},
+             {"NotAnArchive", NotAnArchive},
+             {"PasswordNeeded", PasswordNeeded},
+             {"WrongPassword", WrongPassword},
+             {"UnsupportedEncryption", UnsupportedEncryption},
+             {"UnknownType", UnknownType},
+             {"BadIndex", BadIndex},
+             {"NoContent", NoContent},
+             {"LimitExceeded", LimitExceeded},
+             {"NoTemporaryFolder", NoTemporaryFolder},
+             {"NothingToSave", NothingToSave},
+             {"CouldNotWrite", CouldNotWrite},
+             {"OutOfMemory", OutOfMemory},
+             {"Damaged", Damaged},
+             {"Cancelled", Cancelled},
+             {"Ambiguous", Ambiguous}})
         status.value(name, value);
     py::enum_<ODF::Severity>(module, "Severity")
         .value("Information", ODF::Severity::Information)
         .value("Warning", ODF::Severity::Warning)
         .value("Error", ODF::Severity::Error);
-    py::class_<ODF::Note>(module, "Note", "One observation about a file. Lines and columns count from 1; 0 is none.")
+    py::class_<ODF::Note>(module, "Note",
+                          "One observation about a file. Lines and columns count from 1; 0 is none.")
         .def_readonly("severity", &ODF::Note::severity)
         .def_readonly("line", &ODF::Note::line)
         .def_readonly("column", &ODF::Note::column)

@@ -80,11 +80,12 @@ std::vector<Column> ReadColumns(const ODF::Sheet& sheet, const ODF::CellRange& r
         if (row.Element())
             for (const ODF::SheetCell& cell : row.UsedCells()) {
                 if (cell.Column() > range.last.column) break;
-                const std::uint64_t end = std::min<std::uint64_t>(std::uint64_t{cell.Column()} + cell.ColumnRepeat(),
-                                                                  std::uint64_t{range.last.column} + 1);
+                const std::uint64_t end = std::min<std::uint64_t>(
+                    std::uint64_t{cell.Column()} + cell.ColumnRepeat(), std::uint64_t{range.last.column} + 1);
                 if (end <= range.first.column) continue;
                 const auto [kind, slot] = SlotOf(cell.Value(), texts);
-                for (std::uint64_t column = std::max(cell.Column(), range.first.column); column < end; ++column) {
+                for (std::uint64_t column = std::max(cell.Column(), range.first.column); column < end;
+                     ++column) {
                     Column& to = columns[column - range.first.column];
                     std::fill(to.kinds.begin() + static_cast<std::ptrdiff_t>(at - range.first.row),
                               to.kinds.begin() + static_cast<std::ptrdiff_t>(next - range.first.row), kind);
@@ -115,15 +116,15 @@ public:
             return std::find(column.kinds.begin(), column.kinds.end(), kind) != column.kinds.end();
         };
         const bool hasGaps = has(CellKind::Empty);
-        const bool kinds[] = {has(CellKind::Number), has(CellKind::Bool), has(CellKind::Date), has(CellKind::Time),
-                              has(CellKind::Text)};
+        const bool kinds[] = {has(CellKind::Number), has(CellKind::Bool), has(CellKind::Date),
+                              has(CellKind::Time), has(CellKind::Text)};
         const auto count = std::count(std::begin(kinds), std::end(kinds), true);
         if (count > 1 || kinds[4] || (kinds[1] && hasGaps)) return objects(column);
         if (kinds[1]) return ArrayOf<bool>(column, "?", [](CellKind, Slot slot) { return slot.whole != 0; });
         if (kinds[2] || kinds[3])
-            return ArrayOf<std::int64_t>(column, kinds[2] ? "M8[ns]" : "m8[ns]", [](CellKind kind, Slot slot) {
-                return kind == CellKind::Empty ? kNoTime : slot.whole;
-            });
+            return ArrayOf<std::int64_t>(
+                column, kinds[2] ? "M8[ns]" : "m8[ns]",
+                [](CellKind kind, Slot slot) { return kind == CellKind::Empty ? kNoTime : slot.whole; });
         const auto isWhole = [](Slot slot) {
             return std::abs(slot.number) < 9007199254740992 && slot.number == std::floor(slot.number);
         };
@@ -137,7 +138,8 @@ public:
 
 private:
     py::array objects(const Column& column) {
-        py::array made(py::dtype("O"), py::array::ShapeContainer{static_cast<py::ssize_t>(column.kinds.size())});
+        py::array made(py::dtype("O"),
+                       py::array::ShapeContainer{static_cast<py::ssize_t>(column.kinds.size())});
         auto** const out = static_cast<PyObject**>(made.mutable_data());
         const py::object gap = py::float_(std::numeric_limits<double>::quiet_NaN());
         for (std::size_t i = 0; i < column.kinds.size(); ++i)
@@ -152,9 +154,9 @@ private:
         case CellKind::Bool:
             return py::bool_(slot.whole != 0);
         case CellKind::Date:
-            return ValueToPython(ODF::CellValue::Date(PrintDate(slot.whole)));
+            return DateToPython(slot.whole);
         case CellKind::Time:
-            return ValueToPython(ODF::CellValue::Time(PrintDuration(slot.whole)));
+            return DurationToPython(slot.whole);
         case CellKind::Text: {
             py::object& string = strings_[static_cast<std::size_t>(slot.whole)];
             if (!string) string = ToPython(std::string_view(texts_[static_cast<std::size_t>(slot.whole)]));

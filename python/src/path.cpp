@@ -33,7 +33,8 @@ Matcher::Matcher(std::string_view tag) {
     } else if (const auto info = ODF::ClassOfElement(tag)) {
         id_ = info->id();
     } else {
-        throw py::value_error("no element is called '" + std::string(tag) + "'; foreign ones are '{namespace}name'");
+        throw py::value_error("no element is called '" + std::string(tag) +
+                              "'; foreign ones are '{namespace}name'");
     }
 }
 

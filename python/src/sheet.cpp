@@ -47,7 +47,8 @@ const char* NameOf(ODF::CellKind kind) noexcept {
 /// The value with the digits of the file: numbers are Decimal.
 py::object ExactValue(const ODF::SheetCell& cell) {
     const ODF::CellValue value = cell.Value();
-    const bool isNumber = value.Kind() == ODF::CellKind::Number || value.Kind() == ODF::CellKind::Percentage ||
+    const bool isNumber = value.Kind() == ODF::CellKind::Number ||
+                          value.Kind() == ODF::CellKind::Percentage ||
                           value.Kind() == ODF::CellKind::Currency;
     CTulStringW digits;
     if (!isNumber || !cell.Element() || !ODF::GetAttributeText(*cell.Element(), "office:value", digits))
@@ -57,7 +58,8 @@ py::object ExactValue(const ODF::SheetCell& cell) {
 
 std::uint32_t Index(const py::handle& index, const char* what) {
     const auto number = index.cast<long long>();
-    if (number < 0 || number > ODF::kMaxSheetIndex) throw py::index_error(std::string("there is no such ") + what);
+    if (number < 0 || number > ODF::kMaxSheetIndex)
+        throw py::index_error(std::string("there is no such ") + what);
     return static_cast<std::uint32_t>(number);
 }
 
@@ -110,7 +112,8 @@ py::object GetItem(const SheetPointer& sheet, const py::object& key) {
         if (py::isinstance<py::slice>(pair[0]) || py::isinstance<py::slice>(pair[1])) {
             const auto used = (*sheet)->UsedRange();
             ODF::CellRange range;
-            const bool hasRows = Bounds(pair[0], used ? used->last.row + 1 : 0, range.first.row, range.last.row);
+            const bool hasRows =
+                Bounds(pair[0], used ? used->last.row + 1 : 0, range.first.row, range.last.row);
             const bool hasColumns =
                 Bounds(pair[1], used ? used->last.column + 1 : 0, range.first.column, range.last.column);
             return hasRows && hasColumns ? CellsIn(sheet, range) : py::tuple();
@@ -202,13 +205,18 @@ void BindCell(py::module_& module) {
                 return ToPython(value.Text());
             },
             "The code of a currency, such as 'EUR', or None.")
-        .def_property_readonly("row", [](const Cell& self) { return self.at.row; }, "The row, from 0.")
-        .def_property_readonly("column", [](const Cell& self) { return self.at.column; }, "The column, from 0.")
-        .def_property_readonly("name", [](const Cell& self) { return ODF::PrintCell(self.at); }, "Such as 'B3'.")
-        .def_property_readonly("is_covered", [](const Cell& self) { return self.get().IsCovered(); },
-                               "Whether a merged cell hides this one.")
+        .def_property_readonly(
+            "row", [](const Cell& self) { return self.at.row; }, "The row, from 0.")
+        .def_property_readonly(
+            "column", [](const Cell& self) { return self.at.column; }, "The column, from 0.")
+        .def_property_readonly(
+            "name", [](const Cell& self) { return ODF::PrintCell(self.at); }, "Such as 'B3'.")
+        .def_property_readonly(
+            "is_covered", [](const Cell& self) { return self.get().IsCovered(); },
+            "Whether a merged cell hides this one.")
         .def_property_readonly("rows_spanned", [](const Cell& self) { return self.get().RowsSpanned(); })
-        .def_property_readonly("columns_spanned", [](const Cell& self) { return self.get().ColumnsSpanned(); })
+        .def_property_readonly("columns_spanned",
+                               [](const Cell& self) { return self.get().ColumnsSpanned(); })
         .def_property_readonly("element", &Cell::elementOrNone,
                                "The element, which may stand for several cells, or None where there is none.")
         .def(
@@ -220,7 +228,8 @@ void BindCell(py::module_& module) {
             },
             "The element of this cell alone, to give it a style and more; made where there is none.")
         .def("__repr__", [](const Cell& self) {
-            return py::str("<Cell {} {!r}>").format(ODF::PrintCell(self.at), ValueToPython(self.get().Value()));
+            return py::str("<Cell {} {!r}>")
+                .format(ODF::PrintCell(self.at), ValueToPython(self.get().Value()));
         });
 }
 
@@ -235,7 +244,8 @@ ODF::Sheet& Sheet::operator*() {
     return *view_;
 }
 
-void Sheet::set(std::uint32_t row, std::uint32_t column, const ODF::CellValue& value, const std::string* formula) {
+void Sheet::set(std::uint32_t row, std::uint32_t column, const ODF::CellValue& value,
+                const std::string* formula) {
     ODF::Sheet& sheet = **this;
     if (!value.IsValid()) throw py::value_error("a cell can't hold this value");
     CSDObject* const cell = sheet.Cell(row, column).Element();
@@ -245,7 +255,8 @@ void Sheet::set(std::uint32_t row, std::uint32_t column, const ODF::CellValue& v
             return info && info->elementName().starts_with("text:");
         });
     }
-    const bool isDone = formula ? sheet.SetFormula(row, column, *formula, value) : sheet.Set(row, column, value);
+    const bool isDone =
+        formula ? sheet.SetFormula(row, column, *formula, value) : sheet.Set(row, column, value);
     if (!isDone) throw py::value_error("the sheet can't hold this value there");
     wrote();
 }
@@ -283,7 +294,8 @@ void BindSheet(py::module_& module) {
         .def("__next__", &Rows::next);
     py::class_<Sheet, SheetPointer>(module, "Sheet",
                                     "A table as rows and columns; of a spreadsheet or of any other document.")
-        .def(py::init([](const Element& table) { return MakeSheet(table).cast<SheetPointer>(); }), py::arg("table"))
+        .def(py::init([](const Element& table) { return MakeSheet(table).cast<SheetPointer>(); }),
+             py::arg("table"))
         .def_property_readonly("table", &Sheet::table, "The element.")
         .def_property(
             "name", [](Sheet& self) { return ToPython(self->Name()); },
@@ -300,7 +312,8 @@ void BindSheet(py::module_& module) {
             "shape",
             [](Sheet& self) {
                 const auto used = self->UsedRange();
-                return used ? py::make_tuple(used->last.row + 1, used->last.column + 1) : py::make_tuple(0, 0);
+                return used ? py::make_tuple(used->last.row + 1, used->last.column + 1)
+                            : py::make_tuple(0, 0);
             },
             "The numbers of rows and columns from A1 to the last cell that isn't empty.")
         .def("__getitem__", GetItem,

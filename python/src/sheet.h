@@ -21,7 +21,8 @@ public:
     /// The view has written, and knows what.
     void wrote() { version_ = tree().version = NextVersion(); }
     /// What has to be written to a cell goes by here: texts that Python holds live on.
-    void set(std::uint32_t row, std::uint32_t column, const ODF::CellValue& value, const std::string* formula = nullptr);
+    void set(std::uint32_t row, std::uint32_t column, const ODF::CellValue& value,
+             const std::string* formula = nullptr);
 
 private:
     Element table_;

@@ -26,6 +26,27 @@ void Rehome(Tree& from, const TreePointer& to, CSDObject& root) {
     }
 }
 
+bool IsBlank(const CSDObject& object) noexcept {
+    const unsigned id = object.GetID();
+    return id == ODF::CTextS::kId || id == ODF::CTextTab::kId || id == ODF::CTextLineBreak::kId;
+}
+
+/// A copy of an object with all below it, for those who hold something of it.
+struct Copy {
+    explicit Copy(CSDObject& object) {
+        std::unique_ptr<CSDObject> made = object.Clone();
+        if (!made) throw py::type_error("an element that is held can't be copied");
+        pairs.emplace_back(&object, made.get());
+        auto at = made->Descendants().begin();
+        for (CSDObject& below : object.Descendants())
+            pairs.emplace_back(&below, &*at++);
+        tree = std::make_shared<LooseTree>(std::move(made));
+    }
+    TreePointer tree;
+    std::vector<std::pair<CSDObject*, CSDObject*>>
+        pairs; ///< what was copied, which may be gone, and the copies
+};
+
 /// The Python object goes over to another element.
 void Exchange(const TreePointer& from, CSDObject& old, const TreePointer& to, CSDObject& object) {
     const auto at = from->held.find(&old);
@@ -68,7 +89,8 @@ bool Element::isElement(PyObject* object) {
 Element Wrap(const TreePointer& tree, CSDObject& object) {
     RequireIdle(*tree);
     const auto at = tree->held.find(&object);
-    if (at != tree->held.end()) return py::reinterpret_borrow<Element>(reinterpret_cast<PyObject*>(at->second));
+    if (at != tree->held.end())
+        return py::reinterpret_borrow<Element>(reinterpret_cast<PyObject*>(at->second));
     PyTypeObject* const type = TypeOf(object); // may run Python
     PyObject* const made = type->tp_alloc(type, 0);
     if (!made) throw py::error_already_set();
@@ -133,36 +155,28 @@ bool IsHeldBelow(const Tree& tree, const CSDObject& object) {
 
 void RescueTree(const TreePointer& tree, CSDObject& root) {
     if (!IsHeldBelow(*tree, root)) return;
-    std::unique_ptr<CSDObject> copy = root.Clone();
-    if (!copy) throw py::type_error("elements of this member are held and can't be copied");
-    CSDObject& copied = *copy;
-    const TreePointer loose = std::make_shared<LooseTree>(std::move(copy));
-    Exchange(tree, root, loose, copied);
-    auto at = copied.Descendants().begin();
-    for (CSDObject& object : root.Descendants())
-        Exchange(tree, object, loose, *at++);
+    const Copy copy(root);
+    for (const auto& [object, copied] : copy.pairs)
+        Exchange(tree, *object, copy.tree, *copied);
 }
 
 void KeepBlanks(const TreePointer& tree, CSDObject& root, const std::function<void()>& change) {
-    std::vector<std::pair<CSDObject*, std::unique_ptr<CSDObject>>> kept;
+    std::unordered_map<CSDObject*, Copy> copies;
     for (const auto& [object, element] : tree->held) {
-        const unsigned id = object->GetID();
-        if (id != ODF::CTextS::kId && id != ODF::CTextTab::kId && id != ODF::CTextLineBreak::kId) continue;
-        const CSDObject* above = object;
-        while (above && above != &root)
-            above = above->Parent();
-        if (above) kept.emplace_back(object, object->Clone());
+        CSDObject* blank = nullptr;
+        CSDObject* above = object;
+        for (; above && above != &root; above = above->Parent())
+            if (IsBlank(*above)) blank = above;
+        if (above && blank) copies.try_emplace(blank, *blank);
     }
     change();
-    if (kept.empty()) return;
+    if (copies.empty()) return;
     std::unordered_set<const CSDObject*> present;
     for (const CSDObject& object : root.Descendants())
         present.insert(&object);
-    for (auto& [object, copy] : kept) {
-        if (present.contains(object)) continue;
-        CSDObject& copied = *copy;
-        Exchange(tree, *object, std::make_shared<LooseTree>(std::move(copy)), copied);
-    }
+    for (const auto& [blank, copy] : copies)
+        for (const auto& [object, copied] : copy.pairs)
+            if (!present.contains(object)) Exchange(tree, *object, copy.tree, *copied);
 }
 
 } // namespace odfpython

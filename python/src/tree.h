@@ -13,9 +13,9 @@
 
 // Who owns the objects that Python holds.
 //
-// Each tree knows the Python objects of its elements, and each of those holds its tree. So a tree lives as long
-// as one of its elements is held, an element is the same Python object whenever it is asked for, and what leaves
-// a tree takes the Python objects of all that is below it along.
+// Each tree knows the Python objects of its elements, and each of those holds its tree. So a tree lives as
+// long as one of its elements is held, an element is the same Python object whenever it is asked for, and
+// what leaves a tree takes the Python objects of all that is below it along.
 namespace py = pybind11;
 namespace odfpython {
 
@@ -26,8 +26,7 @@ std::size_t NextVersion() noexcept;
 
 /// The Python object of one element.
 struct ElementObject {
-    PyObject_HEAD
-    CSDObject* object;
+    PyObject_HEAD CSDObject* object;
     TreePointer tree;
     PyObject* weakReferences;
 };
@@ -69,7 +68,8 @@ private:
 /// Throws RuntimeError while another thread works on the tree.
 void RequireIdle(const Tree& tree);
 
-/// Lets other threads run Python while this one works on the tree. Make it only where nothing of Python is used.
+/// Lets other threads run Python while this one works on the tree. Make it only where nothing of Python is
+/// used.
 class Unlocked {
 public:
     explicit Unlocked(Tree& tree) : tree_(tree) {
@@ -101,7 +101,8 @@ public:
     CSDObject* operator->() const { return &**this; }
     /// The object for the thread that works on the tree.
     CSDObject& raw() const { return *held().object; }
-    const TreePointer& tree() const { return held().tree; }
+    /// A pointer of its own: the element may go to another tree while it is used.
+    TreePointer tree() const { return held().tree; }
 
 private:
     ElementObject& held() const { return *reinterpret_cast<ElementObject*>(ptr()); }
@@ -120,13 +121,14 @@ py::object WrapOrNone(const TreePointer& tree, CSDObject* object);
 void Attach(const Element& parent, const Element& child, CSDObject* before);
 /// Takes an object out of its parent, into a tree of its own.
 void Detach(const TreePointer& tree, CSDObject& object);
-/// Takes out the children of `parent` at or below which Python holds something: they are about to be destroyed.
+/// Takes out the children of `parent` at or below which Python holds something: they are about to be
+/// destroyed.
 template<typename Filter>
 void RescueChildren(const TreePointer& tree, CSDObject& parent, Filter isDoomed);
 /// Before the objects of a whole tree go: what Python holds of them lives on in a copy.
 void RescueTree(const TreePointer& tree, CSDObject& root);
-/// Calls `change`, which may destroy the elements of blanks, tabs and line ends below `root`; those that Python
-/// holds live on outside the tree then.
+/// Calls `change`, which may destroy the elements of blanks, tabs and line ends below `root`; those that
+/// Python holds live on outside the tree then.
 void KeepBlanks(const TreePointer& tree, CSDObject& root, const std::function<void()>& change);
 
 bool IsHeldBelow(const Tree& tree, const CSDObject& object);

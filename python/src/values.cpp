@@ -62,12 +62,12 @@ std::optional<Moment> ParseMoment(std::string_view iso) noexcept {
     Moment at;
     if (!in.number(at.year) || !in.take('-') || !in.number(at.month) || !in.take('-') || !in.number(at.day))
         return std::nullopt;
-    if (in.take('T') &&
-        !(in.number(at.hour) && in.take(':') && in.number(at.minute) &&
-          (!in.take(':') || (in.number(at.second) && in.fraction(at.nanoseconds)))))
+    if (in.take('T') && !(in.number(at.hour) && in.take(':') && in.number(at.minute) &&
+                          (!in.take(':') || (in.number(at.second) && in.fraction(at.nanoseconds)))))
         return std::nullopt;
     in.take('Z');
-    const std::chrono::year_month_day date(std::chrono::year(at.year), std::chrono::month(static_cast<unsigned>(at.month)),
+    const std::chrono::year_month_day date(std::chrono::year(at.year),
+                                           std::chrono::month(static_cast<unsigned>(at.month)),
                                            std::chrono::day(static_cast<unsigned>(at.day)));
     if (!in.isAtEnd() || at.year < 1 || at.year > 9999 || !date.ok() || at.hour > 23 || at.minute > 59 ||
         at.second > 59)
@@ -118,47 +118,52 @@ py::object Checked(PyObject* made) {
     return py::reinterpret_steal<py::object>(made);
 }
 
-py::object DateToPython(const std::string& text) {
-    const auto at = ParseMoment(text);
-    if (!at) return ToPython(std::string_view(text));
+py::object MomentToPython(const Moment& at) {
     ImportDates();
-    return Checked(PyDateTime_FromDateAndTime(at->year, at->month, at->day, at->hour, at->minute, at->second,
-                                              static_cast<int>(at->nanoseconds / 1000)));
+    return Checked(PyDateTime_FromDateAndTime(at.year, at.month, at.day, at.hour, at.minute, at.second,
+                                              static_cast<int>(at.nanoseconds / 1000)));
 }
 
-py::object TimeToPython(const std::string& text) {
-    const auto time = ParseDuration(text);
-    if (!time) return ToPython(std::string_view(text));
-    ImportDates();
-    const std::int64_t microseconds = *time / 1000;
-    constexpr std::int64_t day = 86'400'000'000;
-    return Checked(PyDelta_FromDSU(static_cast<int>(microseconds / day),
-                                   static_cast<int>(microseconds % day / 1'000'000),
-                                   static_cast<int>(microseconds % 1'000'000)));
+Moment MomentOf(std::int64_t nanoseconds) noexcept {
+    const std::chrono::sys_time<std::chrono::nanoseconds> time{std::chrono::nanoseconds(nanoseconds)};
+    const auto days = std::chrono::floor<std::chrono::days>(time);
+    const std::chrono::year_month_day date(days);
+    const std::int64_t rest = (time - days).count();
+    const auto seconds = static_cast<int>(rest / kSecond);
+    return {static_cast<int>(date.year()),
+            static_cast<int>(static_cast<unsigned>(date.month())),
+            static_cast<int>(static_cast<unsigned>(date.day())),
+            seconds / 3600,
+            seconds / 60 % 60,
+            seconds % 60,
+            rest % kSecond};
 }
 
 std::optional<ODF::CellValue> DateFromPython(PyObject* value) {
     ImportDates();
     if (PyDateTime_Check(value))
-        return ODF::CellValue::Date(PrintMoment({PyDateTime_GET_YEAR(value), PyDateTime_GET_MONTH(value),
-                                                 PyDateTime_GET_DAY(value), PyDateTime_DATE_GET_HOUR(value),
-                                                 PyDateTime_DATE_GET_MINUTE(value), PyDateTime_DATE_GET_SECOND(value),
-                                                 PyDateTime_DATE_GET_MICROSECOND(value) * INT64_C(1000)}));
+        return ODF::CellValue::Date(PrintMoment(
+            {PyDateTime_GET_YEAR(value), PyDateTime_GET_MONTH(value), PyDateTime_GET_DAY(value),
+             PyDateTime_DATE_GET_HOUR(value), PyDateTime_DATE_GET_MINUTE(value),
+             PyDateTime_DATE_GET_SECOND(value), PyDateTime_DATE_GET_MICROSECOND(value) * INT64_C(1000)}));
     if (PyDate_Check(value))
-        return ODF::CellValue::Date(PyDateTime_GET_YEAR(value), static_cast<unsigned>(PyDateTime_GET_MONTH(value)),
+        return ODF::CellValue::Date(PyDateTime_GET_YEAR(value),
+                                    static_cast<unsigned>(PyDateTime_GET_MONTH(value)),
                                     static_cast<unsigned>(PyDateTime_GET_DAY(value)));
     if (PyTime_Check(value))
-        return ODF::CellValue::Time(PrintSeconds(
-            false,
-            PyDateTime_TIME_GET_HOUR(value) * 3600 + PyDateTime_TIME_GET_MINUTE(value) * 60 +
-                PyDateTime_TIME_GET_SECOND(value),
-            PyDateTime_TIME_GET_MICROSECOND(value) * INT64_C(1000)));
+        return ODF::CellValue::Time(PrintSeconds(false,
+                                                 PyDateTime_TIME_GET_HOUR(value) * 3600 +
+                                                     PyDateTime_TIME_GET_MINUTE(value) * 60 +
+                                                     PyDateTime_TIME_GET_SECOND(value),
+                                                 PyDateTime_TIME_GET_MICROSECOND(value) * INT64_C(1000)));
     if (PyDelta_Check(value)) {
         const std::int64_t microseconds =
-            (PyDateTime_DELTA_GET_DAYS(value) * INT64_C(86400) + PyDateTime_DELTA_GET_SECONDS(value)) * 1'000'000 +
+            (PyDateTime_DELTA_GET_DAYS(value) * INT64_C(86400) + PyDateTime_DELTA_GET_SECONDS(value)) *
+                1'000'000 +
             PyDateTime_DELTA_GET_MICROSECONDS(value);
         const std::int64_t size = std::abs(microseconds);
-        return ODF::CellValue::Time(PrintSeconds(microseconds < 0, size / 1'000'000, size % 1'000'000 * 1000));
+        return ODF::CellValue::Time(
+            PrintSeconds(microseconds < 0, size / 1'000'000, size % 1'000'000 * 1000));
     }
     return std::nullopt;
 }
@@ -209,14 +214,20 @@ std::optional<std::int64_t> ParseDuration(std::string_view iso) noexcept {
 }
 
 std::string PrintDate(std::int64_t nanoseconds) {
-    const std::chrono::sys_time<std::chrono::nanoseconds> time{std::chrono::nanoseconds(nanoseconds)};
-    const auto days = std::chrono::floor<std::chrono::days>(time);
-    const std::chrono::year_month_day date(days);
-    const std::int64_t rest = (time - days).count();
-    const auto seconds = static_cast<int>(rest / kSecond);
-    return PrintMoment({static_cast<int>(date.year()), static_cast<int>(static_cast<unsigned>(date.month())),
-                        static_cast<int>(static_cast<unsigned>(date.day())), seconds / 3600, seconds / 60 % 60,
-                        seconds % 60, rest % kSecond});
+    return PrintMoment(MomentOf(nanoseconds));
+}
+
+py::object DateToPython(std::int64_t nanoseconds) {
+    return MomentToPython(MomentOf(nanoseconds));
+}
+
+py::object DurationToPython(std::int64_t nanoseconds) {
+    ImportDates();
+    const std::int64_t microseconds = nanoseconds / 1000;
+    constexpr std::int64_t day = 86'400'000'000;
+    return Checked(PyDelta_FromDSU(static_cast<int>(microseconds / day),
+                                   static_cast<int>(microseconds % day / 1'000'000),
+                                   static_cast<int>(microseconds % 1'000'000)));
 }
 
 std::string PrintDuration(std::int64_t nanoseconds) {
@@ -226,7 +237,8 @@ std::string PrintDuration(std::int64_t nanoseconds) {
 
 py::object NumberToPython(double number) {
     constexpr double largestWhole = 9007199254740992;
-    if (std::abs(number) <= largestWhole && number == std::floor(number) && !(number == 0 && std::signbit(number)))
+    if (std::abs(number) <= largestWhole && number == std::floor(number) &&
+        !(number == 0 && std::signbit(number)))
         return py::int_(static_cast<long long>(number));
     return py::float_(number);
 }
@@ -240,9 +252,11 @@ py::object ValueToPython(const ODF::CellValue& value) {
     case ODF::CellKind::Bool:
         return py::bool_(value.Bool());
     case ODF::CellKind::Date:
-        return DateToPython(value.Text());
+        if (const auto moment = ParseMoment(value.Text())) return MomentToPython(*moment);
+        return ToPython(std::string_view(value.Text()));
     case ODF::CellKind::Time:
-        return TimeToPython(value.Text());
+        if (const auto time = ParseDuration(value.Text())) return DurationToPython(*time);
+        return ToPython(std::string_view(value.Text()));
     case ODF::CellKind::Text:
         return ToPython(std::string_view(value.Text()));
     case ODF::CellKind::Empty:
@@ -271,7 +285,8 @@ ODF::CellValue FromPython(py::handle value) {
         // A number of numpy, or a time, whose nanoseconds would come out as a number.
         const auto kind = value.attr("dtype").attr("kind").cast<std::string>();
         const bool isTime = kind == "M" || kind == "m";
-        const py::object exact = isTime ? value.attr("astype")(kind + "8[us]") : py::reinterpret_borrow<py::object>(value);
+        const py::object exact =
+            isTime ? value.attr("astype")(kind + "8[us]") : py::reinterpret_borrow<py::object>(value);
         return FromPython(exact.attr("item")());
     } else if (py::hasattr(value, "__float__")) {
         result = py::float_(py::reinterpret_borrow<py::object>(value)).cast<double>();
