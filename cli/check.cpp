@@ -2,6 +2,7 @@
 #include "check/report.h"
 #include "commands.h"
 #include "files.h"
+#include "json.h"
 
 namespace command {
 
@@ -21,7 +22,7 @@ void AddCheck(CLI::App& app, ExitCode& exitCode) {
     check->add_flag("--listed", options->isListed,
                     "Check the trip that keeps what the element classes list alone, as roundtrip --listed");
     check->add_flag("--strict", options->isStrict, kStrictHelp);
-    check->add_flag("--json", options->isJson, "Print one JSON document for all files");
+    check->add_flag("--json", options->isJson, kJsonHelp);
     check->add_flag("-v,--verbose", options->isVerbose,
                     "List also what is harmless: a document type that is dropped");
     check->callback([options, &exitCode] {

@@ -7,7 +7,7 @@ namespace command {
 /// How the command ends. With several files the greatest one counts.
 enum class ExitCode : int {
     Ok = 0,
-    Lost = 1,        ///< `check`: a round trip loses something
+    Lost = 1,        ///< `check`: a round trip loses something; `diff`: the files differ
     Usage = 2,       ///< wrong options or arguments
     CannotOpen = 3,  ///< a file can't be opened, or not be read to its end
     CannotWrite = 4, ///< the output can't be written

@@ -2,6 +2,7 @@
 
 #include "console.h"
 #include "exit_code.h"
+#include "io/input.h"
 #include "password.h"
 
 #include <CLI/CLI.hpp>
@@ -21,23 +22,29 @@ struct Files {
     Passwords passwords;
 
     void addOptions(CLI::App& app) {
-        app.add_option("FILE", paths, "Documents")->required()->type_name("");
+        app.add_option("FILE", paths, "Documents; - is the standard input")->required()->type_name("");
         passwords.addOptions(app);
     }
-    /// Does `work` on each file; one that fails doesn't stop the others.
-    ExitCode forEach(const std::function<ExitCode(const std::string& path)>& work) {
+    /// Does `work` on each file; one that fails doesn't stop the others. `path` is what to open for the
+    /// argument.
+    ExitCode
+    forEach(const std::function<ExitCode(const std::string& path, const std::string& argument)>& work) {
         if (!passwords.prepare()) return ExitCode::CannotOpen;
         ExitCode worst = ExitCode::Ok;
-        for (const std::string& path : paths) {
+        for (const std::string& argument : paths) {
+            const std::string path = InputPath(argument);
             ExitCode code = ExitCode::Failure;
             try {
-                code = work(path);
+                code = path.empty() ? ExitCode::CannotOpen : work(path, argument);
             } catch (const std::bad_alloc&) {
                 Complain(path, "out of memory");
             }
             worst = Worst(worst, code);
         }
         return worst;
+    }
+    ExitCode forEach(const std::function<ExitCode(const std::string& path)>& work) {
+        return forEach([&](const std::string& path, const std::string& /*argument*/) { return work(path); });
     }
 };
 

@@ -1,5 +1,6 @@
 #include "commands.h"
 #include "console.h"
+#include "usage/suggestion.h"
 
 #include <CLI/CLI.hpp>
 
@@ -11,31 +12,36 @@
 namespace {
 
 constexpr const char* kExitCodes =
-    "Exit codes: 0 done, 1 a round trip loses something (check), 2 wrong usage,\n"
+    "Exit codes: 0 done, 1 a round trip loses something (check), or files differ\n"
+    "(diff), 2 wrong usage,"
     "3 a file can't be opened, or not be read to its end, 4 the output can't be\n"
     "written, 5 other failures. With several files the greatest one counts.";
 
+/// In the order of the help: looking, changing, the rest.
+constexpr void (*kVerbs[])(CLI::App&, command::ExitCode&) = {
+    command::AddInfo,    command::AddText,      command::AddTree,    command::AddMeta,
+    command::AddCheck,   command::AddDiff,      command::AddConvert, command::AddNew,
+    command::AddReplace, command::AddExtract,   command::AddInsert,  command::AddEncrypt,
+    command::AddDecrypt, command::AddRoundtrip, command::AddHelp,    command::AddPages,
+};
+
 command::ExitCode Run(int argc, char** argv) {
     using command::ExitCode;
-    CLI::App app("Looks into OpenDocument files and writes them anew.", "odfmodel");
+    CLI::App app("Looks into OpenDocument files, changes and converts them.", "odfmodel");
     app.set_version_flag("--version", "odfmodel " ODFMODEL_COMMAND_VERSION);
     app.require_subcommand(1);
     app.footer(kExitCodes);
     ExitCode exitCode = ExitCode::Ok;
-    command::AddInfo(app, exitCode);
-    command::AddText(app, exitCode);
-    command::AddTree(app, exitCode);
-    command::AddRoundtrip(app, exitCode);
-    command::AddCheck(app, exitCode);
+    for (const auto add : kVerbs)
+        add(app, exitCode);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& success) { // --help and --version
         app.exit(success);
     } catch (const CLI::ParseError& error) {
-        const std::vector<std::string> rest = app.remaining();
-        const bool isUnknown = app.get_subcommands().empty() && !rest.empty();
-        command::Complain({}, isUnknown ? "there is no command or option " + rest.front() : error.what());
-        std::cerr << "Try odfmodel --help\n";
+        const std::vector<CLI::App*> verbs = app.get_subcommands();
+        command::Complain({}, command::UsageFault(app, error.what()));
+        std::cerr << "Try odfmodel " << (verbs.empty() ? "" : verbs.front()->get_name() + " ") << "--help\n";
         return ExitCode::Usage;
     }
     std::cout.flush();

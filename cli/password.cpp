@@ -43,18 +43,22 @@ private:
     bool isOff_ = false;
 };
 
-std::optional<std::string> Ask(const std::string& file) {
+} // namespace
+
+std::optional<std::string> AskPassword(const std::string& question) {
     if (isatty(STDIN_FILENO) == 0) return std::nullopt;
     std::string password;
     {
         const NoEcho noEcho;
         if (!noEcho.isOff()) return std::nullopt; // rather no password than one in plain sight
-        std::cerr << "Password for " << Quoted(file) << ": " << std::flush;
+        std::cerr << question << ": " << std::flush;
         if (!std::getline(std::cin, password)) password.clear();
     }
     std::cerr << '\n';
     return password.empty() ? std::nullopt : std::optional(password);
 }
+
+namespace {
 
 bool IsAboutPassword(ODF::Status status) {
     return status == ODF::Status::PasswordNeeded || status == ODF::Status::WrongPassword;
@@ -73,15 +77,23 @@ void Passwords::addOptions(CLI::App& app) {
     file->type_name("FILE")->excludes(text);
 }
 
+std::optional<std::string> ReadPasswordFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::string text;
+    if (!in || !std::getline(in, text)) {
+        Complain(path, "no password can be read from this file");
+        return std::nullopt;
+    }
+    if (text.ends_with('\r')) text.pop_back();
+    return text;
+}
+
 bool Passwords::prepare() {
     isGiven_ = app_->count("--password") > 0;
     if (file_.empty()) return true;
-    std::ifstream in(file_, std::ios::binary);
-    if (!in || !std::getline(in, text_)) {
-        Complain(file_, "no password can be read from this file");
-        return false;
-    }
-    if (text_.ends_with('\r')) text_.pop_back();
+    std::optional<std::string> text = ReadPasswordFile(file_);
+    if (!text) return false;
+    text_ = std::move(*text);
     isGiven_ = true;
     return true;
 }
@@ -90,7 +102,7 @@ ODF::Status Passwords::open(const std::string& file, const Attempt& attempt) con
     ODF::Status status = attempt(isGiven_ ? &text_ : nullptr);
     if (isGiven_) return status;
     for (int i = 0; i < kMostQuestions && IsAboutPassword(status); ++i) {
-        const std::optional<std::string> password = Ask(file);
+        const std::optional<std::string> password = AskPassword("Password for " + Quoted(file));
         if (!password) break;
         status = attempt(&*password);
     }

@@ -31,4 +31,9 @@ private:
     CLI::App* app_ = nullptr;
 };
 
+/// The first line of a file; nothing, with a complaint, when there is none.
+std::optional<std::string> ReadPasswordFile(const std::string& path);
+/// Asks on the terminal, without showing what is typed; nothing where there is none, or nothing is typed.
+std::optional<std::string> AskPassword(const std::string& question);
+
 } // namespace command

@@ -1,6 +1,8 @@
 #include "commands.h"
 #include "console.h"
 #include "files.h"
+#include "io/input.h"
+#include "io/output.h"
 #include "package/archive.h"
 #include "package/kind.h"
 #include "package/listed_document.h"
@@ -42,28 +44,15 @@ ExitCode Repack(const RoundtripOptions& options) {
     return ExitCode::Ok;
 }
 
-ExitCode RefuseIncomplete(const RoundtripOptions& options) {
-    Complain(options.to, "not written, since the document can't be read whole; --incomplete writes what "
-                         "can be read");
-    return ExitCode::CannotOpen;
-}
-
 ExitCode Rewrite(const RoundtripOptions& options) {
     ODF::Document document;
     const ExitCode opened = OpenDocument(document, options.from, options.passwords, options.isStrict);
     if (!document.IsOpen()) return opened;
-    if (opened != ExitCode::Ok && !options.allowsIncomplete) return RefuseIncomplete(options);
+    if (opened != ExitCode::Ok && !options.allowsIncomplete) return RefuseIncomplete(options.to);
     if (options.isDecrypted) document.RemovePassword();
     ODF::SaveOptions save;
     save.allowsIncomplete = options.allowsIncomplete;
-    const ODF::Result saved = document.Save(options.to, save);
-    if (!saved) {
-        Complain(options.to, WriteReason(options.to, saved.Code(), saved.Notes()));
-        // A member that was to be copied and can't be read is a fault of the document.
-        return saved.Code() == ODF::Status::Damaged ? ExitCode::CannotOpen : ExitCode::CannotWrite;
-    }
-    ComplainNotes(options.to, saved.Notes());
-    return opened;
+    return Worst(opened, SaveDocument(document, options.to, save));
 }
 
 bool IsEncrypted(const std::string& path) {
@@ -86,7 +75,7 @@ ExitCode RewriteListed(const RoundtripOptions& options) {
     }
     ComplainNotes(options.from, diagnostics);
     const bool isWhole = IsWhole(diagnostics);
-    if (!isWhole && !options.allowsIncomplete) return RefuseIncomplete(options);
+    if (!isWhole && !options.allowsIncomplete) return RefuseIncomplete(options.to);
     document.Save(options.to);
     if (!IsDone(diagnostics.status())) {
         Complain(options.to, WriteReason(options.to, diagnostics.status(), diagnostics.notes()));
@@ -97,7 +86,8 @@ ExitCode RewriteListed(const RoundtripOptions& options) {
 }
 
 ExitCode Run(RoundtripOptions& options) {
-    if (!options.passwords.prepare()) return ExitCode::CannotOpen;
+    options.from = InputPath(options.from);
+    if (options.from.empty() || !options.passwords.prepare()) return ExitCode::CannotOpen;
     const bool isOpenPackaging = IsOpenPackaging(DetectType(options.from));
     if (options.isStrict && (isOpenPackaging || options.isListed))
         if (const std::string why = AmbiguityOf(options.from); !why.empty()) {
@@ -105,7 +95,9 @@ ExitCode Run(RoundtripOptions& options) {
             return ExitCode::CannotOpen;
         }
     if (isOpenPackaging) return Repack(options);
-    return options.isListed ? RewriteListed(options) : Rewrite(options);
+    if (options.isListed) return RewriteListed(options);
+    if (options.to == kStandardStream && !CheckStandardOutput()) return ExitCode::Usage;
+    return Rewrite(options);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "commands.h"
 #include "console.h"
+#include "io/input.h"
 #include "package/attributes.h"
 #include "package/open_document.h"
 #include "package/sax.h"
@@ -170,7 +171,9 @@ void AddTree(CLI::App& app, ExitCode& exitCode) {
         ->type_name("N");
     options->passwords.addOptions(*tree);
     tree->callback([options, &exitCode] {
-        exitCode = options->passwords.prepare() ? Run(*options) : ExitCode::CannotOpen;
+        options->path = InputPath(options->path);
+        const bool isReady = !options->path.empty() && options->passwords.prepare();
+        exitCode = isReady ? Run(*options) : ExitCode::CannotOpen;
     });
 }
 

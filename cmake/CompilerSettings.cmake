@@ -22,4 +22,7 @@ set(ODFMODEL_SANITIZE "" CACHE STRING "Sanitizers to build with, such as address
 if(ODFMODEL_SANITIZE)
   add_compile_options(-fsanitize=${ODFMODEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${ODFMODEL_SANITIZE})
+  if(ODFMODEL_SANITIZE MATCHES "address")
+    add_compile_definitions(ODFMODEL_ADDRESS_SANITIZER)
+  endif()
 endif()

@@ -1,8 +1,7 @@
 #include "check/report.h"
 
 #include "console.h"
-
-#include <nlohmann/json.hpp>
+#include "json.h"
 
 #include <iostream>
 
@@ -74,9 +73,7 @@ void PrintJson(const std::vector<CheckResult>& results) {
     nlohmann::json files = nlohmann::json::array();
     for (const CheckResult& result : results)
         files.push_back(ToJson(result));
-    // Escaped down to ASCII: whatever the files hold, a terminal sees no control character.
-    std::cout << nlohmann::json{{"files", files}}.dump(2, ' ', true, nlohmann::json::error_handler_t::replace)
-              << '\n';
+    PrintJson({{"files", files}}, std::cout);
 }
 
 } // namespace command

@@ -103,7 +103,7 @@ void ReportPackage(const std::string& path, ODF::Document& document) {
     PrintType(file, manifest, document.Kind());
     PrintField("version", document.Version());
     PrintField("encrypted", document.IsEncrypted() ? EncryptionOfFile(path) : "no");
-    PrintMetadata(document.Meta());
+    PrintMetadata(ReadMetadata(document.Meta()));
     PrintMembers(file, manifest);
 }
 
@@ -122,7 +122,7 @@ ExitCode ReportOdf(const std::string& path, const Passwords& passwords) {
         PrintField("type", TypeText(document.MediaType(), document.Kind()));
         PrintField("form", "one XML file");
         PrintField("version", document.Version());
-        PrintMetadata(document.Flat());
+        PrintMetadata(ReadMetadata(document.Flat()));
     } else {
         ReportPackage(path, document);
     }

@@ -1,6 +1,7 @@
 #include "package/open_document.h"
 
 #include "console.h"
+#include "io/progress_line.h"
 #include "package/reason.h"
 #include "password.h"
 
@@ -13,7 +14,9 @@ ODF::Result TryOpen(ODF::Document& document, const std::string& path, const Pass
                     std::string* password, bool isStrict) {
     ODF::Result result;
     passwords.open(path, [&](const std::string* tried) {
+        ProgressLine line(path);
         ODF::OpenOptions options;
+        options.progress = line.callback();
         options.refusesAmbiguous = isStrict;
         if (tried) options.password = *tried;
         if (password) *password = options.password;

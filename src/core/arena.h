@@ -47,10 +47,8 @@ private:
     struct Region;
 
     // The heap has to keep to multiples of 16; and a tool that watches each object needs each on its own.
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(ODFMODEL_ADDRESS_SANITIZER)
     static constexpr bool kIsWatched = true;
-#elif defined(__has_feature)
-    static constexpr bool kIsWatched = __has_feature(address_sanitizer);
 #else
     static constexpr bool kIsWatched = false;
 #endif

@@ -275,6 +275,11 @@ int CDocument::_SetPackageRoot(const unsigned short* path, const unsigned short*
     return 1;
 }
 
+CTulStringW CDocument::MakeFolder() {
+    if (!rootPart_ || !_SetPackageRoot(ToUnits(u"new"), nullptr)) return {};
+    return CTulStringW(rootPart_->GetLocalPath());
+}
+
 int CDocument::_WritePart() {
     std::vector<ISDPart*> parts;
     rootPart_->GetChildParts(&parts);

@@ -6,13 +6,13 @@
 namespace ODF {
 namespace {
 
-struct Row {
+struct KindRow {
     DocumentKind kind;
     std::string_view mediaType;
     std::string_view body; ///< the element in the body; empty where another kind has the same
 };
 
-constexpr Row kRows[] = {
+constexpr KindRow kKinds[] = {
     {DocumentKind::Text, "application/vnd.oasis.opendocument.text", "office:text"},
     {DocumentKind::Spreadsheet, "application/vnd.oasis.opendocument.spreadsheet", "office:spreadsheet"},
     {DocumentKind::Presentation, "application/vnd.oasis.opendocument.presentation", "office:presentation"},
@@ -32,23 +32,23 @@ constexpr std::string_view kTemplate = "-template";
 KindOfDocument ToKind(std::string_view mediaType) noexcept {
     const bool isTemplate = mediaType.ends_with(kTemplate);
     if (isTemplate) mediaType.remove_suffix(kTemplate.size());
-    const auto row = std::find_if(std::begin(kRows), std::end(kRows),
-                                  [&](const Row& candidate) { return candidate.mediaType == mediaType; });
-    if (row == std::end(kRows)) return {};
+    const auto row = std::find_if(std::begin(kKinds), std::end(kKinds),
+                                  [&](const KindRow& candidate) { return candidate.mediaType == mediaType; });
+    if (row == std::end(kKinds)) return {};
     return {row->kind, isTemplate};
 }
 
 std::string_view MediaTypeFor(DocumentKind kind) noexcept {
-    const auto row = std::find_if(std::begin(kRows), std::end(kRows),
-                                  [kind](const Row& candidate) { return candidate.kind == kind; });
-    return row == std::end(kRows) ? std::string_view() : row->mediaType;
+    const auto row = std::find_if(std::begin(kKinds), std::end(kKinds),
+                                  [kind](const KindRow& candidate) { return candidate.kind == kind; });
+    return row == std::end(kKinds) ? std::string_view() : row->mediaType;
 }
 
 DocumentKind KindOfBody(std::string_view elementName) noexcept {
     if (elementName.empty()) return DocumentKind::Unknown;
-    const auto row = std::find_if(std::begin(kRows), std::end(kRows),
-                                  [&](const Row& candidate) { return candidate.body == elementName; });
-    return row == std::end(kRows) ? DocumentKind::Unknown : row->kind;
+    const auto row = std::find_if(std::begin(kKinds), std::end(kKinds),
+                                  [&](const KindRow& candidate) { return candidate.body == elementName; });
+    return row == std::end(kKinds) ? DocumentKind::Unknown : row->kind;
 }
 
 } // namespace ODF

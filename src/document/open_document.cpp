@@ -1,6 +1,7 @@
 #include <odfmodel/document/open_document.h>
 
 #include "document/document_kinds.h"
+#include "document/pictures/member_store.h"
 #include "document/templates.h"
 #include "document/tree.h"
 #include "package/odf/odf_package.h"
@@ -593,6 +594,32 @@ bool Document::RemoveMember(std::string_view name) {
 
 std::string Document::MediaTypeOf(std::string_view name) const {
     return state_ ? state_->package.mediaTypeOf(name) : std::string();
+}
+
+bool Document::SetMediaTypeOf(std::string_view name, std::string_view mediaType) {
+    if (!state_ || state_->isFlat) return false;
+    const std::vector<std::string> names = state_->package.names();
+    const bool isKnown = std::any_of(names.begin(), names.end(), [&](const std::string& member) {
+        return member == name || (name.ends_with('/') && member.starts_with(name));
+    });
+    if (isKnown) state_->package.setMediaTypeOf(name, mediaType);
+    return isKnown;
+}
+
+std::string Document::AddObject(Document& object) {
+    if (!state_ || state_->isFlat || !object.state_ || object.state_->isFlat) return {};
+    const std::string folder = FreeObjectFolder(*this);
+    for (const std::string& name : object.Members()) {
+        if (name == "mimetype" || name.starts_with("META-INF/")) continue;
+        Bytes bytes;
+        if (object.ReadMember(name, bytes) &&
+            state_->package.put(folder + '/' + name, std::move(bytes), object.MediaTypeOf(name)))
+            continue;
+        state_->package.removeFolder(folder);
+        return {};
+    }
+    state_->package.setMediaTypeOf(folder + '/', object.MediaType());
+    return folder;
 }
 
 std::string Document::AddPicture(std::span<const unsigned char> bytes, std::string_view fileName) {

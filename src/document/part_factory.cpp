@@ -5,13 +5,13 @@
 namespace ODF {
 namespace {
 
-constexpr std::u16string_view kFormula = u"application/vnd.oasis.opendocument.formula";
+constexpr std::u16string_view kFormulaType = u"application/vnd.oasis.opendocument.formula";
 
-struct Row {
+struct PartRow {
     ODF_MedType name;
     CODFPart* (*create)(CSDNamedObject*);
 };
-constexpr Row kRows[] = {
+constexpr PartRow kParts[] = {
     {ODF_MedTypeContent, &COfficeDocumentContentRootPart::CreateClass},
     {ODF_MedTypeStyles, &COfficeDocumentStylesRootPart::CreateClass},
     {ODF_MedTypeMeta, &COfficeDocumentMetaRootPart::CreateClass},
@@ -29,7 +29,7 @@ std::u16string_view MediaTypeOf(sd::SDDocType::DocumentType type) noexcept {
     case sd::SDDocType::DocTypeOdfText:
         return u"application/vnd.oasis.opendocument.text";
     case sd::SDDocType::DocTypeOdfFormula:
-        return kFormula;
+        return kFormulaType;
     case sd::SDDocType::DocTypeOdfGraphics:
         return u"application/vnd.oasis.opendocument.graphics";
     default:
@@ -42,9 +42,9 @@ ODFPartFactory::ODFPartFactory(sd::SDDocType::DocumentType type) noexcept
 
 CODFPart* ODFPartFactory::Create(std::u16string_view name, std::u16string_view relationType) const {
     if (isOdf_) {
-        for (const Row& row : kRows) {
+        for (const PartRow& row : kParts) {
             if (name != ToView(ODFUtil::GetMediaType(row.name))) continue;
-            const bool isFormula = row.name == ODF_MedTypeContent && relationType == kFormula;
+            const bool isFormula = row.name == ODF_MedTypeContent && relationType == kFormulaType;
             return isFormula ? CMathMathRootPart::CreateClass(nullptr) : row.create(nullptr);
         }
     }

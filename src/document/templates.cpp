@@ -31,12 +31,12 @@ constexpr auto kImage = Members(kImageContent, kImageStyles);
 constexpr std::array kFormula{Member("content.xml", kFormulaContent), Member("meta.xml", kSharedMeta),
                               Member("settings.xml", kSharedSettings)};
 
-struct Row {
+struct TemplateRow {
     std::string_view mediaType;
     std::span<const TemplateMember> members;
 };
 
-constexpr Row kRows[] = {
+constexpr TemplateRow kTemplates[] = {
     {"application/vnd.oasis.opendocument.text", kText},
     {"application/vnd.oasis.opendocument.text-master", kMasterText},
     {"application/vnd.oasis.opendocument.text-web", kText},
@@ -51,10 +51,10 @@ constexpr Row kRows[] = {
 } // namespace
 
 std::span<const TemplateMember> Templates(std::string_view packageMediaType) noexcept {
-    const auto row = std::find_if(std::begin(kRows), std::end(kRows), [&](const Row& candidate) {
-        return candidate.mediaType == packageMediaType;
-    });
-    return row == std::end(kRows) ? std::span<const TemplateMember>() : row->members;
+    const auto row =
+        std::find_if(std::begin(kTemplates), std::end(kTemplates),
+                     [&](const TemplateRow& candidate) { return candidate.mediaType == packageMediaType; });
+    return row == std::end(kTemplates) ? std::span<const TemplateMember>() : row->members;
 }
 
 } // namespace ODF

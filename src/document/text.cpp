@@ -246,9 +246,12 @@ private:
 
 /// Line ends as a line feed.
 std::u16string WithLineFeeds(std::string_view utf8) {
-    std::u16string text = ToUtf16(utf8);
-    for (std::size_t at = 0; (at = text.find(u'\r', at)) != std::u16string::npos; ++at)
-        text.replace(at, at + 1 < text.size() && text[at + 1] == u'\n' ? 2 : 1, u"\n");
+    std::u16string text;
+    bool afterReturn = false;
+    for (const char16_t unit : ToUtf16(utf8)) {
+        if (unit != u'\n' || !afterReturn) text += unit == u'\r' ? u'\n' : unit;
+        afterReturn = unit == u'\r';
+    }
     return text;
 }
 

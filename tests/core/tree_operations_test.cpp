@@ -11,9 +11,11 @@
 
 #include <algorithm>
 #include <functional>
+#include <random>
 #include <ranges>
 #include <sstream>
 #include <unordered_set>
+#include <utility>
 
 namespace {
 
@@ -70,6 +72,88 @@ TEST(TreeWalk, RangesGiveObjectsOfTheirClassInDocumentOrder) {
     const auto paragraphs = body->Descendants<CTextP>();
     EXPECT_EQ(std::ranges::count_if(paragraphs, [](const CTextP& p) { return p.HasChildList(); }), 1);
     EXPECT_EQ(std::ranges::distance(body->Children() | std::views::drop(1)), 3);
+}
+
+/// What Parent, Next and Previous say must be what the lists of children say.
+void ExpectLinked(const CSDObject& root) {
+    std::vector<const CSDObject*> open{&root};
+    while (!open.empty()) {
+        const CSDObject* const parent = open.back();
+        open.pop_back();
+        const CSDObject* before = nullptr;
+        for (const CSDObject& child : parent->Children()) {
+            ASSERT_EQ(child.Parent(), parent);
+            ASSERT_EQ(child.Previous(), before);
+            if (before) {
+                ASSERT_EQ(before->Next(), &child);
+            }
+            before = &child;
+            open.push_back(&child);
+        }
+        if (before) {
+            ASSERT_EQ(before->Next(), nullptr);
+        }
+    }
+}
+
+TEST(TreeWalk, ParentAndSiblingsFollowEveryChange) {
+    std::unique_ptr<CSDObject> body = Sample();
+    ExpectLinked(*body);
+    auto& section = static_cast<ODF::COfficeText&>(*body).Append<ODF::CTextSection>();
+    std::mt19937 random(1);
+    const auto any = [&]() -> CSDObject& {
+        std::uniform_int_distribution<std::ptrdiff_t> place(0,
+                                                            std::ranges::distance(body->Descendants()) - 1);
+        return *std::ranges::next(body->Descendants().begin(), place(random));
+    };
+    for (int step = 0; step < 300; ++step) {
+        CSDObject& object = any();
+        CSDObject* const parent = object.Parent();
+        switch (random() % 5) {
+        case 0:
+            section.Append<CTextP>().Append<CTextSpan>();
+            break;
+        case 1:
+            parent->Insert(New<CTextP>(), object);
+            break;
+        case 2:
+            if (CSDObject& to = any(); object.MoveTo(to) == TreeChange::Done) {
+                EXPECT_EQ(object.Parent(), &to);
+            }
+            break;
+        case 3:
+            parent->Append(object.Clone());
+            break;
+        default:
+            if (&object != &section && std::ranges::distance(object.Descendants()) < 4) {
+                const std::unique_ptr<CSDObject> taken = parent->Detach(object);
+                EXPECT_EQ(taken->Parent(), nullptr);
+                EXPECT_EQ(taken->Next(), nullptr);
+            }
+        }
+        if (section.Parent() != body.get()) {
+            ASSERT_EQ(section.MoveTo(*body), TreeChange::Done);
+        }
+        ASSERT_NO_FATAL_FAILURE(ExpectLinked(*body)) << step;
+    }
+    EXPECT_EQ(body->MoveTo(section), TreeChange::NotAChild);
+}
+
+TEST(TreeWalk, GoingFromChildToChildTakesLinearTime) {
+    constexpr int kCount = 300'000; // by looking through the list each time this would take minutes
+    std::string xml = "<office:text>";
+    for (int i = 0; i < kCount; ++i)
+        xml += "<text:p/>";
+    const std::unique_ptr<CSDObject> body = test::Read(xml + "</office:text>");
+    int count = 0;
+    for (const CSDObject* at = body->Child<CTextP>(); at; at = at->Next())
+        ++count;
+    EXPECT_EQ(count, kCount);
+    const auto other = New<ODF::COfficeText>();
+    while (CSDObject* const last =
+               std::as_const(*body).Children().empty() ? nullptr : body->GetObjectList()->back())
+        ASSERT_EQ(last->MoveTo(*other), TreeChange::Done);
+    EXPECT_EQ(other->GetChildCount(), unsigned{kCount});
 }
 
 TEST(TreeWalk, ATreeOfAnyDepthIsWalkedCopiedAndTakenApart) {

@@ -35,7 +35,7 @@ std::string Attempt(const std::function<std::string()>& attempt, unsigned second
 }
 
 Endings ForEachFault(std::size_t most, const std::function<std::string(std::size_t)>& attempt) {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(ODFMODEL_ADDRESS_SANITIZER)
     most /= 4;
 #endif
     Endings endings;

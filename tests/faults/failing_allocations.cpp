@@ -49,7 +49,7 @@ bool FailingAllocations::hasFailed() noexcept {
     return isOut;
 }
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(ODFMODEL_ADDRESS_SANITIZER) || defined(__SANITIZE_THREAD__)
 
 bool CanFailAllocations() noexcept {
     return false;

@@ -55,8 +55,9 @@ protected:
         return "PARTIAL, STATUS OK";
     }
 
-    static void expectSound(const test::Endings& endings) {
-        EXPECT_GT(endings.size(), 1U) << "no fault was met";
+    /// A call that was only interrupted is made again, so all may end whole.
+    static void expectSound(const test::Endings& endings, int error) {
+        EXPECT_GT(endings.size(), error == EINTR ? 0U : 1U) << "no fault was met";
         for (const auto& [word, count] : endings)
             EXPECT_TRUE(word.find_first_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ") == std::string::npos &&
                         !word.starts_with("ended") && !word.starts_with("took"))
@@ -72,7 +73,7 @@ TEST_F(SystemCallFaults, InASave) {
     for (const int error : {EIO, ENOSPC, EMFILE, EINTR})
         for (const bool isNew : {false, true}) {
             SCOPED_TRACE(std::to_string(error) + (isNew ? " new" : " opened"));
-            expectSound(test::ForEachFault(100, [&](std::size_t number) -> std::string {
+            const test::Endings endings = test::ForEachFault(100, [&](std::size_t number) -> std::string {
                 test::WriteFile(target(), kOld);
                 CODFDoc document;
                 if (isNew)
@@ -86,7 +87,8 @@ TEST_F(SystemCallFaults, InASave) {
                     hasFailed = fault.hasFailed();
                 }
                 return hasFailed ? outcome(document) : std::string();
-            }));
+            });
+            expectSound(endings, error);
         }
 }
 
@@ -95,7 +97,7 @@ TEST_F(SystemCallFaults, InAnOpen) {
     ASSERT_EQ(complete.Open(file("source.odt")), 1);
     for (const int error : {EIO, ENOSPC, EMFILE, EINTR}) {
         SCOPED_TRACE(error);
-        expectSound(test::ForEachFault(200, [&](std::size_t number) -> std::string {
+        const test::Endings endings = test::ForEachFault(200, [&](std::size_t number) -> std::string {
             CODFDoc document;
             bool hasFailed = false;
             {
@@ -109,7 +111,8 @@ TEST_F(SystemCallFaults, InAnOpen) {
             // What isn't whole says so in its save too.
             document.Save(target());
             return document.GetDiagnostics().status() == Status::Ok ? "PARTIAL, SAVED WITH STATUS OK" : word;
-        }));
+        });
+        expectSound(endings, error);
     }
     complete.Save(file("to/out.odt"));
 }

@@ -58,6 +58,8 @@ TEST(Damaged, ManifestsOfAllKindsOpen) {
          start + R"(<manifest:file-entry manifest:full-path="content.xml" manifest:media-type="old"/>)" +
              row + end,
          "type/c", true},
+        {"rows of another namespace",
+         std::string("<manifest:manifest xmlns:m=\"") + kNamespace + "\">" + row + end, "", true},
         {"cut", start + row + "<manifest:file-en", "type/c", false},
         {"empty", "", "text/xml", false},
         {"not XML", "\xFF\xFE\x01", "text/xml", false},
@@ -88,9 +90,11 @@ TEST(Damaged, ManifestsOfAllKindsOpen) {
         EXPECT_EQ(again.package.mediaTypeOf("Pictures/a.png"), given.isSound ? "" : "image/png");
         // A change goes to what readers see.
         again.package.setMediaTypeOf("content.xml", "type/new");
+        again.package.setMediaTypeOf("/", "type/all");
         again.package.put("new.xml", ToBytes("<n/>"));
         Opened changed(again.written());
         EXPECT_EQ(changed.package.mediaTypeOf("content.xml"), "type/new");
+        EXPECT_EQ(changed.package.mediaTypeOf("/"), "type/all");
         EXPECT_EQ(changed.package.mediaTypeOf("new.xml"), "text/xml");
     }
 }

@@ -134,7 +134,8 @@ TEST_F(TreeMemory, PartsOfATreeGoOnSeveralThreads) {
     EXPECT_TRUE(root->GetObjectList()->empty());
 }
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // which keep freed memory for a while
+#if !defined(ODFMODEL_ADDRESS_SANITIZER) &&                                                                  \
+    !defined(__SANITIZE_THREAD__) // which keep freed memory for a while
 
 std::size_t ResidentBytes() {
     std::ifstream statm("/proc/self/statm");

@@ -58,6 +58,21 @@ def shorten(items, most=8):
     return ", ".join(items) if len(items) <= most else ", ".join(items[:most]) + f" and {len(items) - most} more"
 
 
+def optional_getter(attribute, kind, row):
+    """The same value by the name alone, for all attributes alike: nothing while it isn't set."""
+    name = attribute.accessor
+    if attribute.optional:
+        return [f"    std::optional<{kind}> {name}() const {{",
+                f"        {kind} value{{}};",
+                f"        if (Get{name}(value)) return value;",
+                "        return {};",
+                "    }"]
+    return [f"    std::optional<{kind}> {name}() const {{",
+            f"        if (HasAttribute(*Descriptor(), {row})) return Get{name}();",
+            "        return {};",
+            "    }"]
+
+
 def class_declaration(element):
     name = element.class_name
     lines = element_comment(element)
@@ -74,6 +89,7 @@ def class_declaration(element):
             lines.append(f"    bool Get{attribute.accessor}({kind}& out) const; ///< false, `out` unchanged, if absent")
         else:
             lines.append(f"    {kind} Get{attribute.accessor}() const;")
+        lines += optional_getter(attribute, kind, row)
         lines.append(f"    void Set{attribute.accessor}(const {kind}& value);")
         if attribute.qname == "office:value" and attribute.kind == "s":
             lines.append(f"    void Set{attribute.accessor}(double number) "
@@ -109,7 +125,7 @@ def family_header(family, model):
     classes |= {element.class_name for element in family.elements}
     lines = [MADE_FROM.format(family.name + ".toml"), "#pragma once", "",
              "#include <odfmodel/core/value_objects.h>", "#include <odfmodel/elements/enumerations.h>", "",
-             f"/// @file", *comment(family.about), "", "namespace ODF {", ""]
+             "#include <optional>", "", f"/// @file", *comment(family.about), "", "namespace ODF {", ""]
     lines += [f"class {name};" for name in sorted(classes)]
     lines.append("")
     for element in family.elements:
@@ -119,9 +135,10 @@ def family_header(family, model):
 
 
 def enumerations_header(model):
-    lines = [MADE_FROM.format("the element tables"), "#pragma once", "", "/// @file",
-             "/// The enumerated attribute values. The key of each, as it stands in a file, is its comment.", "",
-             "namespace ODF {", ""]
+    lines = [MADE_FROM.format("the element tables"), "#pragma once", "",
+             "#include <odfmodel/core/enumeration.h>", "", "/// @file",
+             "/// The enumerated attribute values. The key of each, as it stands in a file, is its comment; "
+             "`KeyOf` and", "/// `ParseKey` go between them.", "", "namespace ODF {", ""]
     for name, (family, keys) in sorted(model.enumerations.items()):
         users = sorted({attribute.qname for element in model.elements for attribute in element.attributes
                         if attribute.enumeration == name})
@@ -129,7 +146,7 @@ def enumerations_header(model):
         lines.append(f"enum class {name} : int {{")
         for value, key in enumerate(keys):
             lines.append(f"    {names.enumerator(key)} = {value}, ///< \"{key}\"")
-        lines += ["};", ""]
+        lines += ["};", f"constexpr std::u16string_view EnumerationName({name}) noexcept {{ return u\"{name}\"; }}", ""]
     lines += ["} // namespace ODF", ""]
     return "\n".join(lines)
 

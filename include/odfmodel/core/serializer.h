@@ -53,6 +53,10 @@ public:
         return SerializeToFile(CTulStringW(path).c_str(), root);
     }
     bool OpenFile(std::u16string_view path) { return OpenFile(CTulStringW(path).c_str()); }
+    bool SerializeToFile(const ODF::FilePath auto& path, CSDObject* root) {
+        return SerializeToFile(CTulStringW(path).c_str(), root);
+    }
+    bool OpenFile(const ODF::FilePath auto& path) { return OpenFile(CTulStringW(path).c_str()); }
     bool OpenFile(std::string_view path) { return OpenFile(CTulStringW(path).c_str()); }
 
 protected:

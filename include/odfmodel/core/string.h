@@ -41,6 +41,19 @@ inline std::string ToUtf8(const unsigned short* text) {
 
 class TextMaker;
 
+/// A file name of the standard library, told by what it can do, so that nobody pays for its header.
+template<typename T>
+concept FilePath = requires(const T& path) {
+    path.native();
+    path.u8string();
+    path.lexically_normal();
+};
+/// What `CTulStringW` compares and concatenates with.
+template<typename T>
+concept TextLike =
+    std::convertible_to<const T&, std::string_view> || std::convertible_to<const T&, std::u16string_view> ||
+    std::convertible_to<const T&, const unsigned short*>;
+
 /// Stands in front of the units of every buffer of a `CTulStringW`.
 struct StringHeader {
     std::int32_t references; ///< strings that share the buffer; -2 marks the shared empty one
@@ -69,6 +82,8 @@ public:
     CTulStringW(const char* utf8);                               // NOLINT(google-explicit-constructor)
     CTulStringW(std::string_view utf8);                          // NOLINT(google-explicit-constructor)
     CTulStringW(const std::string& utf8);                        // NOLINT(google-explicit-constructor)
+    template<ODF::FilePath Path>
+    CTulStringW(const Path& path) : CTulStringW(FromPath(path)) {} // NOLINT(google-explicit-constructor)
     CTulStringW(const CTulStringW& other) noexcept;
     CTulStringW(CTulStringW&& other) noexcept;
     ~CTulStringW();
@@ -161,6 +176,19 @@ public:
     friend bool operator==(const CTulStringW& a, std::string_view b) { return a.utf8() == b; }
     friend bool operator==(const CTulStringW& a, const std::string& b) { return a.utf8() == b; }
     friend bool operator==(const CTulStringW& a, const char* b) { return a.utf8() == b; }
+    /// Texts of any kind after or in front of one; numbers don't count as texts.
+    template<ODF::TextLike T>
+    friend CTulStringW operator+(const CTulStringW& a, const T& b) {
+        CTulStringW sum(a);
+        sum += CTulStringW(b);
+        return sum;
+    }
+    template<ODF::TextLike T>
+    requires(!std::same_as<T, CTulStringW>) friend CTulStringW operator+(const T& a, const CTulStringW& b) {
+        CTulStringW sum(a);
+        sum += b;
+        return sum;
+    }
     /// Binary order: the units compared as unsigned numbers.
     friend std::strong_ordering operator<=>(const CTulStringW& a, const CTulStringW& b) noexcept {
         return a.view() <=> b.view();
@@ -169,6 +197,13 @@ public:
 private:
     friend class ODF::TextMaker;
 
+    template<typename Path>
+    static CTulStringW FromPath(const Path& path) {
+        if constexpr (sizeof(path.native()[0]) == 1) // no exception for bytes that aren't UTF-8
+            return CTulStringW(std::string_view(path.native()));
+        else
+            return CTulStringW(std::u16string_view(path.u16string()));
+    }
     const ODF::StringHeader& header() const noexcept {
         return reinterpret_cast<const ODF::StringHeader*>(units_)[-1];
     }

@@ -71,6 +71,10 @@ public:
     /// Builds the parts of a new document; `CODFDoc::CreateMainPart` calls it.
     int _CreateRootAndMainPart();
 
+    /// The folder in which the members are files until the next save; a new document gets one by this. Empty
+    /// when there is no document, or no folder can be made.
+    CTulStringW MakeFolder();
+
     /// What happened during the last `Open` or `Save`.
     const Diagnostics& GetDiagnostics() const noexcept { return diagnostics_; }
 

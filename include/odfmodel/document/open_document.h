@@ -205,12 +205,19 @@ public:
     /// False when there is no such member. A tree that it had goes.
     bool RemoveMember(std::string_view name);
     std::string MediaTypeOf(std::string_view name) const;
+    /// The media type of a member or, with a `/` at the end of the name, of a folder; false when the document
+    /// is flat, closed, or has none of that name.
+    bool SetMediaTypeOf(std::string_view name, std::string_view mediaType);
     /// Adds a picture under a free name like `fileName`, such as "Pictures/logo.png", which is returned for
     /// `xlink:href`; empty when the document is flat, closed, or the name can't be used.
     std::string AddPicture(std::span<const unsigned char> bytes, std::string_view fileName);
     /// The same with the bytes and the name of a file; empty also when it can't be read, and `result`, if
     /// given, tells why.
     std::string AddPictureFile(const std::filesystem::path& file, Result* result = nullptr);
+    /// Embeds another document, such as a chart: its members are copied into a free folder, "Object 1", which
+    /// is returned for `xlink:href`. Empty when either is flat or closed, or a member can't be copied;
+    /// nothing stays of it then.
+    std::string AddObject(Document& object);
     /// @}
 
     /// @name The file

@@ -68,6 +68,12 @@ public:
     bool ParseFile(std::string_view path, CSDObject* root) {
         return ParseFile(CTulStringW(path).c_str(), root);
     }
+    bool ParseFile(const ODF::FilePath auto& path, CSDObject* root) {
+        return ParseFile(CTulStringW(path).c_str(), root);
+    }
+    bool ParseWithHandler(const ODF::FilePath auto& path) {
+        return ParseWithHandler(CTulStringW(path).c_str());
+    }
     bool ParseWithHandler(std::u16string_view path) { return ParseWithHandler(CTulStringW(path).c_str()); }
     bool ParseWithHandler(std::string_view path) { return ParseWithHandler(CTulStringW(path).c_str()); }
     void SetFeature(std::string_view feature, bool value) { SetFeature(CTulStringW(feature).c_str(), value); }

@@ -49,6 +49,9 @@ public:
     int OpenZipFileNonDecompress(std::string_view path) {
         return OpenZipFileNonDecompress(CTulStringW(path).c_str());
     }
+    int OpenZipFileNonDecompress(const ODF::FilePath auto& path) {
+        return OpenZipFileNonDecompress(CTulStringW(path).c_str());
+    }
     /// The same on an archive in memory; `data` stays the caller's and must stay valid until `CloseFile`.
     int OpenZipFileNonDecompress(void* data, unsigned byteCount);
     /// The same on a mapping: `mapping` is the handle of a mapping object (see `MemoryMapping`), not a
@@ -93,6 +96,9 @@ public:
     int Decompress(std::string_view itemName, std::string_view path) {
         return Decompress(CTulStringW(itemName).c_str(), CTulStringW(path).c_str());
     }
+    int Decompress(const CTulStringW& itemName, const ODF::FilePath auto& path) {
+        return Decompress(itemName.c_str(), CTulStringW(path).c_str());
+    }
     /// Streaming read: start with `cursor` and `byteCount` 0 and call again with the same arguments until the
     /// result is 0. Each other call has put the next `byteCount` bytes (at most `capacity`) into `buffer`.
     int Decompress(const unsigned short* itemName, void* buffer, int capacity, int& cursor, int& byteCount);
@@ -110,6 +116,9 @@ public:
         return OpenAndExtract(CTulStringW(path).c_str(), CTulStringW(folder).c_str());
     }
     int OpenAndExtract(std::string_view path, std::string_view folder) {
+        return OpenAndExtract(CTulStringW(path).c_str(), CTulStringW(folder).c_str());
+    }
+    int OpenAndExtract(const ODF::FilePath auto& path, const ODF::FilePath auto& folder) {
         return OpenAndExtract(CTulStringW(path).c_str(), CTulStringW(folder).c_str());
     }
     /// Opens the archive and fills `itemTable`; extracts nothing.

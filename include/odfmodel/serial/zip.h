@@ -30,6 +30,7 @@ public:
     int CreareZipFile(const unsigned short* path);
     int CreareZipFile(std::u16string_view path) { return CreareZipFile(CTulStringW(path).c_str()); }
     int CreareZipFile(std::string_view path) { return CreareZipFile(CTulStringW(path).c_str()); }
+    int CreareZipFile(const ODF::FilePath auto& path) { return CreareZipFile(CTulStringW(path).c_str()); }
     /// Builds the archive in a caller's buffer.
     int CreareZipFile(void* buffer, int capacity);
     /// Builds the archive in a mapping; `mapping` is the handle of a mapping object (see `MemoryMapping`).
@@ -45,6 +46,9 @@ public:
     }
     int Compress(std::string_view itemName, std::string_view path, int packed) {
         return Compress(CTulStringW(itemName).c_str(), CTulStringW(path).c_str(), packed);
+    }
+    int Compress(const CTulStringW& itemName, const ODF::FilePath auto& path, int packed) {
+        return Compress(itemName.c_str(), CTulStringW(path).c_str(), packed);
     }
     int Compress(std::u16string_view itemName, void* data, int byteCount) {
         return Compress(CTulStringW(itemName).c_str(), data, byteCount);

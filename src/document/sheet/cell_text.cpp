@@ -2,6 +2,7 @@
 
 #include "core/object_access.h"
 #include "document/sheet/tree_edit.h"
+#include "document/text/paragraph_text.h"
 
 #include <odfmodel/elements/table/structure.h>
 #include <odfmodel/elements/text/blocks.h>
@@ -12,13 +13,6 @@
 
 namespace ODF {
 namespace {
-
-/// More blanks in one element are none that anyone typed; longer rows are written as several.
-constexpr unsigned kMaxBlanks = 4096;
-
-bool IsParagraph(unsigned id) noexcept {
-    return id == CTextP::kId || id == CTextH::kId;
-}
 
 /// Holds paragraphs, at whatever depth.
 bool IsBlock(unsigned id) noexcept {
@@ -73,8 +67,8 @@ private:
 bool Enter(const CSDObject& object, bool isInParagraph, Lines& lines) {
     const unsigned id = object.GetID();
     if (!isInParagraph) {
-        if (IsParagraph(id)) lines.startParagraph();
-        if (!IsParagraph(id)) return IsBlock(id);
+        if (!IsParagraph(object)) return IsBlock(id);
+        lines.startParagraph();
     } else if (IsBeside(object)) {
         return false;
     }
@@ -161,7 +155,7 @@ void AddLine(CTextP& paragraph, std::string_view line) {
 } // namespace
 
 bool IsCellText(const CSDObject& child) noexcept {
-    return IsParagraph(child.GetID()) || IsBlock(child.GetID());
+    return IsParagraph(child) || IsBlock(child.GetID());
 }
 
 std::string CellText(const CSDObject& cell) {
@@ -172,7 +166,7 @@ std::string CellText(const CSDObject& cell) {
     Lines lines;
     WalkBelow(cell, false, [&](const CSDObject& object, bool isInParagraph) -> std::optional<bool> {
         if (!Enter(object, isInParagraph, lines)) return std::nullopt;
-        return isInParagraph || IsParagraph(object.GetID());
+        return isInParagraph || IsParagraph(object);
     });
     return lines.take();
 }

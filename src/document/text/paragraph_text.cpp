@@ -10,9 +10,6 @@
 namespace ODF {
 namespace {
 
-/// A file of a few bytes may ask for any number of them.
-constexpr unsigned kMaxBlanks = 4096;
-
 constexpr bool IsWhite(char16_t unit) noexcept {
     return unit == u' ' || unit == u'\t' || unit == u'\n' || unit == u'\r';
 }

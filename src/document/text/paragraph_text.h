@@ -9,6 +9,9 @@
 
 namespace ODF {
 
+/// The blanks of one element that are read or written: a file of a few bytes may ask for any number.
+inline constexpr unsigned kMaxBlanks = 4096;
+
 /// A part of a paragraph's text that lies in one object.
 struct TextPiece {
     enum class Kind {

@@ -61,7 +61,7 @@ void ModuleLoader::WriteLogRecord(const CTulStringW& text) const {
     record.Format(u"[%02d:%02d:%02d]%s", now.wHour, now.wMinute, now.wSecond, text);
     const platform::Path file = *folder / platform::Path(name);
     const bool isNew = platform::FileSize(file).value_or(0) == 0;
-    platform::AppendFile(file, ToBytes((isNew ? u"\xFEFF" : u"") + std::u16string(record.view())));
+    platform::AppendFile(file, ToBytes(std::u16string(isNew ? u"\xFEFF" : u"").append(record.view())));
 }
 
 } // namespace SDPackage

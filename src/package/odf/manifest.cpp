@@ -12,7 +12,7 @@ namespace {
 constexpr std::string_view kNamespace = "urn:oasis:names:tc:opendocument:xmlns:manifest:1.0";
 /// The namespace that packages had before, and the one to write.
 constexpr std::array<std::string_view, 2> kNamespaces{kNamespace, "http://openoffice.org/2001/manifest"};
-constexpr std::string_view kExtensions =
+constexpr std::string_view kOfficeExtensions =
     "urn:org:documentfoundation:names:experimental:office:xmlns:loext:1.0";
 
 std::string_view PrefixOf(std::string_view name) noexcept {
@@ -113,7 +113,11 @@ bool Manifest::setAttribute(ManifestElement& element, std::string_view local, st
 
 ManifestElement Manifest::makeRow(std::string_view path) const {
     ManifestElement row;
-    row.name = Qualified(PrefixOf(root_.name), "file-entry");
+    // The root's prefix, unless that is of another namespace: the row has to be one of the manifest's own.
+    const std::string_view ofRoot = PrefixOf(root_.name);
+    const bool isOfRoot =
+        prefixes_.empty() || std::find(prefixes_.begin(), prefixes_.end(), ofRoot) != prefixes_.end();
+    row.name = Qualified(isOfRoot ? ofRoot : std::string_view(prefixes_.front()), "file-entry");
     setAttribute(row, "full-path", path);
     return row;
 }
@@ -186,7 +190,8 @@ std::string Manifest::text(const RowEncryptions& encryptions) const {
         std::any_of(encryptions.begin(), encryptions.end(), [](const auto& encryption) {
             return encryption.second.xml.find(" loext:") != std::string::npos;
         });
-    if (needsExtensions && !Declares(root_, "xmlns:loext")) AppendAttribute(out, "xmlns:loext", kExtensions);
+    if (needsExtensions && !Declares(root_, "xmlns:loext"))
+        AppendAttribute(out, "xmlns:loext", kOfficeExtensions);
     out += '>';
 
     const auto append = [&](ManifestElement row, std::string_view path) {

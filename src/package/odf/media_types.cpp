@@ -8,12 +8,12 @@ namespace ODF::package {
 
 namespace {
 
-struct Kind {
+struct MediaKind {
     std::string_view key; ///< an extension in lower case, or the first bytes
     std::string_view mediaType;
 };
 
-constexpr std::array<Kind, 34> kExtensions{{
+constexpr std::array<MediaKind, 34> kMediaExtensions{{
     {"xml", "text/xml"},        {"rdf", "application/rdf+xml"},
     {"png", "image/png"},       {"jpg", "image/jpeg"},
     {"jpeg", "image/jpeg"},     {"gif", "image/gif"},
@@ -33,7 +33,7 @@ constexpr std::array<Kind, 34> kExtensions{{
     {"js", "text/javascript"},  {"json", "application/json"},
 }};
 
-constexpr std::array<Kind, 6> kBeginnings{{
+constexpr std::array<MediaKind, 6> kBeginnings{{
     {"\x89PNG\r\n\x1A\n", "image/png"},
     {"\xFF\xD8\xFF", "image/jpeg"},
     {"GIF8", "image/gif"},
@@ -60,10 +60,10 @@ std::string LowerExtension(std::string_view name) {
 
 std::string_view MediaTypeFor(std::string_view name, std::span<const unsigned char> bytes) noexcept {
     const std::string extension = LowerExtension(name); // short enough to need no memory
-    for (const Kind& kind : kExtensions)
+    for (const MediaKind& kind : kMediaExtensions)
         if (kind.key == extension) return kind.mediaType;
     const std::string_view start(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    for (const Kind& kind : kBeginnings)
+    for (const MediaKind& kind : kBeginnings)
         if (start.starts_with(kind.key)) return kind.mediaType;
     return {};
 }

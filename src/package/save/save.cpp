@@ -146,7 +146,7 @@ private:
             if (part->GetTargetMode() != TargetModeInternal || *part->GetContentType() == 0) continue;
             const PartOrigin* const origin = state_.registry.origin(*part);
             if (origin && origin->contentType == part->GetContentType()) continue;
-            const CTulStringW name(u"/" + std::u16string(keyOf(*part).view()));
+            const CTulStringW name(std::u16string(u"/").append(keyOf(*part).view()));
             const unsigned short* const told = types.GetContentType(name, nullptr);
             if (told && ToView(told) == ToView(part->GetContentType())) continue;
             types.RemoveOverride(name);
@@ -238,7 +238,7 @@ private:
         if (!state_.unzip) return true; // the archive's own message follows
         CTulStringW member(WithSlashes(name.view()));
         if (state_.kept.isOpen && state_.unzip->GetItemIndex(member) < 0)
-            member = CTulStringW(u"/" + WithSlashes(name.view()));
+            member = CTulStringW(std::u16string(u"/").append(WithSlashes(name.view())));
         if (state_.unzip->GetItemIndex(member) < 0) return true; // the archive's own message follows
         return platform::CreateFolders(platform::Path(file).parent(), true) &&
                        state_.unzip->Decompress(member, file.c_str()) != 0

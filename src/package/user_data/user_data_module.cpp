@@ -11,8 +11,8 @@ namespace {
 
 namespace platform = ODF::platform;
 
-constexpr const char* kSettingsKey = "Software\\TUL\\Shared\\Serializer";
-constexpr const char* kSettingsName = "module";
+constexpr const char* kSerializerKey = "Software\\TUL\\Shared\\Serializer";
+constexpr const char* kSerializerModule = "module";
 
 /// Loads the module at a path, or by its bare name: from the Common path first, then as the system finds it.
 platform::Module LoadByName(const std::string& name) {
@@ -42,7 +42,7 @@ UserDataModule::~UserDataModule() {
 
 int UserDataModule::Load() {
     if (module) return 1;
-    const auto name = platform::ReadSetting(platform::SettingsRoot::User, kSettingsKey, kSettingsName);
+    const auto name = platform::ReadSetting(platform::SettingsRoot::User, kSerializerKey, kSerializerModule);
     if (!name || name->empty()) return 0;
     platform::Module loaded = LoadByName(*name);
     if (!loaded.isLoaded()) return 0;

@@ -1,9 +1,23 @@
 #include "serial/crypto/base64.h"
 
+#include <array>
+#include <cstdint>
+
 namespace ODF::crypto {
 
 namespace {
 constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr std::int8_t kNone = -1;
+
+constexpr std::array<std::int8_t, 256> Values() {
+    std::array<std::int8_t, 256> values{};
+    for (std::int8_t& value : values)
+        value = kNone;
+    for (std::size_t i = 0; i < kAlphabet.size(); ++i)
+        values[static_cast<unsigned char>(kAlphabet[i])] = static_cast<std::int8_t>(i);
+    return values;
+}
+constexpr auto kValues = Values();
 } // namespace
 
 std::vector<unsigned char> FromBase64(std::string_view text) {
@@ -13,8 +27,8 @@ std::vector<unsigned char> FromBase64(std::string_view text) {
     int count = 0;
     for (const char unit : text) {
         if (unit == ' ' || unit == '\t' || unit == '\r' || unit == '\n') continue;
-        const auto value = kAlphabet.find(unit);
-        if (value == std::string_view::npos) break;
+        const std::int8_t value = kValues[static_cast<unsigned char>(unit)];
+        if (value == kNone) break;
         bits = bits << 6U | static_cast<unsigned>(value);
         count += 6;
         if (count < 8) continue;

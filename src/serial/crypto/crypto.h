@@ -56,7 +56,10 @@ enum class Cipher { BlowfishCfb, AesCbc };
 /// Work in place. Chained data must be a multiple of 16 bytes. False when key, vector or length is refused.
 bool Decrypt(Cipher cipher, ByteView key, ByteView vector, std::span<unsigned char> data);
 bool Encrypt(Cipher cipher, ByteView key, ByteView vector, std::span<unsigned char> data);
-/// AES in Galois counter mode with a 16-byte tag. Decryption is false, with the data wiped, when the tag
+/// What AES in Galois counter mode takes and makes.
+inline constexpr std::size_t kGcmVectorSize = 12;
+inline constexpr std::size_t kGcmTagSize = 16;
+/// AES in Galois counter mode. Decryption is false, with the data wiped, when the tag
 /// doesn't fit.
 bool DecryptGcm(ByteView key, ByteView vector, std::span<unsigned char> data, ByteView tag);
 bool EncryptGcm(ByteView key, ByteView vector, std::span<unsigned char> data, std::span<unsigned char> tag);

@@ -7,8 +7,6 @@ namespace ODF::crypto {
 
 namespace {
 
-constexpr std::size_t kGcmVectorSize = 12;
-constexpr std::size_t kGcmTagSize = 16;
 constexpr std::size_t kAesBlockSize = 16;
 constexpr std::size_t kDefaultKeySize = 16;
 constexpr std::size_t kBlowfishLargestKey = 56;

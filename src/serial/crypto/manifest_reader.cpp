@@ -1,8 +1,7 @@
 #include "serial/crypto/manifest_reader.h"
 
 #include "serial/crypto/base64.h"
-
-#include <expat.h>
+#include "serial/xml/libexpat.h"
 
 #include <algorithm>
 #include <array>

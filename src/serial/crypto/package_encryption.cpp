@@ -12,8 +12,6 @@ namespace {
 constexpr std::size_t kKeySize = 32;
 constexpr std::size_t kSaltSize = 16;
 constexpr std::size_t kBlockSize = 16;
-constexpr std::size_t kGcmVectorSize = 12;
-constexpr std::size_t kGcmTagSize = 16;
 constexpr std::uint32_t kIterations = 100'000;
 
 Bytes Random(std::size_t byteCount) {

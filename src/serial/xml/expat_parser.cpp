@@ -1,17 +1,12 @@
 #include "serial/xml/expat_parser.h"
 
+#include "serial/xml/libexpat.h"
+
 #include <algorithm>
 #include <climits>
 #include <cstring>
 #include <new>
 #include <utility>
-
-// The library declares its bounds on entity expansion only to those who know that it was built with DTD
-// support.
-#ifndef XML_DTD
-#define XML_DTD
-#endif
-#include <expat.h>
 
 namespace ODF::xml {
 

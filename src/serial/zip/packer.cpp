@@ -12,7 +12,7 @@ namespace ODF::archive {
 
 namespace {
 
-constexpr std::size_t kPieceSize = std::size_t{1} << 18;
+constexpr std::size_t kCopySize = std::size_t{1} << 18;
 
 } // namespace
 
@@ -48,7 +48,7 @@ bool Packer::packFile(PackedMember& member, const platform::Path& path, bool isS
     const platform::InputFile file(path);
     if (!file.isOpen()) return false;
     std::vector<unsigned char> buffer(static_cast<std::size_t>(
-        std::min<std::uint64_t>(isStored ? kPieceSize : deflater_.stepBytes(), file.size() + 1)));
+        std::min<std::uint64_t>(isStored ? kCopySize : deflater_.stepBytes(), file.size() + 1)));
     const auto receive = [&](std::span<const unsigned char> deflated) { return spool_.write(deflated); };
     for (bool isFirst = true;; isFirst = false) {
         const std::ptrdiff_t count = file.readAt(member.size, buffer.data(), buffer.size());
@@ -75,7 +75,7 @@ bool Packer::packMember(PackedMember& member, const CSDZipHandle& source, int in
 bool Packer::packCopy(PackedMember& member, const CSDZipHandle& source, int index, const NoteSink& notes) {
     const Member& original = *source.member(index);
     const PackedBytes bytes = CopyOfPacked(source, index, notes);
-    std::vector<unsigned char> buffer(kPieceSize);
+    std::vector<unsigned char> buffer(kCopySize);
     for (std::uint64_t done = 0; done < original.packedSize;) {
         const auto count =
             static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), original.packedSize - done));

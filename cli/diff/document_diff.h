@@ -1,0 +1,26 @@
+#pragma once
+
+#include "diff/tree_diff.h"
+
+#include <odfmodel/document/open_document.h>
+
+#include <string>
+#include <vector>
+
+namespace command {
+
+/// What differs in one member of two documents.
+struct MemberDifference {
+    enum class Kind { OnlyBefore, OnlyAfter, Bytes, Tree };
+    std::string member; ///< "(flat document)" for one of two XML files
+    Kind kind;
+    std::vector<Difference> differences; ///< of trees
+};
+
+/// Compares two documents member by member: those that have a tree by their trees, the others by their bytes.
+/// Two flat documents are compared as one tree. The manifest and the type of the package don't count. With a
+/// name of `only` that member alone.
+std::vector<MemberDifference> CompareDocuments(ODF::Document& before, ODF::Document& after,
+                                               const std::string& only);
+
+} // namespace command
