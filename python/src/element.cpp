@@ -354,7 +354,7 @@ py::str TextOf(const Element& element) {
 std::size_t Replace(const TreePointer& tree, CSDObject& root, const std::string& from,
                     const std::string& to) {
     std::size_t count = 0;
-    KeepBlanks(tree, root, [&] {
+    KeepInline(tree, root, [&] {
         const Unlocked unlocked(*tree);
         count = ODF::ReplaceText(root, from, to);
     });

@@ -2,6 +2,7 @@
 
 #include "classes.h"
 
+#include <odfmodel/core/foreign.h>
 #include <odfmodel/elements/text/paragraph.h>
 
 #include <unordered_set>
@@ -26,9 +27,32 @@ void Rehome(Tree& from, const TreePointer& to, CSDObject& root) {
     }
 }
 
-bool IsBlank(const CSDObject& object) noexcept {
-    const unsigned id = object.GetID();
-    return id == ODF::CTextS::kId || id == ODF::CTextTab::kId || id == ODF::CTextLineBreak::kId;
+/// Whether the children are pieces of a text.
+bool HoldsText(const CSDObject& object) noexcept {
+    switch (object.GetID()) {
+    case ODF::CTextP::kId:
+    case ODF::CTextH::kId:
+    case ODF::CTextSpan::kId:
+    case ODF::CTextA::kId:
+    case ODF::CTextRuby::kId:
+    case ODF::CTextRubyBase::kId:
+    case ODF::kForeignElementId:
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// What lies in a paragraph at or below `root`, or in `root` itself, and has the object at or below it; the
+/// outermost of them, or null. Null, too, for an object that isn't below `root`.
+CSDObject* OutermostInline(CSDObject& object, const CSDObject& root) noexcept {
+    CSDObject* found = nullptr;
+    for (CSDObject* at = &object; at != &root; at = at->Parent()) {
+        const CSDObject* const parent = at->Parent();
+        if (!parent) return nullptr;
+        if (HoldsText(*parent)) found = at;
+    }
+    return found;
 }
 
 /// A copy of an object with all below it, for those who hold something of it.
@@ -160,21 +184,16 @@ void RescueTree(const TreePointer& tree, CSDObject& root) {
         Exchange(tree, *object, copy.tree, *copied);
 }
 
-void KeepBlanks(const TreePointer& tree, CSDObject& root, const std::function<void()>& change) {
+void KeepInline(const TreePointer& tree, CSDObject& root, const std::function<void()>& change) {
     std::unordered_map<CSDObject*, Copy> copies;
-    for (const auto& [object, element] : tree->held) {
-        CSDObject* blank = nullptr;
-        CSDObject* above = object;
-        for (; above && above != &root; above = above->Parent())
-            if (IsBlank(*above)) blank = above;
-        if (above && blank) copies.try_emplace(blank, *blank);
-    }
+    for (const auto& [object, element] : tree->held)
+        if (CSDObject* const part = OutermostInline(*object, root)) copies.try_emplace(part, *part);
     change();
     if (copies.empty()) return;
     std::unordered_set<const CSDObject*> present;
     for (const CSDObject& object : root.Descendants())
         present.insert(&object);
-    for (const auto& [blank, copy] : copies)
+    for (const auto& [part, copy] : copies)
         for (const auto& [object, copied] : copy.pairs)
             if (!present.contains(object)) Exchange(tree, *object, copy.tree, *copied);
 }

@@ -127,9 +127,9 @@ template<typename Filter>
 void RescueChildren(const TreePointer& tree, CSDObject& parent, Filter isDoomed);
 /// Before the objects of a whole tree go: what Python holds of them lives on in a copy.
 void RescueTree(const TreePointer& tree, CSDObject& root);
-/// Calls `change`, which may destroy the elements of blanks, tabs and line ends below `root`; those that
-/// Python holds live on outside the tree then.
-void KeepBlanks(const TreePointer& tree, CSDObject& root, const std::function<void()>& change);
+/// Calls `change`, which may destroy what is in paragraphs at and below `root`. What Python holds of that
+/// lives on outside the tree then, in a copy.
+void KeepInline(const TreePointer& tree, CSDObject& root, const std::function<void()>& change);
 
 bool IsHeldBelow(const Tree& tree, const CSDObject& object);
 

@@ -19,8 +19,11 @@ std::unique_ptr<CSDObject> MakeRun(const CTulStringW& text) {
 bool IsAfterBlank(const std::vector<CSDObject*>& list, std::size_t place) {
     if (place == 0 || !list[place - 1]) return true;
     const CSDObject& object = *list[place - 1];
-    const std::u16string text =
-        ObjectAccess::isTextRun(object) ? std::u16string(ObjectAccess::text(object).view()) : Text16(object);
+    std::u16string text;
+    if (ObjectAccess::isTextRun(object))
+        text = ObjectAccess::text(object).view();
+    else if (IsInline(object))
+        text = Text16(object);
     return text.empty() || text.back() <= u' ';
 }
 
