@@ -162,7 +162,7 @@ private:
             else if (name == "fixed_time")
                 options.fixedTime = value.cast<std::int64_t>();
             else if (name == "progress")
-                options.progress = watch(py::reinterpret_borrow<py::object>(value));
+                options.progress = watch(value);
             else
                 throw py::type_error("saving has no option '" + name + "'");
         }
@@ -179,7 +179,8 @@ private:
     }
 
     /// Asks the caller's function and for signals, such as that of Ctrl+C, a few times a second.
-    static ODF::ProgressCallback watch(const py::object& progress) {
+    /// The function is the caller's: the callback may be copied without the interpreter's lock.
+    static ODF::ProgressCallback watch(py::handle progress) {
         using Clock = std::chrono::steady_clock;
         return [progress, last = Clock::now()](const ODF::Progress& state) mutable {
             constexpr std::chrono::milliseconds pause(50);

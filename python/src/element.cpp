@@ -79,6 +79,7 @@ py::list WrapAll(const TreePointer& tree, const std::vector<CSDObject*>& objects
 
 py::list FindAll(const Element& root, const py::object& what) {
     const Path path(what);
+    const NoCollection noCollection;
     std::vector<CSDObject*> found;
     {
         const auto unlocked = UnlockedIfLarge(root);
@@ -169,6 +170,7 @@ void Clear(const Element& element) {
 
 /// Elements, comments and texts, as they are in the file.
 py::list Content(const Element& element) {
+    const NoCollection noCollection;
     py::list content;
     const std::string value = ODF::TextOf(*element);
     if (!value.empty() && element->GetID() != ODF::kCommentId) content.append(ToPython(value));
@@ -181,6 +183,7 @@ py::list Content(const Element& element) {
 }
 
 py::object GetItem(const Element& parent, const py::object& index) {
+    const NoCollection noCollection;
     const std::vector<CSDObject*> elements = ElementsIn(parent);
     if (py::isinstance<py::slice>(index)) return WrapAll(parent.tree(), elements)[index];
     if (!PyIndex_Check(index.ptr())) throw py::type_error("children are got by a number or a slice");

@@ -113,7 +113,8 @@ bool Element::isElement(PyObject* object) {
 Element Wrap(const TreePointer& tree, CSDObject& object) {
     RequireIdle(*tree);
     const auto at = tree->held.find(&object);
-    if (at != tree->held.end())
+    // One that is just being freed may still be there.
+    if (at != tree->held.end() && Py_REFCNT(at->second) > 0)
         return py::reinterpret_borrow<Element>(reinterpret_cast<PyObject*>(at->second));
     PyTypeObject* const type = TypeOf(object); // may run Python
     PyObject* const made = type->tp_alloc(type, 0);
@@ -122,7 +123,7 @@ Element Wrap(const TreePointer& tree, CSDObject& object) {
     new (&element->tree) TreePointer(tree);
     element->object = &object;
     Element result = py::reinterpret_steal<Element>(made);
-    tree->held.emplace(&object, element);
+    tree->held.insert_or_assign(&object, element);
     return result;
 }
 

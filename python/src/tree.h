@@ -89,6 +89,21 @@ private:
     PyThreadState* state_;
 };
 
+/// Keeps Python from collecting garbage, which may run code that changes the tree, while pointers into it are
+/// used.
+class NoCollection {
+public:
+    NoCollection() noexcept : was_(PyGC_Disable()) {}
+    NoCollection(const NoCollection&) = delete;
+    NoCollection& operator=(const NoCollection&) = delete;
+    ~NoCollection() {
+        if (was_) PyGC_Enable();
+    }
+
+private:
+    int was_;
+};
+
 /// An element as argument and result of what Python calls.
 class Element : public py::object {
 public:
