@@ -121,6 +121,14 @@ class Document(_core.Document):
             raise ValueError("a password can't be empty")
         self._set_password(password or "")
 
+    def to_flat(self):
+        """The same document as one XML file, such as .fodt; `notes` tells what has no place in it."""
+        return _made(self._flat(), None)
+
+    def to_package(self):
+        """The same document, that was opened from one XML file, as a package."""
+        return _made(self._package(), None)
+
     path = None
 
     def __repr__(self):

@@ -91,8 +91,8 @@ def register_pandas_engine():
             self.raise_if_bad_sheet_by_name(name)
             return self.book.sheets[name]
 
-        def get_sheet_data(self, sheet, file_rows_needed=None):
-            rows = itertools.islice(sheet.rows(), file_rows_needed)
+        def get_sheet_data(self, sheet, *options):  # the number of rows is the last in all versions
+            rows = itertools.islice(sheet.rows(), options[-1] if options else None)
             return [["" if value is None else value for value in row] for row in rows]
 
     ExcelFile._engines["odfmodel"] = Reader

@@ -4,7 +4,11 @@
 #include "element.h"
 #include "errors.h"
 #include "sheet.h"
+#include "values.h"
 
+#include <odfmodel/document/document_text.h>
+#include <odfmodel/document/fields.h>
+#include <odfmodel/document/flat.h>
 #include <odfmodel/document/sheet.h>
 #include <odfmodel/document/text.h>
 #include <odfmodel/elements/elements.h>
@@ -60,6 +64,20 @@ public:
         return tree_->document;
     }
     ODF::Document* operator->() const { return &**this; }
+    /// The same document as one XML file, or as a package.
+    Document convert(ODF::Result (*change)(ODF::Document&, ODF::Document&)) const {
+        Document made;
+        ODF::Result result;
+        ODF::Document& source = **this;
+        {
+            const Unlocked unlocked(*tree_);
+            result = change(source, made.tree_->document);
+        }
+        Require(result);
+        made.notes_ = NotesOf(result);
+        return made;
+    }
+
     bool isClosed() const noexcept { return !tree_; }
     void close() noexcept { tree_.reset(); }
     const py::list& notes() const noexcept { return notes_; }
@@ -144,7 +162,7 @@ private:
             else if (name == "fixed_time")
                 options.fixedTime = value.cast<std::int64_t>();
             else if (name == "progress")
-                options.progress = watch(py::reinterpret_borrow<py::object>(value));
+                options.progress = watch(value);
             else
                 throw py::type_error("saving has no option '" + name + "'");
         }
@@ -161,7 +179,8 @@ private:
     }
 
     /// Asks the caller's function and for signals, such as that of Ctrl+C, a few times a second.
-    static ODF::ProgressCallback watch(const py::object& progress) {
+    /// The function is the caller's: the callback may be copied without the interpreter's lock.
+    static ODF::ProgressCallback watch(py::handle progress) {
         using Clock = std::chrono::steady_clock;
         return [progress, last = Clock::now()](const ODF::Progress& state) mutable {
             constexpr std::chrono::milliseconds pause(50);
@@ -228,6 +247,36 @@ py::object AddSheet(const Document& document, const std::string& name) {
     return MakeSheet(Wrap(document.tree(), sheet->Table()));
 }
 
+py::list Lines(const Document& document) {
+    std::vector<std::string> lines;
+    const TreePointer tree = document.tree();
+    ODF::Document& source = *document;
+    bool isWhole = true;
+    {
+        const Unlocked unlocked(*tree);
+        isWhole = ODF::ForEachLine(source, [&](std::string_view line) { lines.emplace_back(line); });
+    }
+    if (!isWhole) throw py::value_error("repeated cells make too much text");
+    py::list list;
+    for (const std::string& line : lines)
+        list.append(ToPython(line));
+    return list;
+}
+
+std::size_t Fill(const Document& document, const std::string& name, const py::object& value) {
+    const ODF::CellValue given = FromPython(value);
+    ODF::Document& source = *document;
+    std::size_t count = 0;
+    for (CSDObject* const root :
+         std::initializer_list<CSDObject*>{source.Content(), source.Styles(), source.Flat()})
+        if (root)
+            KeepInline(document.tree(), *root, [&] {
+                const ODF::FilledFields filled = ODF::FillField(*root, name, given);
+                count += filled.values + filled.shown + filled.placeholders;
+            });
+    return count;
+}
+
 template<typename Root>
 auto RootOf(Root* (ODF::Document::*get)()) {
     return [get](const Document& self) { return self.root(get); };
@@ -260,14 +309,30 @@ void BindDocument(py::module_& module) {
         .def_property_readonly("formula", RootOf(&D::Formula))
         .def_property_readonly("flat", RootOf(&D::Flat))
         .def_property_readonly("body", [](const Document& self) { return Wrap(self.tree(), BodyOf(self)); })
-        .def("root", &Document::member, py::arg("member"))
-        .def("text", [](const Document& self) { return TextOf(Wrap(self.tree(), BodyOf(self))); })
+        .def("root", &Document::member, py::arg("member"), "The root of a member's tree.")
+        .def(
+            "text", [](const Document& self) { return TextOf(Wrap(self.tree(), BodyOf(self))); },
+            "The text of all paragraphs of the body, a line each.")
         .def(
             "replace",
             [](const Document& self, const std::string& from, const std::string& to) {
                 return Replace(self.tree(), BodyOf(self), from, to);
             },
             py::arg("old"), py::arg("new"))
+        .def("lines", Lines,
+             "The text as one reads it, line by line: with the labels of lists, and the rows of sheets.")
+        .def("fill", Fill, py::arg("name"), py::arg("value"),
+             "Gives a user field, variable or placeholder a value, wherever it is; returns at how many "
+             "places.")
+        .def("field_names",
+             [](const Document& self) {
+                 py::list names;
+                 for (const std::string& name : ODF::FieldNames(*self))
+                     names.append(ToPython(name));
+                 return names;
+             })
+        .def("_flat", [](const Document& self) { return self.convert(ODF::ToFlat); })
+        .def("_package", [](const Document& self) { return self.convert(ODF::ToPackage); })
         .def("_sheets", Sheets)
         .def("_add_sheet", AddSheet)
         .def("_members",

@@ -79,6 +79,7 @@ py::list WrapAll(const TreePointer& tree, const std::vector<CSDObject*>& objects
 
 py::list FindAll(const Element& root, const py::object& what) {
     const Path path(what);
+    const NoCollection noCollection;
     std::vector<CSDObject*> found;
     {
         const auto unlocked = UnlockedIfLarge(root);
@@ -92,9 +93,18 @@ py::object Find(const Element& root, const py::object& what) {
     return WrapOrNone(root.tree(), found.empty() ? nullptr : found.front());
 }
 
+/// Adds a text; that of an element which no class lists stays as it is.
+bool AddText(CSDObject& parent, const std::string& text, CSDObject* before) {
+    if (parent.GetID() != ODF::kForeignElementId) return ODF::AddText(parent, text, before);
+    std::unique_ptr<CSDObject> run(CSDStringValueObject::Create(ODF::kTextRunId));
+    static_cast<CSDStringValueObject&>(*run).Setval(CTulStringW(text));
+    const auto change = before ? parent.Insert(std::move(run), *before) : parent.Append(std::move(run));
+    return change == ODF::TreeChange::Done;
+}
+
 void Put(const Element& parent, const py::object& child, CSDObject* before) {
     if (py::isinstance<py::str>(child)) {
-        if (!ODF::AddText(*parent, child.cast<std::string>(), before))
+        if (!AddText(*parent, child.cast<std::string>(), before))
             throw py::type_error(TagOf(*parent) + " holds no text of its own");
         parent.tree()->version = NextVersion();
     } else if (py::isinstance<Element>(child)) {
@@ -108,6 +118,9 @@ void Insert(const Element& parent, Py_ssize_t index, const py::object& child) {
     const std::vector<CSDObject*> elements = ElementsIn(parent);
     const auto count = static_cast<Py_ssize_t>(elements.size());
     if (index < 0) index = std::max<Py_ssize_t>(index + count, 0);
+    if (index == 0) // also in front of text
+        for (CSDObject& first : parent->Children())
+            return Put(parent, child, &first);
     Put(parent, child, index < count ? elements[static_cast<std::size_t>(index)] : nullptr);
 }
 
@@ -123,10 +136,22 @@ void Remove(const Element& parent, const Element& child) {
     Detach(child.tree(), *child);
 }
 
+void DropChildren(const Element& element) {
+    RescueChildren(element.tree(), *element, [](const CSDObject&) { return true; });
+    if (std::vector<CSDObject*>* const list = element->GetObjectList())
+        for (CSDObject* const child : std::exchange(*list, {}))
+            CSDObject::Delete(child);
+}
+
 void SetText(const Element& element, const std::string& text) {
     CSDObject& object = *element;
     if (object.GetID() == ODF::kCommentId) {
         static_cast<CSDStringValueObject&>(object).Setval(CTulStringW(text));
+        return;
+    }
+    if (object.GetID() == ODF::kForeignElementId) {
+        DropChildren(element);
+        AddText(object, text, nullptr);
         return;
     }
     const std::unique_ptr<CSDObject> trial(object.HasChildList() ? MakeElement(TagOf(object)) : nullptr);
@@ -138,17 +163,14 @@ void SetText(const Element& element, const std::string& text) {
 }
 
 void Clear(const Element& element) {
-    CSDObject& object = *element;
-    RescueChildren(element.tree(), object, [](const CSDObject&) { return true; });
+    DropChildren(element);
+    ODF::SetText(*element, "");
     element.tree()->version = NextVersion();
-    if (ODF::SetText(object, "")) return;
-    if (std::vector<CSDObject*>* const list = object.GetObjectList())
-        for (CSDObject* const child : std::exchange(*list, {}))
-            CSDObject::Delete(child);
 }
 
 /// Elements, comments and texts, as they are in the file.
 py::list Content(const Element& element) {
+    const NoCollection noCollection;
     py::list content;
     const std::string value = ODF::TextOf(*element);
     if (!value.empty() && element->GetID() != ODF::kCommentId) content.append(ToPython(value));
@@ -161,6 +183,7 @@ py::list Content(const Element& element) {
 }
 
 py::object GetItem(const Element& parent, const py::object& index) {
+    const NoCollection noCollection;
     const std::vector<CSDObject*> elements = ElementsIn(parent);
     if (py::isinstance<py::slice>(index)) return WrapAll(parent.tree(), elements)[index];
     if (!PyIndex_Check(index.ptr())) throw py::type_error("children are got by a number or a slice");
@@ -276,8 +299,9 @@ void BindChanging() {
                 Append(self, py::reinterpret_borrow<py::object>(child));
         },
         py::arg("children"), "Appends each of the children.");
-    DefineMethod("insert", Insert, py::arg("index"), py::arg("child"),
-                 "Puts an element or a text in front of the child with that index.");
+    DefineMethod(
+        "insert", Insert, py::arg("index"), py::arg("child"),
+        "Puts an element or a text in front of the child with that index; 0 is in front of all text, too.");
     DefineMethod(
         "add_before", [](const Element& self, const py::object& other) { AddBeside(self, other, false); },
         py::arg("other"), "Puts an element or a text in front of this one.");
@@ -333,7 +357,7 @@ py::str TextOf(const Element& element) {
 std::size_t Replace(const TreePointer& tree, CSDObject& root, const std::string& from,
                     const std::string& to) {
     std::size_t count = 0;
-    KeepBlanks(tree, root, [&] {
+    KeepInline(tree, root, [&] {
         const Unlocked unlocked(*tree);
         count = ODF::ReplaceText(root, from, to);
     });

@@ -154,9 +154,9 @@ private:
         case CellKind::Bool:
             return py::bool_(slot.whole != 0);
         case CellKind::Date:
-            return ValueToPython(ODF::CellValue::Date(PrintDate(slot.whole)));
+            return DateToPython(slot.whole);
         case CellKind::Time:
-            return ValueToPython(ODF::CellValue::Time(PrintDuration(slot.whole)));
+            return DurationToPython(slot.whole);
         case CellKind::Text: {
             py::object& string = strings_[static_cast<std::size_t>(slot.whole)];
             if (!string) string = ToPython(std::string_view(texts_[static_cast<std::size_t>(slot.whole)]));

@@ -130,6 +130,7 @@ public:
 
     py::list next() {
         if (row_ > range_.last.row) throw py::stop_iteration();
+        const NoCollection noCollection;
         const std::uint32_t width = range_.last.column - range_.first.column + 1;
         py::list values(width);
         for (std::uint32_t i = 0; i < width; ++i)

@@ -2,6 +2,7 @@
 
 #include "classes.h"
 
+#include <odfmodel/core/foreign.h>
 #include <odfmodel/elements/text/paragraph.h>
 
 #include <unordered_set>
@@ -25,6 +26,50 @@ void Rehome(Tree& from, const TreePointer& to, CSDObject& root) {
         move(object);
     }
 }
+
+/// Whether the children are pieces of a text.
+bool HoldsText(const CSDObject& object) noexcept {
+    switch (object.GetID()) {
+    case ODF::CTextP::kId:
+    case ODF::CTextH::kId:
+    case ODF::CTextSpan::kId:
+    case ODF::CTextA::kId:
+    case ODF::CTextRuby::kId:
+    case ODF::CTextRubyBase::kId:
+    case ODF::kForeignElementId:
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// What lies in a paragraph at or below `root`, or in `root` itself, and has the object at or below it; the
+/// outermost of them, or null. Null, too, for an object that isn't below `root`.
+CSDObject* OutermostInline(CSDObject& object, const CSDObject& root) noexcept {
+    CSDObject* found = nullptr;
+    for (CSDObject* at = &object; at != &root; at = at->Parent()) {
+        const CSDObject* const parent = at->Parent();
+        if (!parent) return nullptr;
+        if (HoldsText(*parent)) found = at;
+    }
+    return found;
+}
+
+/// A copy of an object with all below it, for those who hold something of it.
+struct Copy {
+    explicit Copy(CSDObject& object) {
+        std::unique_ptr<CSDObject> made = object.Clone();
+        if (!made) throw py::type_error("an element that is held can't be copied");
+        pairs.emplace_back(&object, made.get());
+        auto at = made->Descendants().begin();
+        for (CSDObject& below : object.Descendants())
+            pairs.emplace_back(&below, &*at++);
+        tree = std::make_shared<LooseTree>(std::move(made));
+    }
+    TreePointer tree;
+    std::vector<std::pair<CSDObject*, CSDObject*>>
+        pairs; ///< what was copied, which may be gone, and the copies
+};
 
 /// The Python object goes over to another element.
 void Exchange(const TreePointer& from, CSDObject& old, const TreePointer& to, CSDObject& object) {
@@ -68,7 +113,8 @@ bool Element::isElement(PyObject* object) {
 Element Wrap(const TreePointer& tree, CSDObject& object) {
     RequireIdle(*tree);
     const auto at = tree->held.find(&object);
-    if (at != tree->held.end())
+    // One that is just being freed may still be there.
+    if (at != tree->held.end() && Py_REFCNT(at->second) > 0)
         return py::reinterpret_borrow<Element>(reinterpret_cast<PyObject*>(at->second));
     PyTypeObject* const type = TypeOf(object); // may run Python
     PyObject* const made = type->tp_alloc(type, 0);
@@ -77,7 +123,7 @@ Element Wrap(const TreePointer& tree, CSDObject& object) {
     new (&element->tree) TreePointer(tree);
     element->object = &object;
     Element result = py::reinterpret_steal<Element>(made);
-    tree->held.emplace(&object, element);
+    tree->held.insert_or_assign(&object, element);
     return result;
 }
 
@@ -134,36 +180,23 @@ bool IsHeldBelow(const Tree& tree, const CSDObject& object) {
 
 void RescueTree(const TreePointer& tree, CSDObject& root) {
     if (!IsHeldBelow(*tree, root)) return;
-    std::unique_ptr<CSDObject> copy = root.Clone();
-    if (!copy) throw py::type_error("elements of this member are held and can't be copied");
-    CSDObject& copied = *copy;
-    const TreePointer loose = std::make_shared<LooseTree>(std::move(copy));
-    Exchange(tree, root, loose, copied);
-    auto at = copied.Descendants().begin();
-    for (CSDObject& object : root.Descendants())
-        Exchange(tree, object, loose, *at++);
+    const Copy copy(root);
+    for (const auto& [object, copied] : copy.pairs)
+        Exchange(tree, *object, copy.tree, *copied);
 }
 
-void KeepBlanks(const TreePointer& tree, CSDObject& root, const std::function<void()>& change) {
-    std::vector<std::pair<CSDObject*, std::unique_ptr<CSDObject>>> kept;
-    for (const auto& [object, element] : tree->held) {
-        const unsigned id = object->GetID();
-        if (id != ODF::CTextS::kId && id != ODF::CTextTab::kId && id != ODF::CTextLineBreak::kId) continue;
-        const CSDObject* above = object;
-        while (above && above != &root)
-            above = above->Parent();
-        if (above) kept.emplace_back(object, object->Clone());
-    }
+void KeepInline(const TreePointer& tree, CSDObject& root, const std::function<void()>& change) {
+    std::unordered_map<CSDObject*, Copy> copies;
+    for (const auto& [object, element] : tree->held)
+        if (CSDObject* const part = OutermostInline(*object, root)) copies.try_emplace(part, *part);
     change();
-    if (kept.empty()) return;
+    if (copies.empty()) return;
     std::unordered_set<const CSDObject*> present;
     for (const CSDObject& object : root.Descendants())
         present.insert(&object);
-    for (auto& [object, copy] : kept) {
-        if (present.contains(object)) continue;
-        CSDObject& copied = *copy;
-        Exchange(tree, *object, std::make_shared<LooseTree>(std::move(copy)), copied);
-    }
+    for (const auto& [part, copy] : copies)
+        for (const auto& [object, copied] : copy.pairs)
+            if (!present.contains(object)) Exchange(tree, *object, copy.tree, *copied);
 }
 
 } // namespace odfpython

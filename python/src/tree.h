@@ -89,6 +89,21 @@ private:
     PyThreadState* state_;
 };
 
+/// Keeps Python from collecting garbage, which may run code that changes the tree, while pointers into it are
+/// used.
+class NoCollection {
+public:
+    NoCollection() noexcept : was_(PyGC_Disable()) {}
+    NoCollection(const NoCollection&) = delete;
+    NoCollection& operator=(const NoCollection&) = delete;
+    ~NoCollection() {
+        if (was_) PyGC_Enable();
+    }
+
+private:
+    int was_;
+};
+
 /// An element as argument and result of what Python calls.
 class Element : public py::object {
 public:
@@ -101,7 +116,8 @@ public:
     CSDObject* operator->() const { return &**this; }
     /// The object for the thread that works on the tree.
     CSDObject& raw() const { return *held().object; }
-    const TreePointer& tree() const { return held().tree; }
+    /// A pointer of its own: the element may go to another tree while it is used.
+    TreePointer tree() const { return held().tree; }
 
 private:
     ElementObject& held() const { return *reinterpret_cast<ElementObject*>(ptr()); }
@@ -126,9 +142,9 @@ template<typename Filter>
 void RescueChildren(const TreePointer& tree, CSDObject& parent, Filter isDoomed);
 /// Before the objects of a whole tree go: what Python holds of them lives on in a copy.
 void RescueTree(const TreePointer& tree, CSDObject& root);
-/// Calls `change`, which may destroy the elements of blanks, tabs and line ends below `root`; those that
-/// Python holds live on outside the tree then.
-void KeepBlanks(const TreePointer& tree, CSDObject& root, const std::function<void()>& change);
+/// Calls `change`, which may destroy what is in paragraphs at and below `root`. What Python holds of that
+/// lives on outside the tree then, in a copy.
+void KeepInline(const TreePointer& tree, CSDObject& root, const std::function<void()>& change);
 
 bool IsHeldBelow(const Tree& tree, const CSDObject& object);
 

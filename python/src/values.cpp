@@ -118,23 +118,25 @@ py::object Checked(PyObject* made) {
     return py::reinterpret_steal<py::object>(made);
 }
 
-py::object DateToPython(const std::string& text) {
-    const auto at = ParseMoment(text);
-    if (!at) return ToPython(std::string_view(text));
+py::object MomentToPython(const Moment& at) {
     ImportDates();
-    return Checked(PyDateTime_FromDateAndTime(at->year, at->month, at->day, at->hour, at->minute, at->second,
-                                              static_cast<int>(at->nanoseconds / 1000)));
+    return Checked(PyDateTime_FromDateAndTime(at.year, at.month, at.day, at.hour, at.minute, at.second,
+                                              static_cast<int>(at.nanoseconds / 1000)));
 }
 
-py::object TimeToPython(const std::string& text) {
-    const auto time = ParseDuration(text);
-    if (!time) return ToPython(std::string_view(text));
-    ImportDates();
-    const std::int64_t microseconds = *time / 1000;
-    constexpr std::int64_t day = 86'400'000'000;
-    return Checked(PyDelta_FromDSU(static_cast<int>(microseconds / day),
-                                   static_cast<int>(microseconds % day / 1'000'000),
-                                   static_cast<int>(microseconds % 1'000'000)));
+Moment MomentOf(std::int64_t nanoseconds) noexcept {
+    const std::chrono::sys_time<std::chrono::nanoseconds> time{std::chrono::nanoseconds(nanoseconds)};
+    const auto days = std::chrono::floor<std::chrono::days>(time);
+    const std::chrono::year_month_day date(days);
+    const std::int64_t rest = (time - days).count();
+    const auto seconds = static_cast<int>(rest / kSecond);
+    return {static_cast<int>(date.year()),
+            static_cast<int>(static_cast<unsigned>(date.month())),
+            static_cast<int>(static_cast<unsigned>(date.day())),
+            seconds / 3600,
+            seconds / 60 % 60,
+            seconds % 60,
+            rest % kSecond};
 }
 
 std::optional<ODF::CellValue> DateFromPython(PyObject* value) {
@@ -212,14 +214,20 @@ std::optional<std::int64_t> ParseDuration(std::string_view iso) noexcept {
 }
 
 std::string PrintDate(std::int64_t nanoseconds) {
-    const std::chrono::sys_time<std::chrono::nanoseconds> time{std::chrono::nanoseconds(nanoseconds)};
-    const auto days = std::chrono::floor<std::chrono::days>(time);
-    const std::chrono::year_month_day date(days);
-    const std::int64_t rest = (time - days).count();
-    const auto seconds = static_cast<int>(rest / kSecond);
-    return PrintMoment({static_cast<int>(date.year()), static_cast<int>(static_cast<unsigned>(date.month())),
-                        static_cast<int>(static_cast<unsigned>(date.day())), seconds / 3600,
-                        seconds / 60 % 60, seconds % 60, rest % kSecond});
+    return PrintMoment(MomentOf(nanoseconds));
+}
+
+py::object DateToPython(std::int64_t nanoseconds) {
+    return MomentToPython(MomentOf(nanoseconds));
+}
+
+py::object DurationToPython(std::int64_t nanoseconds) {
+    ImportDates();
+    const std::int64_t microseconds = nanoseconds / 1000;
+    constexpr std::int64_t day = 86'400'000'000;
+    return Checked(PyDelta_FromDSU(static_cast<int>(microseconds / day),
+                                   static_cast<int>(microseconds % day / 1'000'000),
+                                   static_cast<int>(microseconds % 1'000'000)));
 }
 
 std::string PrintDuration(std::int64_t nanoseconds) {
@@ -244,9 +252,11 @@ py::object ValueToPython(const ODF::CellValue& value) {
     case ODF::CellKind::Bool:
         return py::bool_(value.Bool());
     case ODF::CellKind::Date:
-        return DateToPython(value.Text());
+        if (const auto moment = ParseMoment(value.Text())) return MomentToPython(*moment);
+        return ToPython(std::string_view(value.Text()));
     case ODF::CellKind::Time:
-        return TimeToPython(value.Text());
+        if (const auto time = ParseDuration(value.Text())) return DurationToPython(*time);
+        return ToPython(std::string_view(value.Text()));
     case ODF::CellKind::Text:
         return ToPython(std::string_view(value.Text()));
     case ODF::CellKind::Empty:

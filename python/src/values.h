@@ -20,6 +20,9 @@ ODF::CellValue FromPython(py::handle value);
 /// Nanoseconds since 1970 of "2024-01-31T12:30:00", and those of "PT12H30M"; nothing for what doesn't fit.
 std::optional<std::int64_t> ParseDate(std::string_view iso) noexcept;
 std::optional<std::int64_t> ParseDuration(std::string_view iso) noexcept;
+/// A datetime and a timedelta of them.
+py::object DateToPython(std::int64_t nanoseconds);
+py::object DurationToPython(std::int64_t nanoseconds);
 /// Back again.
 std::string PrintDate(std::int64_t nanoseconds);
 std::string PrintDuration(std::int64_t nanoseconds);

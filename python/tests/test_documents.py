@@ -6,7 +6,7 @@ from concurrent.futures import ThreadPoolExecutor
 import pytest
 
 import odfmodel
-from odfmodel.text import P
+from odfmodel.text import List, ListItem, P, Placeholder
 
 
 def test_document_opens_from_path_bytes_and_file(letter, tmp_path):
@@ -53,7 +53,7 @@ def test_failures_are_exceptions_with_status_and_place(letter, tmp_path):
     with pytest.raises(odfmodel.DamagedError) as fault:
         odfmodel.open(damaged)
     assert (fault.value.status, fault.value.member) == (odfmodel.Status.Damaged, "content.xml")
-    assert fault.value.line == 1 and fault.value.column > 100 and fault.value.notes
+    assert fault.value.line == 2 and fault.value.column > 100 and fault.value.notes
     document = odfmodel.open(damaged, recover=True)
     assert not document.is_whole and document.body.tag == "office:text" and document.notes
     with pytest.raises(odfmodel.Error):
@@ -72,6 +72,21 @@ def test_password_is_needed_and_kept(letter, again):
     assert document.is_encrypted and document.text() == letter.text()
     document.set_password(None)
     assert not again(document).is_encrypted
+
+
+def test_fields_are_filled_and_those_held_live_on(letter, again):
+    letter.body[0].append(Placeholder("<Name>", placeholder_type="text"))
+    held = letter.find(Placeholder)
+    assert letter.field_names() == ["Name"] and letter.fill("Name", "Lovelace") == 1 and letter.fill("No", 1) == 0
+    assert again(letter).body[0].text == "Dear Ada,Lovelace" and letter.find(Placeholder) is None
+    assert held.tag == "text:placeholder" and held.parent is None
+
+
+def test_document_is_the_same_as_one_xml_file(letter):
+    letter.body.append(List(ListItem(P("item"))))
+    flat = letter.to_flat()
+    assert flat.is_flat and odfmodel.open(flat.tobytes()).to_package().lines() == letter.lines() == [
+        "Dear Ada,", "your  order No. 7 is here.", "Bye", letter.lines()[3]] and letter.lines()[3].endswith("item")
 
 
 def test_members_are_a_mapping_of_bytes(letter, again):

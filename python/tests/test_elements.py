@@ -14,19 +14,23 @@ def texts(element):
     return [child.text for child in element]
 
 
+def shape(root):
+    return [(element.tag, dict(element.attrib), element.text) for element in root.iter()]
+
+
 def test_built_document_reads_back_as_it_was_built(letter, again):
     letter.body.append(List(ListItem(P("a\tb")), ListItem(P("c\nd"))))
     opened = again(letter)
     assert opened.text() == letter.text() == "Dear Ada,\nyour  order No. 7 is here.\nBye\na\tb\nc\nd"
     assert [child.tag for child in opened.body] == ["text:p", "text:p", "text:p", "text:list"]
-    assert opened.body.to_xml() == letter.body.to_xml()
+    assert shape(opened.body) == shape(letter.body)
 
 
 def test_elements_are_found_by_class_tag_and_path(letter):
     body = letter.body
     assert body.find(P) is body[0] is body.find("text:p") and body.find(H) is None
     assert [p.text for p in body.findall(P)] == texts(body) and len(body) == 3
-    assert body.findall(Span) == [] and body.findall(".//text:span") == list(body.iter(Span)) == body[1].findall("*")
+    assert body.findall(Span) == [] and body.findall(".//text:span") == list(body.iter(Span)) == body[1].findall("*")[2:]
     assert body.findall("text:p/text:span") == letter.findall(Span) and letter.find(Span).text == "No. 7"
     assert letter.content.find("office:body/office:text") is body
     assert body[-1].text == "Bye" and body[1:] == [body[1], body[2]]
@@ -42,7 +46,7 @@ def test_neighbours_pass_over_text_and_comments(letter):
     assert span.parent is letter.body[1] and span.next is None and span.previous.tag == "text:s"
     assert letter.body[0].next is letter.body[1] and letter.content.parent is None
     assert [part if isinstance(part, str) else part.tag for part in letter.body[1].content] == [
-        "your ", "text:s", "order", "text:s", "text:span", "text:s", "is here."]
+        "your ", "text:s", "order", "text:s", "text:span", " is here."]
 
 
 @pytest.mark.parametrize("name, value, text", [
@@ -96,7 +100,7 @@ def test_text_set_and_added_is_read_back():
     p[-1].add_after(" end ")
     assert p.text == "0 a  b\nc end "
     link = A("go ", Span("there"), " now", href="x")
-    assert link.text == "go there now" and "go " in link.to_xml()
+    assert link.text == "go there now" and "<text:span>there</text:span> now<" in link.to_xml()
     p.text = " x\ty "
     assert p.text == " x\ty " and [child.tag for child in p] == ["text:s", "text:tab", "text:s"]
     title = Title("One")
@@ -124,7 +128,7 @@ def test_elements_move_and_refuse_what_breaks_the_tree(letter):
     for action, error in [(lambda: second.append(body), ValueError), (lambda: items[0][0].append(items), ValueError),
                           (lambda: body.append(letter.content), ValueError), (lambda: body.remove(items), ValueError),
                           (lambda: P().detach(), ValueError), (lambda: body.append(None), TypeError),
-                          (lambda: letter.meta.find(".//meta:creation-date").append(P()), TypeError),
+                          (lambda: odfmodel.element("meta:creation-date").append(P()), TypeError),
                           (lambda: P().add_after(P()), ValueError)]:
         with pytest.raises(error):
             action()
@@ -145,7 +149,7 @@ def test_copy_stands_alone(letter):
     second = letter.body[1]
     for made in (second.clone(), copy.copy(second), copy.deepcopy(second)):
         assert made.to_xml() == second.to_xml() and made.parent is None
-        made[3].text = "No. 8"
+        made[2].text = "No. 8"
     assert second.text == "your  order No. 7 is here."
 
 
@@ -197,6 +201,7 @@ def test_random_changes_keep_every_held_element_valid():
     chance = random.Random(13)
     documents = [odfmodel.new("text") for _ in range(2)]
     held = [document.body for document in documents]
+    bodies = list(held)
     for step in range(3000):
         element, other = chance.choice(held), chance.choice(held)
         action = chance.randrange(9)
@@ -205,17 +210,17 @@ def test_random_changes_keep_every_held_element_valid():
                 element.append(chance.choice([P, Span, ListItem, List])())
             elif action == 1:
                 element.append(chance.choice(["a b", "  x\ty", "\n"]))
-            elif action == 2:
+            elif action == 2 and other not in bodies:
                 element.append(other)
-            elif action == 3:
+            elif action == 3 and element not in bodies:
                 element.detach()
             elif action == 4:
                 element.text = "some  text\n"
             elif action == 5:
                 element.replace(" ", "\t")
             elif action == 6:
-                element.append(other.clone()) if len(other) < 20 else other.clear()
-            elif action == 7:
+                element.append(other.clone()) if len(list(other.iter())) < 50 else other.clear()
+            elif action == 7 and element not in bodies:
                 other.insert(0, element)
             else:
                 held.append(chance.choice(list(element.iter())))
@@ -224,7 +229,7 @@ def test_random_changes_keep_every_held_element_valid():
         if len(held) > 60:
             chance.shuffle(held)
             del held[30:]
-            held += [document.body for document in documents]
+            held += bodies
         if step % 50 == 0:
             for element in held:
                 for child in element:
@@ -232,4 +237,4 @@ def test_random_changes_keep_every_held_element_valid():
                 assert element.parent is None or element in list(element.parent)
                 assert element.to_xml().count("<") > 0 and isinstance(element.text, str)
     for document in documents:
-        assert odfmodel.open(document.tobytes()).body.to_xml() == document.body.to_xml()
+        assert shape(odfmodel.open(document.tobytes()).body) == shape(document.body)

@@ -14,6 +14,19 @@ std::unique_ptr<CSDObject> MakeRun(const CTulStringW& text) {
     return run;
 }
 
+/// Whether a blank behind what stands in front of `place` would be dropped; that is taken to be so where it
+/// isn't known.
+bool IsAfterBlank(const std::vector<CSDObject*>& list, std::size_t place) {
+    if (place == 0 || !list[place - 1]) return true;
+    const CSDObject& object = *list[place - 1];
+    std::u16string text;
+    if (ObjectAccess::isTextRun(object))
+        text = ObjectAccess::text(object).view();
+    else if (IsInline(object))
+        text = Text16(object);
+    return text.empty() || text.back() <= u' ';
+}
+
 } // namespace
 
 bool AddText(CSDObject& element, std::string_view text, const CSDObject* before) {
@@ -32,7 +45,7 @@ bool AddText(CSDObject& element, std::string_view text, const CSDObject* before)
     if (isPlain)
         made.push_back(MakeRun(CTulStringW(text)));
     else
-        made = EncodeText(ToUtf16(text), true, true);
+        made = EncodeText(ToUtf16(text), IsAfterBlank(list, place), true);
     // A value is written before all children, and follows the runs once there are some.
     const bool hasValue = !ObjectAccess::keepsRuns(element) && !ObjectAccess::keepsValue(element) &&
                           !ObjectAccess::text(element).IsEmpty();
