@@ -21,7 +21,7 @@ std::string Repeated(std::string_view text, std::size_t count) {
     return result;
 }
 
-std::string Styles(std::string_view inside) {
+std::string StylesPart(std::string_view inside) {
     return "<office:document-styles xmlns:office='urn:oasis:names:tc:opendocument:xmlns:office:1.0' "
            "xmlns:style='urn:oasis:names:tc:opendocument:xmlns:style:1.0'><office:styles>" +
            std::string(inside) + "</office:styles></office:document-styles>";
@@ -85,7 +85,7 @@ TEST_F(Bombs, AreBoundedByTheSizeOfTheFile) {
          true},
         {"elements of several members",
          {{"content.xml", test::TextContent(Repeated("<text:p/>", 9'000))},
-          {"styles.xml", Styles(Repeated(style, 9'000))}},
+          {"styles.xml", StylesPart(Repeated(style, 9'000))}},
          true},
         {"a long value",
          {{"content.xml",
