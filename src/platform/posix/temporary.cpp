@@ -149,19 +149,20 @@ std::unique_ptr<FolderClaim> FolderClaim::create(std::string_view stem) {
 void FolderClaim::makeRecord(const Path& directory) {
     // The folder of records may go before there is a record in it: another process removes it when it is
     // empty.
-    for (int attempt = 0; attempt < 16 && !hasRecord_; ++attempt) {
+    for (int attempt = 0; attempt < 64; ++attempt) {
         records_ = RecordFolder(directory);
-        if (records_.empty()) return;
-        RemoveForsaken(records_);
-        record_ = TryNames(records_, {}, {}, 16, [&](const Path& name) {
-            // Before it is claimed another process may take it for a forsaken one, and remove it.
-            const bool isMade = file_.createNew(name, 0600);
-            if (isMade && file_.claim() && IsTaken(name)) return true;
-            if (isMade) errno = EEXIST;
-            return false;
-        });
+        if (!records_.empty()) {
+            RemoveForsaken(records_);
+            record_ = TryNames(records_, {}, {}, 16, [&](const Path& name) {
+                // Before it is claimed another process may take it for a forsaken one, and remove it.
+                const bool isMade = file_.createNew(name, 0600);
+                if (isMade && file_.claim() && IsTaken(name)) return true;
+                if (isMade) errno = EEXIST;
+                return false;
+            });
+        }
         hasRecord_ = !record_.empty();
-        if (errno != ENOENT) return;
+        if (hasRecord_ || errno != ENOENT) return;
     }
 }
 
