@@ -40,7 +40,7 @@ public:
 
 private:
     FolderClaim() = default;
-    bool makeRecord(Path records);
+    void makeRecord(const Path& directory);
 
     Path folder_;
     Path records_; ///< the folder of all records

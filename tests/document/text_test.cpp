@@ -1,5 +1,6 @@
 // Text as people read it: getting, setting and replacing it.
 #include "support/element_xml.h"
+#include "support/texts.h"
 
 #include <odfmodel/core/reflection.h>
 #include <odfmodel/document/text.h>
@@ -19,10 +20,6 @@ std::unique_ptr<CSDObject> Read(std::string_view xml, Fidelity fidelity) {
     std::unique_ptr<CSDObject> root = test::Make(xml.substr(1, xml.find_first_of(" />") - 1));
     EXPECT_TRUE(ODF::FromXml(test::Declared(xml), *root, fidelity)) << xml;
     return root;
-}
-
-std::string Written(CSDObject& object, Fidelity fidelity = Fidelity::Everything) {
-    return test::Bare(ODF::ToXml(object, {}, fidelity));
 }
 
 TEST(Text, IsWhatIsRead) {
@@ -87,7 +84,8 @@ TEST(SetText, WritesElementsForWhatAReaderWouldDrop) {
             test::Read("<text:p text:style-name=\"s\">old<text:span>x</text:span></text:p>");
         ASSERT_TRUE(ODF::SetText(*paragraph, row.text));
         const std::string begin = "<text:p text:style-name=\"s\"";
-        EXPECT_EQ(Written(*paragraph), *row.content ? begin + ">" + row.content + "</text:p>" : begin + "/>");
+        EXPECT_EQ(test::Written(*paragraph, Fidelity::Everything),
+                  *row.content ? begin + ">" + row.content + "</text:p>" : begin + "/>");
     }
 }
 
@@ -99,7 +97,7 @@ TEST(SetText, IsForElementsWithTextAlone) {
     EXPECT_EQ(ODF::Text(*cell), "a");
     const std::unique_ptr<CSDObject> title = test::Make("dc:title");
     EXPECT_TRUE(ODF::SetText(*title, "a  b\tc"));
-    EXPECT_EQ(Written(*title), "<dc:title>a  b\tc</dc:title>");
+    EXPECT_EQ(test::Written(*title, Fidelity::Everything), "<dc:title>a  b\tc</dc:title>");
 }
 
 std::string RandomText(std::mt19937& random, std::size_t length) {
@@ -165,14 +163,10 @@ TEST(ReplaceText, KeepsTheFormattingOfTheFirstCharacter) {
         const std::string before = std::string("<text:p>") + row.before + "</text:p>";
         const std::unique_ptr<CSDObject> root = Read(before, Fidelity::Everything);
         EXPECT_EQ(ODF::ReplaceText(*root, row.from, row.to), row.count) << before;
-        EXPECT_EQ(Written(*root), std::string("<text:p>") + row.after + "</text:p>") << before;
+        EXPECT_EQ(test::Written(*root, Fidelity::Everything),
+                  std::string("<text:p>") + row.after + "</text:p>")
+            << before;
     }
-}
-
-std::string Replaced(std::string text, const std::string& from, const std::string& to) {
-    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
-        text.replace(at, from.size(), to);
-    return text;
 }
 
 TEST(ReplaceText, SaysTheSameAsReplacingInAString) {
@@ -192,7 +186,7 @@ TEST(ReplaceText, SaysTheSameAsReplacingInAString) {
             Read(xml, random() % 2 ? Fidelity::Everything : Fidelity::Listed);
         const std::string from = RandomText(random, 1 + random() % 2);
         const std::string to = RandomText(random, random() % 4);
-        const std::string expected = Replaced(ODF::Text(*root), from, to);
+        const std::string expected = test::Replaced(ODF::Text(*root), from, to);
         const std::size_t count = ODF::ReplaceText(*root, from, to);
         replaced += count > 0 ? 1 : 0;
         ASSERT_EQ(ODF::Text(*root), expected) << xml << '[' << from << "] by [" << to << ']';

@@ -2,6 +2,7 @@
 
 #include "support/files.h"
 #include "support/packages.h"
+#include "support/texts.h"
 
 #include <odfmodel/odfmodel.h>
 #include <odfmodel/serial/sax_reader.h>
@@ -14,13 +15,6 @@ using namespace ODF;
 
 namespace {
 
-std::string Repeated(std::string_view text, std::size_t count) {
-    std::string result;
-    while (count-- > 0)
-        result += text;
-    return result;
-}
-
 std::string StylesPart(std::string_view inside) {
     return "<office:document-styles xmlns:office='urn:oasis:names:tc:opendocument:xmlns:office:1.0' "
            "xmlns:style='urn:oasis:names:tc:opendocument:xmlns:style:1.0'><office:styles>" +
@@ -30,7 +24,7 @@ std::string StylesPart(std::string_view inside) {
 /// A content whose paragraph has `count` times 1,000 characters, by way of an entity, behind many blanks.
 std::string Entities(std::size_t count) {
     return "<!DOCTYPE x [<!ENTITY y '" + std::string(1000, 'y') + "'>]>" + std::string(100'000, ' ') +
-           test::TextContent("<text:p>" + Repeated("&y;", count) + "</text:p>").substr(38);
+           test::TextContent("<text:p>" + test::Repeated("&y;", count) + "</text:p>").substr(38);
 }
 
 struct Bomb {
@@ -75,17 +69,18 @@ TEST_F(Bombs, AreBoundedByTheSizeOfTheFile) {
     const std::string style = "<style:style/>";
     const Bomb bombs[] = {
         {"as many elements as allowed",
-         {{"content.xml", test::TextContent(Repeated("<text:p/>", 9'000))}},
+         {{"content.xml", test::TextContent(test::Repeated("<text:p/>", 9'000))}},
          false},
-        {"empty elements", {{"content.xml", test::TextContent(Repeated("<text:p/>", 100'000))}}, true},
-        {"foreign elements", {{"content.xml", test::TextContent(Repeated("<x/>", 100'000))}}, true},
-        {"comments", {{"content.xml", test::TextContent(Repeated("<!---->", 100'000))}}, true},
+        {"empty elements", {{"content.xml", test::TextContent(test::Repeated("<text:p/>", 100'000))}}, true},
+        {"foreign elements", {{"content.xml", test::TextContent(test::Repeated("<x/>", 100'000))}}, true},
+        {"comments", {{"content.xml", test::TextContent(test::Repeated("<!---->", 100'000))}}, true},
         {"runs of text",
-         {{"content.xml", test::TextContent("<text:p>" + Repeated("a<text:s/>", 60'000) + "</text:p>")}},
+         {{"content.xml",
+           test::TextContent("<text:p>" + test::Repeated("a<text:s/>", 60'000) + "</text:p>")}},
          true},
         {"elements of several members",
-         {{"content.xml", test::TextContent(Repeated("<text:p/>", 9'000))},
-          {"styles.xml", StylesPart(Repeated(style, 9'000))}},
+         {{"content.xml", test::TextContent(test::Repeated("<text:p/>", 9'000))},
+          {"styles.xml", StylesPart(test::Repeated(style, 9'000))}},
          true},
         {"a long value",
          {{"content.xml",
@@ -107,7 +102,7 @@ TEST_F(Bombs, ExtractedMembersAreBoundedByThePackedSizeToo) {
     Limits limits;
     limits.freeObjects = 10'000;
     test::WriteOdf(folder / "plain.odt", test::kTextType,
-                   {{"content.xml", test::TextContent(Repeated("<text:p/>", 200'000))}});
+                   {{"content.xml", test::TextContent(test::Repeated("<text:p/>", 200'000))}});
     Document document;
     ASSERT_TRUE(document.Open(folder / "plain.odt"));
     ASSERT_TRUE(document.Save(folder / "packed.odt"));
@@ -123,7 +118,7 @@ TEST_F(Bombs, EntitiesOfEntitiesAreALimitNotAFault) {
     std::string entities = "<!ENTITY a '" + std::string(1000, 'x') + "'>";
     for (char c = 'b'; c < 'h'; ++c)
         entities += "<!ENTITY " + std::string(1, c) + " '" +
-                    Repeated("&" + std::string(1, static_cast<char>(c - 1)) + ";", 20) + "'>";
+                    test::Repeated("&" + std::string(1, static_cast<char>(c - 1)) + ";", 20) + "'>";
     const std::string xml =
         "<!DOCTYPE x [" + entities + "]>" + test::TextContent("<text:p>&g;</text:p>").substr(38);
     EXPECT_EQ(open({{"content.xml", xml}}, {}), Status::LimitExceeded);

@@ -24,7 +24,7 @@ ReadTree Open(std::string_view element, std::string_view xml) {
 }
 
 std::string Whole(CSDObject& object) {
-    return test::Bare(ToXml(object, {}, Fidelity::Everything));
+    return test::Written(object, Fidelity::Everything);
 }
 
 template<typename T>

@@ -218,7 +218,7 @@ TEST(Damaged, OverlappingMembersDontMultiply) {
         archive.replace(at + 42, 4, std::string(4, '\0'));
     }
     Opened opened(archive);
-    if (opened.status != Status::Ok) return; // the archive library has noticed by itself
+    ASSERT_EQ(opened.status, Status::Ok);
     Bytes bytes;
     EXPECT_EQ(opened.package.write({}, bytes, opened.notes), Status::LimitExceeded);
     EXPECT_TRUE(bytes.empty());

@@ -9,7 +9,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <cstdio>
+#include <fstream>
 #include <set>
+#include <thread>
+#include <vector>
 
 namespace fs = std::filesystem;
 using namespace ODF;
@@ -171,6 +176,33 @@ TEST_F(Temporary, FoldersAreNewAndPrivate) {
         platform::RemoveTree(folder);
     }
     EXPECT_GT(names.size(), 45U) << "names can be foreseen";
+}
+
+TEST_F(Temporary, AFolderHasItsRecordWhileOthersComeAndGo) {
+    const fs::path records = fs::path(P_tmpdir) / (".odfmodel-" + std::to_string(geteuid()));
+    const auto isRecorded = [&](const Path& folder) {
+        std::error_code failed; // records of others go meanwhile
+        for (fs::directory_iterator entry(records, failed), end; !failed && entry != end;
+             entry.increment(failed)) {
+            std::string line;
+            std::getline(std::ifstream(entry->path()), line);
+            if (line == folder.utf8()) return true;
+        }
+        return false;
+    };
+    std::atomic<int> unrecorded = 0;
+    {
+        std::vector<std::jthread> workers;
+        for (int worker = 0; worker < 4; ++worker)
+            workers.emplace_back([&] {
+                for (int number = 0; number < 1000; ++number) {
+                    const auto claim = platform::FolderClaim::create("busy");
+                    if (!claim || !isRecorded(claim->folder())) ++unrecorded;
+                    if (claim) platform::RemoveTree(claim->folder());
+                }
+            });
+    }
+    EXPECT_EQ(unrecorded, 0) << "of 4,000 folders";
 }
 
 TEST_F(Temporary, FilesAreNewAndPrivate) {

@@ -69,8 +69,8 @@ std::unique_ptr<CSDObject> Read(std::string_view xml) {
     return object;
 }
 
-std::string Written(CSDObject& object) {
-    return Bare(ODF::ToXml(object));
+std::string Written(CSDObject& object, ODF::Fidelity fidelity) {
+    return Bare(ODF::ToXml(object, {}, fidelity));
 }
 
 std::string RoundTrip(std::string_view xml) {

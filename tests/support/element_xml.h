@@ -1,5 +1,6 @@
 #pragma once
 
+#include <odfmodel/core/fidelity.h>
 #include <odfmodel/core/object.h>
 
 #include <memory>
@@ -19,7 +20,7 @@ std::unique_ptr<CSDObject> Make(std::string_view element);
 /// it.
 std::unique_ptr<CSDObject> Read(std::string_view xml);
 /// What is written for an object, as `Bare` gives it.
-std::string Written(CSDObject& object);
+std::string Written(CSDObject& object, ODF::Fidelity fidelity = ODF::Fidelity::Listed);
 /// What becomes of `xml` when it is read and written.
 std::string RoundTrip(std::string_view xml);
 

@@ -2,6 +2,7 @@
 
 #include "support/element_xml.h"
 #include "support/files.h"
+#include "support/texts.h"
 #include "xml/reading.h"
 
 #include <odfmodel/core/reflection.h>
@@ -23,12 +24,6 @@ using test::Reader;
 
 constexpr const char* kText = "urn:oasis:names:tc:opendocument:xmlns:text:1.0";
 
-std::string Replaced(std::string text, std::string_view from, std::string_view to) {
-    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
-        text.replace(at, from.size(), to);
-    return text;
-}
-
 /// Reads a document in which capitals stand for namespaces and gives what is written for it.
 std::string ReadAs(std::string_view element, std::string xml) {
     for (const auto& [name, uri] : std::initializer_list<std::pair<const char*, const char*>>{
@@ -36,7 +31,7 @@ std::string ReadAs(std::string_view element, std::string xml) {
              {"META", "urn:oasis:names:tc:opendocument:xmlns:meta:1.0"},
              {"XLINK", "http://www.w3.org/1999/xlink"},
              {"MATH", "http://www.w3.org/1998/Math/MathML"}})
-        xml = Replaced(xml, name, uri);
+        xml = test::Replaced(xml, name, uri);
     const auto object = Make(element);
     EXPECT_TRUE(ODF::FromXml(xml, *object));
     return test::Written(*object);
@@ -158,7 +153,7 @@ TEST_P(ReadTexts, GiveOneRunForEachUnbrokenStretch) {
     std::string value; // of an element without runs
     for (const std::string& run : runs)
         if (run != "<>") value += run;
-    EXPECT_EQ(ODF::TextOf(*test::Read(Replaced(xml, "text:p>", "text:ruby-base>"))), value);
+    EXPECT_EQ(ODF::TextOf(*test::Read(test::Replaced(xml, "text:p>", "text:ruby-base>"))), value);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, ReadTexts, testing::ValuesIn(Texts()),

@@ -1,6 +1,7 @@
 // Archives that lie, damage and attack.
 
 #include "support/files.h"
+#include "support/texts.h"
 #include "zip/files_below.h"
 #include "zip/items.h"
 #include "zip/notes.h"
@@ -45,13 +46,6 @@ struct Extraction {
     ODF::Diagnostics diagnostics;
     CSDUnZip unzip;
 };
-
-std::string Repeated(std::string_view text, int count) {
-    std::string result;
-    for (int number = 0; number < count; ++number)
-        result += text;
-    return result;
-}
 
 /// An archive of two members of `size` equal bytes each.
 std::string Uniform(std::size_t size) {
@@ -102,8 +96,8 @@ TEST(ZipExtract, NamesStayBelowTheFolder) {
                                            "a:b",
                                            ".",
                                            longest + 'n',
-                                           Repeated("s/", 1000) + 'x',
-                                           Repeated(std::string(200, 'p') + '/', 30) + 'x'};
+                                           test::Repeated("s/", 1000) + 'x',
+                                           test::Repeated(std::string(200, 'p') + '/', 30) + 'x'};
     std::vector<test::RawMember> members;
     for (const std::string& name : skipped)
         members.push_back(Stored(name, "hostile"));

@@ -130,9 +130,7 @@ std::unique_ptr<FolderClaim> FolderClaim::create(std::string_view stem) {
     std::unique_ptr<FolderClaim> claim(new FolderClaim);
     const Path directory = TemporaryDirectory();
     if (directory.empty()) return nullptr;
-    // Another process removes the folder of records when it has taken its own out of it.
-    for (int attempt = 0; attempt < 16; ++attempt)
-        if (claim->makeRecord(RecordFolder(directory)) || errno != ENOENT) break;
+    claim->makeRecord(directory);
     claim->folder_ = TryNames(directory, stem, {}, 4, [&](const Path& name) {
         // The record comes first: a process that is killed between both leaves nothing but that.
         claim->told_ = name.utf8();
@@ -148,19 +146,24 @@ std::unique_ptr<FolderClaim> FolderClaim::create(std::string_view stem) {
 }
 
 /// Without a record, as on a medium that is full, the folder is only not found again.
-bool FolderClaim::makeRecord(Path records) {
-    if (records.empty()) return false;
-    records_ = std::move(records);
-    RemoveForsaken(records_);
-    record_ = TryNames(records_, {}, {}, 16, [&](const Path& name) {
-        // Before it is claimed another process may take it for a forsaken one, and remove it.
-        const bool isMade = file_.createNew(name, 0600);
-        if (isMade && file_.claim() && IsTaken(name)) return true;
-        if (isMade) errno = EEXIST;
-        return false;
-    });
-    hasRecord_ = !record_.empty();
-    return hasRecord_;
+void FolderClaim::makeRecord(const Path& directory) {
+    // The folder of records may go before there is a record in it: another process removes it when it is
+    // empty.
+    for (int attempt = 0; attempt < 64; ++attempt) {
+        records_ = RecordFolder(directory);
+        if (!records_.empty()) {
+            RemoveForsaken(records_);
+            record_ = TryNames(records_, {}, {}, 16, [&](const Path& name) {
+                // Before it is claimed another process may take it for a forsaken one, and remove it.
+                const bool isMade = file_.createNew(name, 0600);
+                if (isMade && file_.claim() && IsTaken(name)) return true;
+                if (isMade) errno = EEXIST;
+                return false;
+            });
+        }
+        hasRecord_ = !record_.empty();
+        if (hasRecord_ || errno != ENOENT) return;
+    }
 }
 
 FolderClaim::~FolderClaim() {
