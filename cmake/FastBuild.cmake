@@ -11,7 +11,7 @@ if(ODFMODEL_COMPILE_ALONE)
 endif()
 
 # Most of what a file costs is its headers. Names in unnamed namespaces have to differ within a layer.
-set_target_properties(odfmodel_platform odfmodel_core odfmodel_serial odfmodel_package
+set_target_properties(odfmodel_platform odfmodel_core odfmodel_serial odfmodel_package odfmodel_document
   PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 10)
 # The generated sources: constant tables and one-line functions behind the same headers.
 set_target_properties(odfmodel_elements PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 5)
@@ -36,6 +36,10 @@ if(TARGET odfmodel_cli)
   list(TRANSFORM with_options PREPEND "${PROJECT_SOURCE_DIR}/cli/")
   set_source_files_properties(${with_options} DIRECTORY "${PROJECT_SOURCE_DIR}/cli" PROPERTIES UNITY_GROUP "options")
   set_target_properties(odfmodel_cli PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+endif()
+
+if(TARGET odfmodel_python)
+  set_target_properties(odfmodel_python PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 5)
 endif()
 
 if(TARGET odfmodel_test_headers)

@@ -82,8 +82,7 @@ struct XmlEvents::Callbacks {
 };
 
 XmlEvents::XmlEvents(NamePool& names, Source source)
-    : pool_(names), names_(names), source_(std::move(source)),
-      parser_(XML_ParserCreate(nullptr), &XML_ParserFree) {
+    : names_(names), source_(std::move(source)), parser_(XML_ParserCreate(nullptr), &XML_ParserFree) {
     XML_SetUserData(parser_.get(), this);
     XML_SetElementHandler(parser_.get(), &Callbacks::start, &Callbacks::end);
     XML_SetCharacterDataHandler(parser_.get(), &Callbacks::text);

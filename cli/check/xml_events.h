@@ -53,7 +53,6 @@ private:
     XmlEvent& push(XmlEvent::Kind kind);
     void fill();
 
-    NamePool& pool_;
     ScopedNames names_;
     Source source_;
     std::unique_ptr<XML_ParserStruct, void (*)(XML_ParserStruct*)> parser_;

@@ -36,7 +36,8 @@ std::vector<std::string> OptionNames(const CLI::App& app) {
     return names;
 }
 
-std::string WithSuggestion(std::string fault, std::string_view typed, const std::vector<std::string>& words) {
+std::string WithSuggestion(const std::string& fault, std::string_view typed,
+                           const std::vector<std::string>& words) {
     const std::string nearest = Nearest(typed, words);
     return nearest.empty() ? fault : fault + "; did you mean " + nearest + "?";
 }

@@ -14,7 +14,7 @@ struct Attributes {
     Element element;
 };
 
-std::optional<std::string> Find(const CSDObject& object, const std::string& name) {
+std::optional<std::string> ValueOf(const CSDObject& object, const std::string& name) {
     std::string_view uri;
     std::string_view local;
     if (SplitForeign(name, uri, local)) return ODF::GetForeignAttribute(object, uri, local);
@@ -176,7 +176,7 @@ void BindAttributes(py::module_& module) {
         "Those that the class doesn't list are called '{namespace}name'.")
         .def("__getitem__",
              [](const Attributes& self, const std::string& name) {
-                 if (const auto value = Find(*self.element, name)) return ToPython(*value);
+                 if (const auto value = ValueOf(*self.element, name)) return ToPython(*value);
                  throw py::key_error(name);
              })
         .def("__setitem__",
@@ -194,7 +194,7 @@ void BindAttributes(py::module_& module) {
         .def("__repr__", [](const Attributes& self) {
             py::dict all;
             for (const py::handle name : Names(*self.element))
-                all[name] = ToPython(Find(*self.element, name.cast<std::string>()).value_or(""));
+                all[name] = ToPython(ValueOf(*self.element, name.cast<std::string>()).value_or(""));
             return py::repr(all);
         });
     // The rest of what mappings have is Python's own: `get`, `items`, `update`, comparison and so on.

@@ -32,8 +32,8 @@ std::vector<Sample> Whole() {
     for (Sample& sample : test::AllSamples()) {
         // Of two archives in one file the judge reads the first, where other programs read the last.
         if (sample.name.find("two_zips") != std::string::npos) continue;
-        if (Document document; document.Open(sample.path, {.password = sample.password}))
-            samples.push_back(std::move(sample));
+        Document document;
+        if (sample.isEncrypted() || document.Open(sample.path)) samples.push_back(std::move(sample));
     }
     return samples;
 }
