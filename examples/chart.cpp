@@ -33,7 +33,7 @@ int main(int argc, char** argv) {
         auto& series = plot.Append<CChartSeries>();
         series.SetChartValuesCellRangeAddress(CTulStringW("Sales.") + column + "2:Sales." + column + "13");
         series.SetChartLabelCellAddress(CTulStringW("Sales.") + column + "1");
-        styles.Format<CStyleGraphicProperties>(series, [&](auto& line) {
+        styles.Format<CStyleGraphicProperties>(series, [color = color](auto& line) {
             line.SetDrawStroke(ST_DrawStroke::Solid);
             line.SetSvgStrokeColor(color);
         });

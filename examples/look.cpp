@@ -22,6 +22,6 @@ int main(int argc, char** argv) {
         std::cout << count << " x " << name << '\n';
     if (const CSDObject* text = document.Text())
         for (const ODF::CTextH& heading : text->Descendants<ODF::CTextH>())
-            std::cout << std::string(2 * heading.TextOutlineLevel().value_or(1), ' ') << ODF::Text(heading)
-                      << '\n';
+            std::cout << std::string(std::size_t{2} * heading.TextOutlineLevel().value_or(1), ' ')
+                      << ODF::Text(heading) << '\n';
 }

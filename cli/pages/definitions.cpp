@@ -42,8 +42,9 @@ std::vector<VerbText> VerbsOf(const CLI::App& app) {
                 continue;
             }
             const std::string name = option->get_name(true);
-            const std::string many = option->get_items_expected_max() > 1 ? "..." : "";
-            text.usage += option->get_required() ? " " + name + many : " [" + name + many + "]";
+            std::string shown = name;
+            if (option->get_items_expected_max() > 1) shown += "...";
+            text.usage += option->get_required() ? ' ' + shown : " [" + shown + ']';
             one.names = {name};
             text.arguments.push_back(std::move(one));
         }

@@ -608,17 +608,18 @@ bool Document::SetMediaTypeOf(std::string_view name, std::string_view mediaType)
 
 std::string Document::AddObject(Document& object) {
     if (!state_ || state_->isFlat || !object.state_ || object.state_->isFlat) return {};
-    const std::string folder = FreeObjectFolder(*this);
+    std::string folder = FreeObjectFolder(*this);
+    const std::string inside = folder + '/';
     for (const std::string& name : object.Members()) {
         if (name == "mimetype" || name.starts_with("META-INF/")) continue;
         Bytes bytes;
         if (object.ReadMember(name, bytes) &&
-            state_->package.put(folder + '/' + name, std::move(bytes), object.MediaTypeOf(name)))
+            state_->package.put(inside + name, std::move(bytes), object.MediaTypeOf(name)))
             continue;
         state_->package.removeFolder(folder);
         return {};
     }
-    state_->package.setMediaTypeOf(folder + '/', object.MediaType());
+    state_->package.setMediaTypeOf(inside, object.MediaType());
     return folder;
 }
 
