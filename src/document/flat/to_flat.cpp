@@ -303,8 +303,7 @@ Result Flatten(Document& document, Document& flat) {
     const std::string xml = ToXml(*root, {}, Fidelity::Everything);
     if (xml.empty()) return Refused(Status::CouldNotWrite, "the tree holds what XML can't");
     Document made;
-    Result opened =
-        made.Open(std::span(reinterpret_cast<const unsigned char*>(xml.data()), xml.size()));
+    Result opened = made.Open(std::span(reinterpret_cast<const unsigned char*>(xml.data()), xml.size()));
     if (!opened) return opened;
     std::vector<Note> notes;
     for (const std::string& member : flattening.leftOut()) {
