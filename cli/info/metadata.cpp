@@ -49,8 +49,10 @@ std::vector<UserField> UserFieldsOf(const CSDObject& meta, AttributeReader& attr
         UserField& field = fields.emplace_back();
         field.value = ODF::TextOf(*object);
         for (AttributeWords& attribute : attributes.attributesOf(*object)) {
-            if (attribute.name == "meta:name") field.name = std::move(attribute.value);
-            if (attribute.name == "meta:value-type") field.type = std::move(attribute.value);
+            if (attribute.name == "meta:name")
+                field.name = std::move(attribute.value);
+            else if (attribute.name == "meta:value-type")
+                field.type = std::move(attribute.value);
         }
     }
     return fields;
