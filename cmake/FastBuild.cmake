@@ -11,7 +11,7 @@ if(ODFMODEL_COMPILE_ALONE)
 endif()
 
 # Most of what a file costs is its headers. Names in unnamed namespaces have to differ within a layer.
-set_target_properties(odfmodel_platform odfmodel_core odfmodel_serial odfmodel_package odfmodel_document
+set_target_properties(odfmodel_system odfmodel_platform odfmodel_core odfmodel_serial odfmodel_package odfmodel_document
   PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 10)
 # The generated sources: constant tables and one-line functions behind the same headers.
 set_target_properties(odfmodel_elements PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 5)

@@ -1,6 +1,6 @@
 #include "core/arena.h"
 
-#include "platform/pages.h"
+#include "system/pages.h"
 
 #include <algorithm>
 #include <atomic>
@@ -36,7 +36,7 @@ struct Arena::Region {
 
     void drop(std::size_t count) noexcept {
         if (count == 0 || blocks.fetch_sub(count, std::memory_order_acq_rel) != count) return;
-        platform::UnmapPages(reinterpret_cast<char*>(this) - sizeof(Block), byteCount);
+        system::UnmapPages(reinterpret_cast<char*>(this) - sizeof(Block), byteCount);
     }
 };
 
@@ -75,7 +75,7 @@ bool Arena::openBlock() noexcept {
         // Each region is twice as large as the one before, up to a bound that keeps small what a lone
         // survivor holds on to.
         const std::size_t byteCount = std::clamp(regionBytes_ * 2, kBlock, kMaxRegion);
-        auto* const pages = static_cast<char*>(platform::MapPages(byteCount, kBlock));
+        auto* const pages = static_cast<char*>(system::MapPages(byteCount, kBlock));
         if (!pages) return false;
         region_ = new (pages + sizeof(Block)) Region{{byteCount / kBlock}, byteCount};
         regionBytes_ = byteCount;

@@ -3,7 +3,7 @@
 #include "core/codecs.h"
 #include "core/kept.h"
 #include "core/object_access.h"
-#include "platform/clock.h"
+#include "system/clock.h"
 
 #include <odfmodel/core/attribute.h>
 #include <odfmodel/core/serializer.h>
@@ -168,7 +168,7 @@ bool CSDDateTimeValueObject::ReadNodeValue(const unsigned short* const text, uns
     if (!text || length == 0) return false;
     AppendTo(rawText_, text, length);
     ScanDateTime(rawText_.view(), value_);
-    if (IsBeyond(value_)) value_ = ODF::platform::UtcNow();
+    if (IsBeyond(value_)) value_ = ODF::system::UtcNow();
     return true;
 }
 

@@ -1,7 +1,7 @@
 // The functions of the base library, the configuration store, clock and mappings.
 
-#include "platform/clock.h"
 #include "support/workspace.h"
+#include "system/clock.h"
 
 #include <odfmodel/core/date_time.h>
 #include <odfmodel/platform/memory_mapping.h>
@@ -112,9 +112,9 @@ TEST_F(BaseLibrary, ASettingIsReadForUserAndMachine) {
 }
 
 TEST(Clock, TellsDateAndTime) {
-    const SYSTEMTIME time = platform::UtcTime(951'782'400 + 3661);
+    const SYSTEMTIME time = system::UtcTime(951'782'400 + 3661);
     EXPECT_EQ(time, (SYSTEMTIME{2000, 2, 2, 29, 1, 1, 1, 0})) << "days of the week count from Sunday";
-    EXPECT_EQ(platform::UtcTime(INT64_MAX).wYear, 0) << "out of the calendar";
+    EXPECT_EQ(system::UtcTime(INT64_MAX).wYear, 0) << "out of the calendar";
 }
 
 TEST(MemoryMapping, IsViewedByItsHandle) {

@@ -1,9 +1,9 @@
 #include <odfmodel/package/module_loader.h>
 
 #include "package/paths.h"
-#include "platform/clock.h"
 #include "platform/environment.h"
 #include "platform/files.h"
+#include "system/clock.h"
 
 #include <odfmodel/core/date_time.h>
 
@@ -54,7 +54,7 @@ std::string ToBytes(Units text) {
 void ModuleLoader::WriteLogRecord(const CTulStringW& text) const {
     const auto folder = LogFolder();
     if (!folder) return;
-    const SYSTEMTIME now = platform::LocalNow();
+    const SYSTEMTIME now = ODF::system::LocalNow();
     CTulStringW name;
     name.Format(u"%04d%02d%02d.log", now.wYear, now.wMonth, now.wDay);
     CTulStringW record;

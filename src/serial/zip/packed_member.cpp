@@ -1,8 +1,8 @@
 #include "serial/zip/packed_member.h"
 
-#include "platform/clock.h"
 #include "platform/environment.h"
 #include "serial/zip/custom_source.h"
+#include "system/clock.h"
 
 #include <odfmodel/core/date_time.h>
 
@@ -74,11 +74,11 @@ private:
 } // namespace
 
 DosTime ToDosTime(std::int64_t seconds) {
-    return FromSystemTime(platform::LocalTime(seconds));
+    return FromSystemTime(system::LocalTime(seconds));
 }
 
 DosTime ToUtcDosTime(std::int64_t seconds) {
-    return FromSystemTime(platform::UtcTime(seconds));
+    return FromSystemTime(system::UtcTime(seconds));
 }
 
 DosTime PresentDosTime() {
@@ -87,7 +87,7 @@ DosTime PresentDosTime() {
     const auto parsed = std::from_chars(epoch.data(), epoch.data() + epoch.size(), seconds);
     const bool isFixed =
         !epoch.empty() && parsed.ec == std::errc() && parsed.ptr == epoch.data() + epoch.size();
-    return FromSystemTime(isFixed ? platform::UtcTime(seconds) : platform::LocalNow());
+    return FromSystemTime(isFixed ? system::UtcTime(seconds) : system::LocalNow());
 }
 
 bool AddPacked(zip_t* archive, const PackedMember& member, PackedBytes bytes) {

@@ -1,11 +1,11 @@
-#include "platform/clock.h"
+#include "system/clock.h"
 
-#include <odfmodel/core/date_time.h>
+#include <odfmodel/system_time.h>
 
 #include <chrono>
 #include <ctime>
 
-namespace ODF::platform {
+namespace ODF::system {
 
 namespace {
 
@@ -60,4 +60,4 @@ SYSTEMTIME LocalTime(std::int64_t seconds) {
     return Convert(seconds, 0, true);
 }
 
-} // namespace ODF::platform
+} // namespace ODF::system

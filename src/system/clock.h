@@ -4,7 +4,7 @@
 
 struct SYSTEMTIME;
 
-namespace ODF::platform {
+namespace ODF::system {
 
 /// The present time in UTC, to the millisecond.
 SYSTEMTIME UtcNow();
@@ -15,4 +15,4 @@ std::int64_t SecondsNow();
 SYSTEMTIME UtcTime(std::int64_t seconds);
 SYSTEMTIME LocalTime(std::int64_t seconds);
 
-} // namespace ODF::platform
+} // namespace ODF::system

@@ -1,9 +1,9 @@
-#include "platform/pages.h"
+#include "system/pages.h"
 
 #include <cstdint>
 #include <sys/mman.h>
 
-namespace ODF::platform {
+namespace ODF::system {
 namespace {
 
 constexpr std::size_t kLargePage = std::size_t{1} << 21;
@@ -31,4 +31,4 @@ void UnmapPages(void* pages, std::size_t byteCount) noexcept {
     munmap(pages, byteCount);
 }
 
-} // namespace ODF::platform
+} // namespace ODF::system
