@@ -28,7 +28,7 @@ constexpr void (*kVerbs[])(CLI::App&, command::ExitCode&) = {
 command::ExitCode Run(int argc, char** argv) {
     using command::ExitCode;
     CLI::App app("Looks into OpenDocument files, changes and converts them.", "odfmodel");
-    app.set_version_flag("--version", "odfmodel " ODFMODEL_COMMAND_VERSION);
+    app.set_version_flag("--version", "odfmodel " ODFMODEL_VERSION);
     app.require_subcommand(1);
     app.footer(kExitCodes);
     ExitCode exitCode = ExitCode::Ok;

@@ -11,7 +11,7 @@ set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/odfmodel")
 install(EXPORT odfmodelTargets NAMESPACE odfmodel:: DESTINATION ${package_dir})
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/odfmodelConfig.cmake.in"
   "${PROJECT_BINARY_DIR}/odfmodelConfig.cmake" INSTALL_DESTINATION ${package_dir})
-write_basic_package_version_file("${PROJECT_BINARY_DIR}/odfmodelConfigVersion.cmake" COMPATIBILITY SameMinorVersion)
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/odfmodelConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/odfmodelConfig.cmake" "${PROJECT_BINARY_DIR}/odfmodelConfigVersion.cmake"
   DESTINATION ${package_dir})
 

@@ -33,7 +33,7 @@ void WriteOption(const OptionText& option, std::ostream& out) {
 
 void WriteManual(const CLI::App& app, std::ostream& out) {
     const std::vector<VerbText> verbs = VerbsOf(app);
-    out << ".TH ODFMODEL 1 \"\" \"odfmodel " ODFMODEL_COMMAND_VERSION "\"\n"
+    out << ".TH ODFMODEL 1 \"\" \"odfmodel " ODFMODEL_VERSION "\"\n"
         << ".SH NAME\nodfmodel \\- " << Roff("look into OpenDocument files, change and convert them") << '\n'
         << ".SH SYNOPSIS\n";
     for (const VerbText& verb : verbs)

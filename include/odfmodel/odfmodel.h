@@ -1,8 +1,22 @@
 #pragma once
 
 /// @file
-/// The whole interface of the library. Whoever wants shorter compile times includes single headers: documents
-/// from odfmodel/document/, element classes by family from odfmodel/elements/.
+/// The whole interface of the library. For shorter compile times include single headers: documents from
+/// odfmodel/document/, element classes by family from odfmodel/elements/.
+///
+///     ODF::Document document;
+///     if (const ODF::Result opened = document.Open("report.odt"); !opened) {
+///         std::cerr << opened.Text() << '\n';
+///         return 1;
+///     }
+///     if (const CSDObject* text = document.Text())
+///         for (const ODF::CTextH& heading : text->Descendants<ODF::CTextH>())
+///             std::cout << heading.TextOutlineLevel().value_or(1) << ' ' << ODF::Text(heading) << '\n';
+///
+/// - Documents: `ODF::Document` (document/open_document.h) keeps all that a file has. `CODFDoc` is the older class.
+/// - Elements: `text:list-item` is `ODF::CTextListItem`, and so on; all derive from `CSDObject` (core/object.h).
+/// - Above the trees: text (document/text.h), `Styles`, `Sheet`, pictures, `Transfer`, fields, whole texts.
+/// - Values: `Length`, `Color`, `DateTime`, `Duration`, `KeyOf` and `ParseKey` for enumerations.
 
 #include <odfmodel/core/attribute.h>
 #include <odfmodel/core/color.h>
@@ -42,3 +56,4 @@
 #include <odfmodel/serial/sax_reader.h>
 #include <odfmodel/serial/unzip.h>
 #include <odfmodel/serial/zip.h>
+#include <odfmodel/version.h>

@@ -1,5 +1,21 @@
 #pragma once
 
+/// @file
+/// The base of all elements of a tree.
+///
+///     ODF::Document document = ODF::Document::New(ODF::DocumentKind::Text);
+///     auto& list = document.Text()->Append<ODF::CTextList>(); // owned by its parent
+///     auto& item = list.Append<ODF::CTextListItem>();
+///     ODF::SetText(item.Append<ODF::CTextP>(), "first");
+///     list.Append(item.Clone());
+///     for (const CSDObject& child : list.Children())
+///         std::cout << ODF::Text(child) << '\n';
+///     std::unique_ptr<CSDObject> taken = list.Detach(item); // owned by the caller
+///     list.Append(std::move(taken));                        // and by the list again
+///
+/// An element is deleted with its parent, or by `Remove`. Attributes have accessors in the element classes; text
+/// is in text runs, which document/text.h reads and changes.
+
 #include <odfmodel/core/date_time.h>
 #include <odfmodel/core/ranges.h>
 #include <odfmodel/core/string.h>

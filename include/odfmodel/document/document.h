@@ -1,5 +1,20 @@
 #pragma once
 
+/// @file
+/// The older document classes, which work on the files of a package in a temporary folder. They keep what the
+/// element classes list; `ODF::Document` (open_document.h) keeps all, and is the one for new programs.
+///
+///     ODF::CODFDoc document;
+///     if (document.Open("report.odt") == 0 || document.GetDiagnostics().status() != ODF::Status::Ok) {
+///         for (const ODF::Note& note : document.GetDiagnostics().notes())
+///             std::cerr << note.member << ':' << note.line << ": " << note.text << '\n';
+///         return 1;
+///     }
+///     if (const CSDObject* const content = document.GetContentClass())
+///         std::cout << ODF::DocumentText(*content) << '\n';
+///     document.Save("copy.odt"); // once; the status tells whether the file was written
+///     if (document.GetDiagnostics().status() != ODF::Status::Ok) return 1;
+
 #include <odfmodel/core/diagnostics.h>
 #include <odfmodel/core/fidelity.h>
 #include <odfmodel/core/limits.h>

@@ -1,5 +1,16 @@
 #pragma once
 
+/// @file
+/// A package as files: members in a temporary folder, records of parts, and how they refer to one another. It
+/// knows no element; for documents, `ODF::Document` is easier.
+///
+///     SDPackage::IPackage package;
+///     const CTulStringW from("report.odt"), to("copy.odt");
+///     if (package.Open(from.c_str(), nullptr, 0, nullptr) == 0) return 1;
+///     for (const auto& [path, part] : *package.GetParts())
+///         std::cout << path.utf8() << ' ' << CTulStringW(part->GetLocalPath()).utf8() << '\n';
+///     if (package.Save(to.c_str(), nullptr, 0) == 0) return 1;
+
 #include <odfmodel/core/fidelity.h>
 #include <odfmodel/core/limits.h>
 #include <odfmodel/core/string.h>
