@@ -131,7 +131,7 @@ std::size_t AllocatedBytes() {
 }
 
 std::size_t ResidentBytes() {
-    // In pages: the whole, what of it lies in memory, and what of that stands for files.
+    // In pages: the whole, what of it is in memory, and what of that stands for files.
     std::ifstream statm("/proc/self/statm");
     std::size_t size = 0;
     std::size_t resident = 0;

@@ -67,7 +67,7 @@ private:
     std::unordered_map<unsigned, RowsByName> classes_;
 };
 
-/// What an element object holds beside its attribute values: virtual table, id and flags, part, children.
+/// What an element object holds besides its attribute values: virtual table, id and flags, part, children.
 struct Base {
     std::uint64_t words[6] = {};
 };

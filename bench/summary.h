@@ -22,7 +22,7 @@ public:
     bool has(const std::string& name) const { return runs_.count(name) > 0; }
     /// Median of the CPU time of one iteration in seconds.
     double seconds(const std::string& name) const;
-    /// How far the slowest repetition lies above the quickest, as a part of the median.
+    /// How far the slowest repetition is above the quickest, as a part of the median.
     double spread(const std::string& name) const;
     double counter(const std::string& name, const std::string& counter) const;
 

@@ -37,7 +37,7 @@ bool IsControl(char32_t c) {
     return c < 0x20 || (c >= 0x7F && c < 0xA0);
 }
 
-/// Characters that would break a line or turn the order of what stands around them.
+/// Characters that would break a line or turn the order of what is around them.
 bool IsLayoutControl(char32_t c) {
     return (c >= 0x2028 && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069) || c == 0x200E || c == 0x200F ||
            c == 0x061C;

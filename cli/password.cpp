@@ -13,7 +13,7 @@
 namespace command {
 namespace {
 
-constexpr int kMostQuestions = 3;
+constexpr int kMaxQuestions = 3;
 
 /// Switches the echo of the terminal off for its life. Signals of the keyboard wait until it is on again.
 class NoEcho {
@@ -101,7 +101,7 @@ bool Passwords::prepare() {
 ODF::Status Passwords::open(const std::string& file, const Attempt& attempt) const {
     ODF::Status status = attempt(isGiven_ ? &text_ : nullptr);
     if (isGiven_) return status;
-    for (int i = 0; i < kMostQuestions && IsAboutPassword(status); ++i) {
+    for (int i = 0; i < kMaxQuestions && IsAboutPassword(status); ++i) {
         const std::optional<std::string> password = AskPassword("Password for " + Quoted(file));
         if (!password) break;
         status = attempt(&*password);

@@ -32,7 +32,7 @@ struct TreeOptions {
 
 /// Beyond this depth lines aren't indented further, so that the output of a hostile file stays in proportion
 /// to it.
-constexpr std::size_t kMostIndent = 60;
+constexpr std::size_t kMaxIndent = 60;
 
 std::string NameOf(const CSDObject& object) {
     if (object.GetID() == ODF::kForeignElementId) {
@@ -58,8 +58,8 @@ std::string OwnText(const CSDObject& object) {
 }
 
 void PrintObject(const CSDObject& object, std::size_t depth, AttributeReader& attributes) {
-    std::cout << std::string(2 * std::min(depth, kMostIndent), ' ');
-    if (depth > kMostIndent) std::cout << '[' << depth << "] ";
+    std::cout << std::string(2 * std::min(depth, kMaxIndent), ' ');
+    if (depth > kMaxIndent) std::cout << '[' << depth << "] ";
     const std::string text = OwnText(object);
     if (object.GetID() == ODF::kCommentId)
         std::cout << "(comment) ";

@@ -1,5 +1,5 @@
 # What makes a whole build short: headers that most files include are precompiled, and files that cost little beside
-# their headers are compiled together. A compiler cache would keep neither well, so with one each file stands alone.
+# their headers are compiled together. A compiler cache would keep neither well, so with one each file is alone.
 if(CMAKE_CXX_COMPILER_LAUNCHER)
   set(alone ON)
 else()

@@ -37,7 +37,7 @@ public:
     }
 
 private:
-    /// A comment or processing instruction, and how much text that isn't blank is in front of it since the
+    /// A comment or processing instruction, and how much text that isn't blank is before it since the
     /// last child.
     struct Markup {
         XmlEvent::Kind kind;
@@ -58,7 +58,7 @@ private:
             place = counted = 0;
         }
     };
-    /// An element that stands on both sides.
+    /// An element that is on both sides.
     struct Level {
         const std::string* name = nullptr;
         const ClassView* view = nullptr; ///< null for a class that isn't known
@@ -97,7 +97,7 @@ private:
         return true;
     }
 
-    /// The next start or end of an element; what stands before it is taken in.
+    /// The next start or end of an element; what is before it is taken in.
     const XmlEvent* next(XmlEvents& events, bool isBefore) {
         const XmlEvent* event = events.peek();
         for (; event; events.pop(), event = events.peek()) {
@@ -216,7 +216,7 @@ private:
         return below;
     }
 
-    /// Compares what stands between two children.
+    /// Compares what is between two children.
     void settle(Level& level) {
         settleMarkup(level);
         const std::string& before = level.before.text;

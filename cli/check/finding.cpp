@@ -18,7 +18,7 @@ constexpr std::array<std::string_view, 32> kKeys{
 };
 static_assert(kKeys.size() == static_cast<std::size_t>(FindingKind::DoctypeDropped) + 1);
 
-constexpr std::size_t kMostExample = 60;
+constexpr std::size_t kMaxExample = 60;
 
 } // namespace
 
@@ -34,8 +34,8 @@ std::string TextOf(FindingKind kind) {
 
 std::string Example(std::string_view text) {
     std::size_t length = text.size();
-    if (length > kMostExample) {
-        length = kMostExample; // cut between characters
+    if (length > kMaxExample) {
+        length = kMaxExample; // cut between characters
         while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80)
             --length;
     }

@@ -40,7 +40,7 @@ enum class FindingKind {
     PrefixLost,       ///< the prefix that a value begins with is bound to nothing, or to something else
     TextDropped,      ///< character content of an element whose class keeps none
     TextChanged,      ///< other character content
-    TextMoved,        ///< character content between children now stands elsewhere
+    TextMoved,        ///< character content between children now is elsewhere
     MarkupLost,       ///< a comment or processing instruction, or its place in the text
     MarkupAdded,      ///< one that the file hasn't there
     // Nothing is lost.

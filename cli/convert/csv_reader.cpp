@@ -76,7 +76,7 @@ bool IsDigits(std::string_view text) {
 /// Whether a text is a number and no code that only looks like one: it has no leading zeros and not more
 /// digits than a number keeps.
 bool IsNumber(std::string_view text, double& number) {
-    constexpr std::size_t kMostDigits = 15;
+    constexpr std::size_t kMaxDigits = 15;
     std::string_view rest = text;
     if (rest.starts_with('-')) rest.remove_prefix(1);
     const std::size_t point = rest.find('.');
@@ -88,7 +88,7 @@ bool IsNumber(std::string_view text, double& number) {
         if (!IsDigits(fraction)) return false;
         digits += fraction.size();
     }
-    if (digits > kMostDigits || text == "-0") return false;
+    if (digits > kMaxDigits || text == "-0") return false;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     return error == std::errc() && end == text.data() + text.size();
 }

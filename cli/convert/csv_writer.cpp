@@ -6,7 +6,7 @@ namespace command {
 namespace {
 
 /// What repeats and gaps may add: a few bytes of a file can ask for billions of cells.
-constexpr std::size_t kMostCopied = std::size_t{64} << 20;
+constexpr std::size_t kMaxCopied = std::size_t{64} << 20;
 
 class CsvSheet {
 public:
@@ -64,7 +64,7 @@ private:
 
     CsvOptions options_;
     std::string text_;
-    std::size_t left_ = kMostCopied;
+    std::size_t left_ = kMaxCopied;
     bool isCut_ = false;
 };
 

@@ -227,7 +227,7 @@ private:
 
     std::string out_;
     std::string line_;
-    std::size_t start_ = 0; ///< of the text, behind the mark of a heading
+    std::size_t start_ = 0; ///< of the text, after the mark of a heading
     std::string marker_;    ///< of an item or note, before its first block
     std::vector<List> lists_;
     std::vector<std::size_t> indents_;

@@ -15,8 +15,8 @@ namespace command {
 namespace {
 
 /// What repeated cells and rows may add.
-constexpr std::size_t kMostCopies = 1U << 18;
-constexpr unsigned kMostBlanks = 4096;
+constexpr std::size_t kMaxCopies = 1U << 18;
+constexpr unsigned kMaxBlanks = 4096;
 
 std::string Value(const CSDObject& object, std::string_view name) {
     CTulStringW value;
@@ -26,7 +26,7 @@ std::string Value(const CSDObject& object, std::string_view name) {
 unsigned Number(const CSDObject& object, std::string_view name, unsigned otherwise) {
     const std::string value = Value(object, name);
     const long number = std::atol(value.c_str());
-    return number > 0 && number < kMostBlanks ? static_cast<unsigned>(number) : otherwise;
+    return number > 0 && number < kMaxBlanks ? static_cast<unsigned>(number) : otherwise;
 }
 
 /// Elements whose text is none of the document, or not in this place.
@@ -118,7 +118,7 @@ private:
     std::vector<std::string> lists_;         ///< styles of the open ones
     std::vector<const CSDObject*> attached_; ///< what hangs on the paragraph
     std::vector<const CSDObject*> notes_;
-    std::size_t copies_ = kMostCopies;
+    std::size_t copies_ = kMaxCopies;
     bool isCut_ = false;
 };
 

@@ -34,7 +34,7 @@ constexpr FieldRow kFields[] = {
     {ODF::CMetaEditingDuration::kId, "editing-duration", "editing time"},
 };
 
-/// The value of a field; a date as it stands in the file.
+/// The value of a field; a date as it is in the file.
 std::string ValueOf(const CSDObject& object) {
     if (const auto* const date = dynamic_cast<const CSDDateTimeValueObject*>(&object))
         return date->GetRawText().utf8();

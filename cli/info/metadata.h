@@ -10,7 +10,7 @@ namespace command {
 struct MetaField {
     std::string name;  ///< for machines, such as "initial-creator"
     std::string label; ///< for people, such as "created by"
-    std::string value; ///< a date as it stands in the file
+    std::string value; ///< a date as it is in the file
 };
 /// A field of the author's own.
 struct UserField {

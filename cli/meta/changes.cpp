@@ -46,7 +46,7 @@ CSDObject* MakeMeta(ODF::Document& document) {
     if (CSDObject* const meta = root->GetObjectByID(ODF::COfficeMeta::kId)) return meta;
     std::unique_ptr<CSDObject> made(ODF::COfficeMeta::Create());
     CSDObject* const meta = made.get();
-    // In a flat document it stands in front of all else.
+    // In a flat document it is before all else.
     const auto children = root->Children();
     if (children.begin() != children.end())
         root->Insert(std::move(made), *children.begin());

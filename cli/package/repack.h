@@ -5,7 +5,7 @@
 
 namespace command {
 
-/// Writes an Open Packaging file anew with every member as it is, in the same order. `members` are those
+/// Writes an Open Packaging file again with every member as it is, in the same order. `members` are those
 /// written.
 ExitCode RepackUnchanged(const std::string& from, const std::string& to, std::vector<Member>& members,
                          ODF::Diagnostics& diagnostics);

@@ -13,8 +13,10 @@
 ///         for (const ODF::CTextH& heading : text->Descendants<ODF::CTextH>())
 ///             std::cout << heading.TextOutlineLevel().value_or(1) << ' ' << ODF::Text(heading) << '\n';
 ///
-/// - Documents: `ODF::Document` (document/open_document.h) keeps all that a file has. `CODFDoc` is the older class.
-/// - Elements: `text:list-item` is `ODF::CTextListItem`, and so on; all derive from `CSDObject` (core/object.h).
+/// - Documents: `ODF::Document` (document/open_document.h) keeps all that a file has. `CODFDoc` is the older
+/// class.
+/// - Elements: `text:list-item` is `ODF::CTextListItem`, and so on; all derive from `CSDObject`
+/// (core/object.h).
 /// - Above the trees: text (document/text.h), `Styles`, `Sheet`, pictures, `Transfer`, fields, whole texts.
 /// - Values: `Length`, `Color`, `DateTime`, `Duration`, `KeyOf` and `ParseKey` for enumerations.
 

@@ -14,7 +14,7 @@
 namespace odfpython {
 namespace {
 
-/// Goes through children, or all that lies below `root`. The next element is held before the present one is
+/// Goes through children, or all that is below `root`. The next element is held before the present one is
 /// handed out, so that one may be removed.
 class Iteration {
 public:
@@ -57,7 +57,7 @@ private:
     py::object next_;
 };
 
-/// What takes long enough to let other threads run: what stands at the top of a tree.
+/// What takes long enough to let other threads run: what is at the top of a tree.
 std::unique_ptr<Unlocked> UnlockedIfLarge(const Element& element) {
     const bool isLarge = !element->Parent() || !element->Parent()->Parent();
     return isLarge ? std::make_unique<Unlocked>(*element.tree()) : nullptr;
@@ -118,7 +118,7 @@ void Insert(const Element& parent, Py_ssize_t index, const py::object& child) {
     const std::vector<CSDObject*> elements = ElementsIn(parent);
     const auto count = static_cast<Py_ssize_t>(elements.size());
     if (index < 0) index = std::max<Py_ssize_t>(index + count, 0);
-    if (index == 0) // also in front of text
+    if (index == 0) // also before text
         for (CSDObject& first : parent->Children())
             return Put(parent, child, &first);
     Put(parent, child, index < count ? elements[static_cast<std::size_t>(index)] : nullptr);

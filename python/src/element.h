@@ -24,7 +24,7 @@ auto Guarded(std::type_identity_t<std::invoke_result_t<Body>> failure, Body body
 
 /// Whether the object is an element, and neither text, a comment nor a processing instruction.
 bool IsElement(const CSDObject& object) noexcept;
-/// Puts an element or a text behind what `parent` holds.
+/// Puts an element or a text after what `parent` holds.
 void Append(const Element& parent, const py::object& child);
 py::str TextOf(const Element& element);
 /// Replaces text at and below the object; returns how often.

@@ -9,7 +9,7 @@
 
 namespace odfpython {
 
-/// A table with the view of it. The view is made anew when something else has changed its tree.
+/// A table with the view of it. The view is made again when something else has changed its tree.
 class Sheet {
 public:
     explicit Sheet(const Element& table) : table_(table) {}

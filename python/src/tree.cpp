@@ -43,7 +43,7 @@ bool HoldsText(const CSDObject& object) noexcept {
     }
 }
 
-/// What lies in a paragraph at or below `root`, or in `root` itself, and has the object at or below it; the
+/// What is in a paragraph at or below `root`, or in `root` itself, and has the object at or below it; the
 /// outermost of them, or null. Null, too, for an object that isn't below `root`.
 CSDObject* OutermostInline(CSDObject& object, const CSDObject& root) noexcept {
     CSDObject* found = nullptr;

@@ -131,7 +131,7 @@ Element WrapLoose(std::unique_ptr<CSDObject> object);
 /// None for null.
 py::object WrapOrNone(const TreePointer& tree, CSDObject* object);
 
-/// Takes `child` from where it is and puts it in front of `before`, or behind all children for null. Throws
+/// Takes `child` from where it is and puts it before `before`, or after all children for null. Throws
 /// ValueError or TypeError, with nothing changed, for what can't be.
 void Attach(const Element& parent, const Element& child, CSDObject* before);
 /// Takes an object out of its parent, into a tree of its own.

@@ -21,7 +21,7 @@ struct Moment {
     std::int64_t nanoseconds = 0;
 };
 
-/// Reads what stands at the begin of a text and takes it away.
+/// Reads what is at the begin of a text and takes it away.
 class Reader {
 public:
     explicit Reader(std::string_view text) noexcept : text_(text) {}

@@ -12,7 +12,7 @@ namespace {
 constexpr std::size_t kBlock = std::size_t{1} << 16;
 constexpr std::size_t kMaxRegion = std::size_t{1} << 22;
 /// Most parts are small, and a heap serves those better.
-constexpr unsigned kFewObjects = 256;
+constexpr unsigned kMaxFromHeap = 256;
 /// More than this at once would leave too much of a block unused.
 constexpr std::size_t kMaxAtOnce = kBlock / 8;
 
@@ -29,7 +29,7 @@ struct Arena::Block {
     void drop(std::size_t count) noexcept;
 };
 
-/// Begins each region, in front of its first block's own head. A region goes when all its blocks have gone.
+/// Begins each region, before its first block's own head. A region goes when all its blocks have gone.
 struct Arena::Region {
     std::atomic<std::size_t> blocks;
     std::size_t byteCount;
@@ -51,7 +51,7 @@ Arena::~Arena() {
 
 bool Arena::reserve(std::size_t byteCount) noexcept {
     if (!kIsUsed || byteCount > kMaxAtOnce) return false;
-    if (few_ < kFewObjects) {
+    if (few_ < kMaxFromHeap) {
         ++few_;
         return false;
     }

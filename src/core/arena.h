@@ -5,15 +5,15 @@
 
 namespace ODF {
 
-/// Memory for the objects of one parse. They come one behind the other out of large blocks, which go back to
+/// Memory for the objects of one parse. They come one after the other out of large blocks, which go back to
 /// the system when the last object in them has gone: no search for a place when an object is made, none when
 /// it goes, and no gaps between objects. The objects outlive the arena, each is deleted on its own, on any
 /// thread.
 ///
 /// Memory of a block is not used again before all of the block is free, so only what lives and dies together
-/// belongs into it. A text that lies here is copied when a caller takes it (see string_buffer.h).
+/// belongs into it. A text that is here is copied when a caller takes it (see string_buffer.h).
 ///
-/// What comes from an arena lies 8 bytes behind a multiple of 16, where the heap puts nothing: that is how
+/// What comes from an arena lies 8 bytes after a multiple of 16, where the heap puts nothing: that is how
 /// `owns` tells the two apart without a word for it in each object.
 class Arena {
 public:
@@ -22,7 +22,7 @@ public:
     Arena& operator=(const Arena&) = delete;
     ~Arena();
 
-    /// Room for an object and what belongs to it: the next `object` and the `attach` calls behind it, of
+    /// Room for an object and what belongs to it: the next `object` and the `attach` calls after it, of
     /// `byteCount` bytes together, come from one block. False when all that has to come from the heap: the
     /// first few objects, something too large for a block, or when the system gives no more pages.
     bool reserve(std::size_t byteCount) noexcept;
@@ -35,7 +35,7 @@ public:
     static constexpr std::size_t rounded(std::size_t byteCount) noexcept {
         return (byteCount + 15) & ~std::size_t{15};
     }
-    /// Whether an object, or a thing attached to one, lies in a block of an arena.
+    /// Whether an object, or a thing attached to one, is in a block of an arena.
     static bool owns(const void* place) noexcept {
         return kIsUsed && (reinterpret_cast<std::uintptr_t>(place) & 8U) != 0;
     }

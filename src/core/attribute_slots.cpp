@@ -17,7 +17,7 @@ unsigned Count(const std::uint64_t* block, unsigned words) noexcept {
 } // namespace
 
 // The blocks come from malloc, because growing one in place by a slot is what realloc is good at. Those that
-// a parse has made lie behind their objects.
+// a parse has made are after their objects.
 
 std::uint64_t* AttributeSlots::require(std::uint64_t*& block, unsigned words, unsigned row) {
     if (std::uint64_t* const slot = find(block, words, row)) return slot;

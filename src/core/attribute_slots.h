@@ -13,7 +13,7 @@ namespace ODF {
 /// one 8-byte slot for each that is present, in table order. An object without values has no block, and an
 /// absent attribute costs nothing. A text's slot holds the `CTulStringW` itself, which is one pointer.
 ///
-/// The bit behind the last attribute stands for the extras, a pointer to what hardly any object has.
+/// The bit after the last attribute stands for the extras, a pointer to what hardly any object has.
 class AttributeSlots {
 public:
     static_assert(sizeof(CTulStringW) == sizeof(std::uint64_t), "a text must fit into a slot");

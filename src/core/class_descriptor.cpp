@@ -20,8 +20,8 @@ int Compare(const char16_t* name, std::u16string_view text) noexcept {
     return std::u16string_view(name).compare(text);
 }
 
-/// Binary search over an index of rows. `compare(row)` is below, at or above 0 as the row lies before, at or
-/// behind what is looked for. Answers the first row at it, or -1.
+/// Binary search over an index of rows. `compare(row)` is below, at or above 0 as the row is before, at or
+/// after what is looked for. Returns the first row at it, or -1.
 template<typename Comparison>
 int Search(const std::uint16_t* index, unsigned count, Comparison compare) noexcept {
     const std::uint16_t* const end = index + count;

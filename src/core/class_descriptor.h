@@ -36,7 +36,7 @@ struct AttributeRow {
     enum Flag : std::uint8_t {
         kOptional = 1,    ///< absent until it is set or read; a required one is written always
         kNonEmpty = 2,    ///< a required text that is written only when it isn't empty
-        kFirstFont = 4,   ///< only what stands before the first comma is kept
+        kFirstFont = 4,   ///< only what is before the first comma is kept
         kNonNegative = 8, ///< a text that begins with "-" leaves the attribute absent
         kTruthy = 16,     ///< a bool that every text but "", "0" and "false" makes true
         kGiven = 32,      ///< the default of a required attribute is one that the format itself gives
@@ -106,7 +106,7 @@ struct ClassDescriptor {
     int findAttribute(NamespaceIndex owner, std::string_view localName) const noexcept;
     /// The same by the name with its customary prefix.
     int findAttribute(std::string_view qualifiedName) const noexcept;
-    /// Words of presence bits in front of the values; one bit more than attributes, for the rarely used
+    /// Words of presence bits before the values; one bit more than attributes, for the rarely used
     /// extras.
     unsigned words() const noexcept { return attributeCount / 64U + 1U; }
 };

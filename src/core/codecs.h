@@ -44,7 +44,7 @@ bool IsPlainNumber(std::string_view text, bool isFloat) noexcept;
 NumberText PrintUnsigned(std::uint32_t value) noexcept;
 NumberText PrintSigned(std::int32_t value) noexcept;
 
-/// The text in front of the first comma, when that stands behind the first unit; else the whole text.
+/// The text before the first comma, when that is after the first unit; else the whole text.
 std::u16string_view FirstFont(std::u16string_view value) noexcept;
 std::string_view FirstFont(std::string_view value) noexcept;
 

@@ -73,7 +73,7 @@ struct DurationParts {
     bool hasDate() const noexcept { return !years.empty() || !months.empty() || !days.empty(); }
 };
 
-/// Takes the number in front of `unit`, and the unit, off the front; empty when it isn't there.
+/// Takes the number before `unit`, and the unit, off the front; empty when it isn't there.
 std::string_view TakePart(std::string_view& text, char unit, bool mayHaveFraction) noexcept {
     std::string_view rest = text;
     while (!rest.empty() && IsDigit(rest.front()))
@@ -198,10 +198,10 @@ Duration Duration::Of(unsigned hours, unsigned minutes, double seconds) {
 }
 
 Duration Duration::Seconds(double seconds) {
-    constexpr double kMost = 1e12;
+    constexpr double kMax = 1e12;
     if (!std::isfinite(seconds)) seconds = 0;
     // In millionths, so that 0.1 + 0.2 has no more digits than people expect.
-    const auto millionths = static_cast<std::uint64_t>(std::round(std::min(std::abs(seconds), kMost) * 1e6));
+    const auto millionths = static_cast<std::uint64_t>(std::round(std::min(std::abs(seconds), kMax) * 1e6));
     const std::uint64_t minutes = millionths / 60000000;
     Duration result = Of(static_cast<unsigned>(minutes / 60), static_cast<unsigned>(minutes % 60),
                          static_cast<double>(millionths % 60000000) / 1e6);

@@ -11,7 +11,7 @@
 #include <vector>
 
 // What an object holds beyond its class: what only some objects have, and what a tree of full fidelity keeps
-// of its file. It hangs in the slot behind the attributes, so objects without any of it pay nothing.
+// of its file. It hangs in the slot after the attributes, so objects without any of it pay nothing.
 namespace ODF {
 
 /// The name of an element or attribute that no class lists. Names that are alike share their memory.
@@ -60,7 +60,7 @@ struct KeptMarkup {
     std::vector<NamespaceDeclaration> declarations;
     /// Children of an object whose class has no list for them.
     std::vector<CSDObject*> content;
-    /// Comments and processing instructions in front of the root element and after it.
+    /// Comments and processing instructions before the root element and after it.
     std::vector<CSDObject*> before;
     std::vector<CSDObject*> after;
 

@@ -217,7 +217,7 @@ void DeleteInPlace(std::vector<CSDObject*>& objects,
 } // namespace
 
 CSDExtObject::~CSDExtObject() {
-    // The tree goes in list order, each object before what lies below it, by a stack of lists instead of a
+    // The tree goes in list order, each object before what is below it, by a stack of lists instead of a
     // recursion: an object that is deleted here has handed its children over, so its own destructor finds
     // none.
     struct Level {

@@ -31,7 +31,7 @@ struct ReadValue {
 struct ReadSupply {
     ValuePool& pool;
     ValuePool::Usage* usage; ///< of each attribute of the class
-    Arena* arena;            ///< has room for the attributes reserved, beside the object; null for the heap
+    Arena* arena;            ///< has room for the attributes reserved, next to the object; null for the heap
     /// With full fidelity, the attributes that the class doesn't list; they are taken over. Null without.
     std::vector<KeptAttribute>* kept = nullptr;
 };
@@ -151,7 +151,7 @@ public:
                                         : requireExtras(parent).requireMarkup().content;
         list.insert(list.end(), children.begin(), children.end());
     }
-    /// Puts a child, whose root part and parent are set already, in front of all others.
+    /// Puts a child, whose root part and parent are set already, before all others.
     static void prepend(CSDObject& parent, CSDObject* child) {
         auto& list = isExtended(parent) ? static_cast<CSDExtObject&>(parent).children_
                                         : requireExtras(parent).requireMarkup().content;
@@ -169,7 +169,7 @@ public:
     static bool isWritten(const CSDObject& object, const ClassDescriptor& table, unsigned row) noexcept;
 };
 
-/// What the value of one attribute is, as it stands in a slot or as the default says.
+/// What the value of one attribute is, as it is in a slot or as the default says.
 struct AttributeValue {
     const AttributeRow& row;
     const std::uint64_t* slot;

@@ -102,7 +102,7 @@ bool CTulStringW::Assign(std::u16string_view text) {
     }
     if (!IsShared(units_) && GetCapacity() >= text.size()) {
         std::memmove(units_, text.data(),
-                     text.size() * sizeof(unsigned short)); // may lie in this very buffer
+                     text.size() * sizeof(unsigned short)); // may be in this very buffer
         SetLength(units_, text.size());
         return true;
     }

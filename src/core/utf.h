@@ -20,7 +20,7 @@ constexpr bool IsXmlCharacter(char32_t c) noexcept {
     return c <= 0xD7FF || (c >= 0xE000 && c <= 0xFFFD) || (c >= 0x10000 && c <= 0x10FFFF);
 }
 
-/// The code point at `at`, which moves behind it; U+FFFD for a lone surrogate. `at` must not be `end`.
+/// The code point at `at`, which moves after it; U+FFFD for a lone surrogate. `at` must not be `end`.
 inline char32_t NextCodePoint(const char16_t*& at, const char16_t* end) noexcept {
     const char16_t unit = *at++;
     if ((unit & 0xF800) != 0xD800) return unit;
@@ -30,7 +30,7 @@ inline char32_t NextCodePoint(const char16_t*& at, const char16_t* end) noexcept
     return kReplacement;
 }
 
-/// Puts the UTF-8 form of `c` at `out` and returns the place behind it; at most 4 bytes.
+/// Puts the UTF-8 form of `c` at `out` and returns the place after it; at most 4 bytes.
 inline char* PutUtf8(char* out, char32_t c) noexcept {
     const auto put = [&out](char32_t byte) { *out++ = static_cast<char>(byte); };
     if (c < 0x80) {

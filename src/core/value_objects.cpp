@@ -137,7 +137,7 @@ constexpr Field kFields[] = {
     {&SYSTEMTIME::wMilliseconds, 3, u'\0'},
 };
 
-/// Fields behind the first text that doesn't fit keep what they held.
+/// Fields after the first text that doesn't fit keep what they held.
 void ScanDateTime(std::u16string_view text, SYSTEMTIME& value) {
     std::size_t at = 0;
     for (const Field& field : kFields) {
@@ -147,7 +147,7 @@ void ScanDateTime(std::u16string_view text, SYSTEMTIME& value) {
     }
 }
 
-/// True when a field lies beyond what the calendar and the clock allow.
+/// True when a field is beyond what the calendar and the clock allow.
 bool IsBeyond(const SYSTEMTIME& value) {
     return value.wMonth > 12 || value.wDay > 31 || value.wHour > 24 || value.wMinute > 60 ||
            value.wSecond > 60;

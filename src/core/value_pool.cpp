@@ -28,7 +28,7 @@ std::uint64_t HashBytes(std::string_view bytes, std::uint64_t seed) noexcept {
         hash = (hash ^ block) * kMultiplier;
     }
     // The low bits of a product know nothing of the high ones of what is multiplied, which the last bytes are
-    // in: without another round numbered names would come to lie in a few long stretches of a table.
+    // in: without another round numbered names would gather in a few long stretches of a table.
     hash = (hash ^ (hash >> 32)) * kMultiplier;
     return hash ^ (hash >> 32);
 }

@@ -39,7 +39,7 @@ private:
     const std::uint64_t seed_;
     std::vector<Entry> entries_; ///< open addressing, a power of two
     std::size_t used_ = 0;
-    std::string bytes_; ///< the values as they stand in the file, which is how they are compared
+    std::string bytes_; ///< the values as they are in the file, which is how they are compared
 };
 
 /// A start value for the hashes of one table, which who makes a file can't foresee: names or values that are

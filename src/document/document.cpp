@@ -52,7 +52,7 @@ CDocument::~CDocument() {
 }
 
 void CDocument::Clear() noexcept {
-    // Parts of a new document that was never saved hang on the root part alone, others stand in the map, most
+    // Parts of a new document that was never saved hang on the root part alone, others are in the map, most
     // in both. Nothing is allocated here: this is the way out of a lack of memory, too.
     CODFPart* first = nullptr;
     CODFPart* last = nullptr;

@@ -157,10 +157,10 @@ void CODFPart::SetRelationshipID(const unsigned short* id) {
     relationshipID_ = id;
 }
 CTulStringW CODFPart::GetPackagePathOnly() const {
-    constexpr std::size_t kMost = 256;
+    constexpr std::size_t kMax = 256;
     const std::size_t separator = packagePath_.view().find_last_of(u"/\\");
     return separator == std::u16string_view::npos ? CTulStringW()
-                                                  : packagePath_.Left(std::min(separator + 1, kMost));
+                                                  : packagePath_.Left(std::min(separator + 1, kMax));
 }
 void CODFPart::SetPackagePartInfo(SDPackage::IPart* part) {
     if (!part) return;

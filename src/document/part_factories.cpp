@@ -13,22 +13,22 @@
 namespace ODF {
 namespace {
 
-/// The piece of a path behind the last separator or drive.
+/// The piece of a path after the last separator or drive.
 std::u16string_view FileName(std::u16string_view path) {
     const std::size_t separator = path.find_last_of(u"/\\:");
     return separator == std::u16string_view::npos ? path : path.substr(separator + 1);
 }
 
-constexpr std::size_t kLongestPiece = 255; ///< units of a name, and of an extension
-constexpr std::size_t kNameCapacity = 2 * kLongestPiece + 1;
+constexpr std::size_t kMaxPiece = 255; ///< units of a name, and of an extension
+constexpr std::size_t kNameCapacity = 2 * kMaxPiece + 1;
 
 /// Puts the file name of `path` into a buffer that keeps its address.
 const unsigned short* PutFileName(std::array<unsigned short, kNameCapacity>& buffer,
                                   std::u16string_view path) {
     const std::u16string_view whole = FileName(path);
     const std::u16string_view name = whole.substr(0, whole.rfind(u'.'));
-    const std::u16string_view extension = whole.substr(name.size()).substr(0, kLongestPiece);
-    auto end = std::copy_n(name.begin(), std::min(name.size(), kLongestPiece), buffer.begin());
+    const std::u16string_view extension = whole.substr(name.size()).substr(0, kMaxPiece);
+    auto end = std::copy_n(name.begin(), std::min(name.size(), kMaxPiece), buffer.begin());
     end = std::copy(extension.begin(), extension.end(), end);
     *end = 0;
     return buffer.data();
@@ -42,7 +42,7 @@ std::u16string Upper(std::u16string_view text) {
     return result;
 }
 
-/// A name like `name` under which no child stands below `folder`: packages have one member of a name.
+/// A name like `name` under which no child is below `folder`: packages have one member of a name.
 CTulStringW FreeName(const std::vector<ISDPart*>& children, std::u16string_view folder,
                      const CTulStringW& name) {
     std::unordered_set<std::u16string> taken;

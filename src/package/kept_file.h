@@ -23,8 +23,8 @@ struct KeptMember {
     CTulStringW partName; ///< of its override in the content types; empty without one
 };
 
-/// What a package that keeps its file's own knows of it beside the parts: how `Fidelity::Everything` writes
-/// the index anew without changing what nobody touched.
+/// What a package that keeps its file's own knows of it besides the parts: how `Fidelity::Everything` writes
+/// the index again without changing what nobody touched.
 struct KeptFile {
     bool isOpen = false;                                ///< there is a file to keep
     std::map<CTulStringW, std::vector<KeptLink>> links; ///< by the source's name, in the order of the file

@@ -18,7 +18,7 @@
 
 namespace SDPackage {
 
-/// What stands behind a package's operations.
+/// What is behind a package's operations.
 struct PackageState {
     explicit PackageState(IPackage& owner) : package(owner) {}
 

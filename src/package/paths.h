@@ -23,7 +23,7 @@ constexpr char16_t FoldCase(char16_t unit) noexcept {
 bool LessIgnoringCase(Units a, Units b) noexcept;
 bool EqualIgnoringCase(Units a, Units b) noexcept;
 
-/// The part behind the last separator.
+/// The part after the last separator.
 Units FileNameOf(Units path) noexcept;
 /// The part up to the last separator, which it includes; empty without one.
 Units FolderOf(Units path) noexcept;

@@ -4,7 +4,7 @@
 
 namespace SDPackage {
 
-/// `text` as it stands between the quotes of an attribute. What would end or break the value becomes a
+/// `text` as it is between the quotes of an attribute. What would end or break the value becomes a
 /// reference, what XML can't hold at all becomes U+FFFD; everything else keeps its spelling.
 CTulStringW EscapeAttribute(Units text);
 /// The same for one unit that was looked at already: appends it to `out`.

@@ -17,7 +17,7 @@ namespace ODF::platform {
 
 enum class FileKind { None, File, Folder, Link, Other };
 
-/// What stands at `path`; a link is followed, so `Link` never comes out of here.
+/// What is at `path`; a link is followed, so `Link` never comes out of here.
 FileKind KindOf(const Path& path);
 bool Exists(const Path& path);
 /// Whether the name is taken, be it by a link that leads nowhere.
@@ -47,7 +47,7 @@ bool CreateFolder(const Path& path);
 /// Makes the folder with its missing parents; with `isPrivate` all new ones get mode 0700.
 bool CreateFolders(const Path& path, bool isPrivate = false);
 
-/// Moves a file, replacing what stands at `to`. False across file systems.
+/// Moves a file, replacing what is at `to`. False across file systems.
 bool RenameReplacing(const Path& from, const Path& to);
 /// Moves a file; across file systems it is copied, flushed and then deleted.
 bool MoveReplacing(const Path& from, const Path& to);
@@ -55,7 +55,7 @@ bool MoveReplacing(const Path& from, const Path& to);
 void FlushFolder(const Path& folder) noexcept;
 /// Deletes one file or link.
 bool RemoveFile(const Path& path);
-/// Deletes a folder with all that lies in it, read-only and dot entries too. True when nothing is left.
+/// Deletes a folder with all that is in it, read-only and dot entries too. True when nothing is left.
 bool RemoveTree(const Path& folder) noexcept;
 
 /// Calls `visit` for everything below `folder`, in the binary order of names, a folder before what it holds.
@@ -150,7 +150,7 @@ private:
 };
 
 /// Creates files and folders strictly below one folder: every step is opened relative to the one before and
-/// no link is followed, so that nothing ends outside whatever lies in the folder.
+/// no link is followed, so that nothing ends outside whatever is in the folder.
 class FolderWriter {
 public:
     FolderWriter() noexcept = default;
@@ -165,7 +165,7 @@ public:
     OutputFile createFile(std::span<const std::string> steps);
     /// Creates the folder `steps`; true also when it is there already.
     bool createFolder(std::span<const std::string> steps);
-    /// Whether the last creation failed for what the name is or for what stands there already, and not
+    /// Whether the last creation failed for what the name is or for what is there already, and not
     /// because the medium is full or can't be written.
     bool isNameFault() const noexcept { return isNameFault_; }
 
@@ -176,9 +176,9 @@ private:
 };
 
 /// The longest name of one file or folder, in bytes of UTF-8.
-inline constexpr std::size_t kLongestName = 255;
+inline constexpr std::size_t kMaxName = 255;
 /// The longest path that the system takes, in bytes of UTF-8 with the terminator.
-inline constexpr std::size_t kLongestPath = 4096;
+inline constexpr std::size_t kMaxPath = 4096;
 
 /// Where a file that replaces `target` belongs: `target` with links at its end followed, so that the file
 /// behind a link is replaced and not the link. Empty when the links lead in a circle.

@@ -9,7 +9,7 @@
 namespace ODF::platform {
 
 /// A file name on its way to the system: UTF-8 with `/` between folders. A name that comes from outside is
-/// taken as it stands; only `operator/`, which builds the library's own paths, reads `\` as a separator too.
+/// taken as it is; only `operator/`, which builds the library's own paths, reads `\` as a separator too.
 class Path {
 public:
     Path() = default;
@@ -27,7 +27,7 @@ public:
     /// The path in the interface's own text type.
     CTulStringW text() const { return CTulStringW(std::string_view(utf8_)); }
 
-    /// The part behind the last `/` or `\`.
+    /// The part after the last `/` or `\`.
     std::string name() const;
     /// The name without its extension.
     std::string stem() const;
@@ -45,7 +45,7 @@ private:
 /// `relative` below `folder`: its `\` become `/`, and separators at the seam are folded into one.
 Path operator/(const Path& folder, const Path& relative);
 
-/// `path` from the root on, with "." and ".." steps folded by text alone; nothing need stand there.
+/// `path` from the root on, with "." and ".." steps folded by text alone; nothing need be there.
 Path Absolute(const Path& path);
 
 } // namespace ODF::platform

@@ -11,7 +11,7 @@ namespace ODF::platform {
 namespace {
 
 // Far above any honest settings file.
-constexpr std::uint64_t kLargestFile = std::uint64_t{1} << 20;
+constexpr std::uint64_t kMaxFile = std::uint64_t{1} << 20;
 
 std::string_view Trim(std::string_view text) noexcept {
     constexpr std::string_view blanks = " \t\r";
@@ -56,7 +56,7 @@ std::vector<Path> Files(SettingsRoot root) {
 /// Hands every line of the section `key` to `visit`, the section's own line as an empty one.
 template<typename Visit>
 void VisitSection(const Path& file, std::string_view key, Visit visit) {
-    const auto data = ReadFile(file, kLargestFile);
+    const auto data = ReadFile(file, kMaxFile);
     if (!data) return;
     std::string_view rest(reinterpret_cast<const char*>(data->data()), data->size());
     if (rest.starts_with("\xEF\xBB\xBF")) rest.remove_prefix(3);

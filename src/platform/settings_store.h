@@ -18,9 +18,9 @@ namespace ODF::platform {
 enum class SettingsRoot { User, Machine };
 
 /// The value `name` of `key`, with `\` or `/` between the steps of the key; nothing when there is none. The
-/// files are read anew at each call.
+/// files are read again at each call.
 std::optional<std::string> ReadSetting(SettingsRoot root, std::string_view key, std::string_view name);
-/// Whether the key stands in a file of that root.
+/// Whether the key is in a file of that root.
 bool HasSettingsKey(SettingsRoot root, std::string_view key);
 
 } // namespace ODF::platform

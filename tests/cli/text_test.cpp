@@ -130,7 +130,7 @@ std::vector<std::string> Words(const std::string& text) {
     return {std::istream_iterator<std::string>(in), {}};
 }
 
-/// Words of fields that another program works out anew when it opens the file: dates, times, names of files
+/// Words of fields that another program works out again when it opens the file: dates, times, names of files
 /// and people, and the numbers of endnotes.
 const std::map<std::string, std::set<std::string>> kWorkedOutAnew{
     {"text/lo74_indexes_fields.odt", {"indexes_fields.fodt", "13:27:18"}},

@@ -1,4 +1,4 @@
-// What all element objects share: children, names, ownership, and the values beside the attributes.
+// What all element objects share: children, names, ownership, and the values besides the attributes.
 
 #include "support/element_xml.h"
 #include "support/small_stack.h"

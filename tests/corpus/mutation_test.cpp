@@ -16,7 +16,7 @@ using test::Sample;
 namespace {
 
 constexpr int kMutations = 50;
-constexpr std::chrono::seconds kLongest{10}; ///< for one document, sanitizers and busy machines included
+constexpr std::chrono::seconds kMaxTime{10}; ///< for one document, sanitizers and busy machines included
 
 class Mutated : public test::InWorkspace<testing::TestWithParam<Sample>> {
 protected:
@@ -43,7 +43,7 @@ protected:
                                         }))
                     << what << ": " << note.member << ": " << note.text;
         }
-        EXPECT_LT(std::chrono::steady_clock::now() - start, kLongest) << what;
+        EXPECT_LT(std::chrono::steady_clock::now() - start, kMaxTime) << what;
     }
 
     std::string extension() const { return GetParam().path.substr(GetParam().path.rfind('.')); }

@@ -199,7 +199,7 @@ TEST(EncryptionRows, GrowingEntitiesEndTheParse) {
 
 namespace {
 
-/// An `algorithm` of that name, with what stands behind it.
+/// An `algorithm` of that name, with what is after it.
 std::string Named(const std::string& name, const std::string& derivation = {}) {
     const std::string row = "<m:algorithm m:algorithm-name='" + name + "'/>";
     return derivation.empty() ? row : row + "<m:key-derivation " + derivation + "/>";

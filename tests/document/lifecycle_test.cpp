@@ -14,7 +14,7 @@ namespace {
 
 class Lifecycle : public test::InWorkspace<> {
 protected:
-    /// A text document with these members beside its content, and what else the manifest says.
+    /// A text document with these members besides its content, and what else the manifest says.
     std::string textFile(Members more, const std::vector<test::ManifestEntry>& entries = {}) {
         more.emplace("content.xml", test::TextContent("<text:p>top</text:p>"));
         test::WriteOdf(file("text.odt"), test::kTextType, more, entries);

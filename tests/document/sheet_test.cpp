@@ -476,7 +476,7 @@ TEST(Sheet, RandomWritesEqualAPlainMap) {
 }
 
 TEST(Sheet, RowsAreAppendedBehindTheLastUsedOne) {
-    // As an office suite fills a sheet up, with what stands behind the rows.
+    // As an office suite fills a sheet up, with what is after the rows.
     Document document = FlatTable(R"(<table:table-column table:number-columns-repeated="16384"/>
         <table:table-row><table:table-cell office:value-type="string"><text:p>a</text:p></table:table-cell>
         <table:table-cell table:number-columns-repeated="16383"/></table:table-row>

@@ -24,7 +24,7 @@ void BuildLarge(CODFDoc& document, const test::Kind& kind, int seed) {
         paragraph->SetDrawFrame()->SetDrawTextBox()->SetTextP()->SetTextStyleName(u"P1");
     }
     COfficeAutomaticStyles* const styles = document.GetContentClass()->SetOfficeAutomaticStyles();
-    for (const ClassInfo& info : AllClasses()) // every class that can stand there
+    for (const ClassInfo& info : AllClasses()) // every class that can be there
         if (info.elementName().starts_with("style:") || info.elementName().starts_with("number:"))
             styles->CreateObject(info.elementName(), 1);
 }

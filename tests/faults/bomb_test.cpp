@@ -21,7 +21,7 @@ std::string StylesPart(std::string_view inside) {
            std::string(inside) + "</office:styles></office:document-styles>";
 }
 
-/// A content whose paragraph has `count` times 1,000 characters, by way of an entity, behind many blanks.
+/// A content whose paragraph has `count` times 1,000 characters, by way of an entity, after many blanks.
 std::string Entities(std::size_t count) {
     return "<!DOCTYPE x [<!ENTITY y '" + std::string(1000, 'y') + "'>]>" + std::string(100'000, ' ') +
            test::TextContent("<text:p>" + test::Repeated("&y;", count) + "</text:p>").substr(38);

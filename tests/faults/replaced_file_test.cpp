@@ -1,4 +1,4 @@
-// What belongs to a file beside its contents, and targets that go away.
+// What belongs to a file besides its contents, and targets that go away.
 
 #include "support/packages.h"
 #include "support/workspace.h"

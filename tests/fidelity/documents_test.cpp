@@ -47,7 +47,7 @@ TEST_P(DocumentTrip, KeepsEverything) {
         document.Root(object + "/content.xml");
     std::vector<std::string> differences =
         test::PackageDifferences(GetParam().path, save(), GetParam().password);
-    // A manifest that can't be read to its end gets rows for what lies after the fault, and of two members of
+    // A manifest that can't be read to its end gets rows for what is after the fault, and of two members of
     // one name the last one alone is kept.
     if (GetParam().isDamaged())
         std::erase_if(differences, [](const std::string& one) {

@@ -11,9 +11,9 @@ namespace test {
 ///
 /// - Most booleans are written as 1 and 0 where the office suite writes, and only understands, true and
 /// false: such
-///   an attribute counts as absent for it. (Lists that continue their numbering start anew, a month in
+///   an attribute counts as absent for it. (Lists that continue their numbering start again, a month in
 ///   letters becomes a number, a sub-table becomes a plain one.)
-/// - `text:a` has its own text in one value, which stands before its children.
+/// - `text:a` has its own text in one value, which is before its children.
 /// - References to marks, notes and sequences have no text; nor has `text:script`.
 /// - Elements that their parent doesn't list go with their content: `text:meta`, `text:drop-down`, `draw:a`
 /// directly in

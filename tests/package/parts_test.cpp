@@ -131,7 +131,7 @@ TEST_F(PackageParts, AreForgottenWhenTheyAreDeleted) {
     EXPECT_NE(Add(*package, "a.xml"), nullptr);
 }
 
-// Lookups by local path change from a walk to an index behind 128 parts; nobody may notice.
+// Lookups by local path change from a walk to an index from 128 parts on; nobody may notice.
 TEST_F(PackageParts, AreFoundByLocalPathHoweverManyThereAre) {
     for (const int count : {10, 127, 128, 129, 3000}) {
         SCOPED_TRACE(count);

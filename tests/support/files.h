@@ -24,7 +24,7 @@ private:
 
 std::string ReadFile(const std::filesystem::path& path);
 void WriteFile(const std::filesystem::path& path, std::string_view data);
-/// What lies directly in `folder`, in name order.
+/// What is directly in `folder`, in name order.
 std::vector<std::string> EntriesOf(const std::filesystem::path& folder);
 
 /// Sets an environment variable for the life of the object.

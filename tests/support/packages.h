@@ -33,7 +33,7 @@ Members ReadPackage(const std::string& path, const std::string& password = {});
 inline constexpr std::string_view kTextType = "application/vnd.oasis.opendocument.text";
 inline constexpr std::string_view kFormulaType = "application/vnd.oasis.opendocument.formula";
 
-/// A `content.xml` of a text document around what stands in `office:text`.
+/// A `content.xml` of a text document around what is in `office:text`.
 std::string TextContent(std::string_view body);
 
 } // namespace test

@@ -6,7 +6,7 @@
 
 namespace test {
 
-/// A folder for the files of a test, and beside it the only temporary directory that the library sees.
+/// A folder for the files of a test, and next to it the only temporary directory that the library sees.
 /// Nothing may be left there at the end, whatever went wrong on the way.
 template<typename Base = testing::Test>
 class InWorkspace : public Base {

@@ -451,7 +451,7 @@ TEST(ReadEntities, WhatADocumentGrowsByDoesNotDependOnItsBlanks) {
     EXPECT_TRUE(modest.parse(type + Declared("<text:p>&a;&a;</text:p>"), *Make("text:p")));
 }
 
-// A tag or comment that comes in many pieces may not be read anew with each of them.
+// A tag or comment that comes in many pieces may not be read again with each of them.
 TEST(ReadTime, OfLongTokensIsLinear) {
     const std::string filling(4'000'000, 'x');
     const test::TemporaryFolder folder;

@@ -16,7 +16,7 @@
 
 namespace {
 
-/// So many paragraphs that most lie in blocks of their own; texts and attributes of several sizes among them.
+/// So many paragraphs that most are in blocks of their own; texts and attributes of several sizes among them.
 std::string Paragraphs(int count) {
     std::string xml = "<office:text>";
     for (int i = 0; i < count; ++i) {

@@ -82,7 +82,7 @@ TEST_P(WriteEscapes, SoThatTheTextComesBack) {
     ASSERT_EQ(test::ChildrenOf(*again).size(), 1U);
     EXPECT_EQ(static_cast<CSDStringValueObject*>(test::ChildrenOf(*again)[0])->Getval().view(), given.back);
 
-    // Long enough that the text stands at every place of the output buffer's end.
+    // Long enough that the text is at every place of the output buffer's end.
     const auto title = test::Make("dc:title");
     std::u16string units;
     std::string expected;

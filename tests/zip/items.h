@@ -25,7 +25,7 @@ inline std::string Item(const CSDUnZip& unzip, std::string_view name) {
     return data;
 }
 
-/// The names of the members in the order in which they stand in the archive.
+/// The names of the members in the order in which they are in the archive.
 inline std::vector<std::string> NamesInOrder(const CSDUnZip& unzip) {
     std::map<int, std::string> byIndex;
     for (const auto& [name, item] : *unzip.itemTable)

@@ -10,7 +10,7 @@ namespace test {
 /// One member of an archive that is put together byte by byte, so that it can lie.
 struct RawMember {
     std::string name;
-    std::string data; ///< as it lies in the archive
+    std::string data; ///< as it is in the archive
     std::uint16_t method = 0;
     std::uint32_t crc = 0;
     std::uint32_t size = 0; ///< the claimed size of the plain data

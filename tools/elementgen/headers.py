@@ -137,7 +137,7 @@ def family_header(family, model):
 def enumerations_header(model):
     lines = [MADE_FROM.format("the element tables"), "#pragma once", "",
              "#include <odfmodel/core/enumeration.h>", "", "/// @file",
-             "/// The enumerated attribute values. The key of each, as it stands in a file, is its comment; "
+             "/// The enumerated attribute values. The key of each, as it is in a file, is its comment; "
              "`KeyOf` and", "/// `ParseKey` go between them.", "", "namespace ODF {", ""]
     for name, (family, keys) in sorted(model.enumerations.items()):
         users = sorted({attribute.qname for element in model.elements for attribute in element.attributes

@@ -13,8 +13,8 @@
 ///     std::unique_ptr<CSDObject> taken = list.Detach(item); // owned by the caller
 ///     list.Append(std::move(taken));                        // and by the list again
 ///
-/// An element is deleted with its parent, or by `Remove`. Attributes have accessors in the element classes; text
-/// is in text runs, which document/text.h reads and changes.
+/// An element is deleted with its parent, or by `Remove`. Attributes have accessors in the element classes;
+/// text is in text runs, which document/text.h reads and changes.
 
 #include <odfmodel/core/date_time.h>
 #include <odfmodel/core/ranges.h>

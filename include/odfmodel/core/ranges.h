@@ -183,7 +183,7 @@ enum class TreeChange {
     NoObject,    ///< the pointer was null
     OwnAncestor, ///< it is the parent itself or above it
     Listed,      ///< it is a child of that parent already
-    NotAChild,   ///< the object to insert in front of is no child of that parent
+    NotAChild,   ///< the object to insert before is no child of that parent
     NoList,      ///< the parent's class holds no children
 };
 

@@ -26,7 +26,7 @@ public:
     /// `flag` is always 1.
     virtual bool WriteObject(const unsigned short* name, CSDObject* object, CSDAttribute* attributes,
                              const unsigned short* text, int flag);
-    /// Appends `text` as it stands, encoded as UTF-8, without any escaping. `length` counts 16-bit units.
+    /// Appends `text` as it is, encoded as UTF-8, without any escaping. `length` counts 16-bit units.
     virtual void WriteRaw(const unsigned short* text, int length);
     /// Writes the file at `path` from the tree under `root`; creates missing folders. False when the file
     /// can't be written whole.

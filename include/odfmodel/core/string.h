@@ -54,7 +54,7 @@ concept TextLike =
     std::convertible_to<const T&, std::string_view> || std::convertible_to<const T&, std::u16string_view> ||
     std::convertible_to<const T&, const unsigned short*>;
 
-/// Stands in front of the units of every buffer of a `CTulStringW`.
+/// Stands before the units of every buffer of a `CTulStringW`.
 struct StringHeader {
     std::int32_t references; ///< strings that share the buffer; -2 marks the shared empty one
     std::uint32_t length;    ///< units in use, without the terminator
@@ -176,7 +176,7 @@ public:
     friend bool operator==(const CTulStringW& a, std::string_view b) { return a.utf8() == b; }
     friend bool operator==(const CTulStringW& a, const std::string& b) { return a.utf8() == b; }
     friend bool operator==(const CTulStringW& a, const char* b) { return a.utf8() == b; }
-    /// Texts of any kind after or in front of one; numbers don't count as texts.
+    /// Texts of any kind after or before one; numbers don't count as texts.
     template<ODF::TextLike T>
     friend CTulStringW operator+(const CTulStringW& a, const T& b) {
         CTulStringW sum(a);

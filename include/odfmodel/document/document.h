@@ -41,7 +41,7 @@ namespace ODF {
 ///
 /// `int` results are 1 for success and 0 for failure; `GetDiagnostics` tells why, and what was met on the
 /// way. A document belongs to one thread at a time; different documents never meet. Pointers that it hands
-/// out live as long as the document, or until it is opened anew.
+/// out live as long as the document, or until it is opened again.
 class ODFMODEL_API CDocument {
 public:
     using DocumentType = sd::SDDocType::DocumentType;
@@ -57,7 +57,7 @@ public:
     /// first. After a lack of memory nothing is open.
     virtual int Open(const unsigned short* path);
     /// Writes all trees and the package to `path`, whose old file stays as it is until the new one is
-    /// complete. A document can be saved once; a second call writes nothing and answers 1. A package that
+    /// complete. A document can be saved once; a second call writes nothing and returns 1. A package that
     /// could not be written shows in the status of the diagnostics alone, and the document can then be saved
     /// elsewhere. What was damaged when it was opened is noted again, with the status `Damaged`: the new file
     /// holds less than the old one.

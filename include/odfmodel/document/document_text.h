@@ -8,7 +8,7 @@
 
 /// @file
 /// The whole text of a document in the order in which one reads it: paragraphs with the labels of lists and
-/// headings, notes and text boxes behind what they hang on, the cells of sheets, slides with their notes.
+/// headings, notes and text boxes after what they hang on, the cells of sheets, slides with their notes.
 ///
 ///     ODF::ForEachLine(document, [](std::string_view line) { std::cout << line << '\n'; });
 

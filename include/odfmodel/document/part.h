@@ -10,7 +10,7 @@
 
 namespace ODF {
 
-// What parts are described with stands at global scope, since the core's interface speaks of it; here it has
+// What parts are described with is at global scope, since the core's interface speaks of it; here it has
 // the names of its neighbours too.
 using ::_foCompSeqProcElem;
 using ::ISDPart;
@@ -96,7 +96,7 @@ public:
     void SetRelationshipID(const unsigned short* id);
     CODFPart* GetParentPart() const noexcept { return parentPart_; }
     void SetParentPart(CODFPart* parent) noexcept { parentPart_ = parent; }
-    /// The folders of the package path, with the separator behind them; empty for a file at the top.
+    /// The folders of the package path, with the separator after them; empty for a file at the top.
     CTulStringW GetPackagePathOnly() const;
     /// Takes over target mode, types, paths and name; null is ignored. Later changes don't follow.
     void SetPackagePartInfo(SDPackage::IPart* part);

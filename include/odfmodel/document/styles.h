@@ -28,7 +28,7 @@ class CStyleDefaultStyle;
 class Document;
 
 namespace detail {
-/// Puts a set of properties in front of those that the format wants after it.
+/// Puts a set of properties before those that the format wants after it.
 ODFMODEL_API CSDObject& AddProperties(CSDObject& style, std::unique_ptr<CSDObject> properties);
 /// The style's child of that class; null for none and for no style.
 ODFMODEL_API CSDObject* PropertiesOf(CSDObject* style, unsigned id);

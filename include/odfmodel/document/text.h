@@ -32,7 +32,7 @@ ODFMODEL_API std::u16string Text16(const CSDObject& element);
 /// ends. False, and nothing changes, for an element of any other class. Throws std::bad_alloc without memory.
 ODFMODEL_API bool SetText(CSDObject& element, std::string_view text);
 
-/// Adds text, in UTF-8, behind all that such an element holds, or in front of `before`, a child of it. "\n"
+/// Adds text, in UTF-8, after all that such an element holds, or before `before`, a child of it. "\n"
 /// is a line end. False, and nothing changes, for an element of any other class and when `before` is no
 /// child. Throws std::bad_alloc without memory.
 ODFMODEL_API bool AddText(CSDObject& element, std::string_view text, const CSDObject* before = nullptr);

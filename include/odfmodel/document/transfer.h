@@ -20,7 +20,7 @@ class Document;
 ///     for (const ODF::CTextP& paragraph : from.Text()->Children<ODF::CTextP>())
 ///         transfer.Append(paragraph, *to.Text());
 ///
-/// Automatic styles are made anew where the target has none that says the same. Of common styles, fonts and
+/// Automatic styles are made again where the target has none that says the same. Of common styles, fonts and
 /// master pages with one name, those of the target count, so that what is copied looks as its new document
 /// does. One transfer copies each style and picture once; use it for all that goes from one document to the
 /// other. Both documents must outlive it and not be moved. They may be the same.
@@ -40,7 +40,7 @@ public:
     [[nodiscard]] std::unique_ptr<T> Copy(const T& object, const CSDObject& place) {
         return std::unique_ptr<T>(static_cast<T*>(CopyObject(object, place).release()));
     }
-    /// The same, put behind the other children of `parent`. Borrowed; null also when `parent` holds no
+    /// The same, put after the other children of `parent`. Borrowed; null also when `parent` holds no
     /// children.
     template<std::derived_from<CSDObject> T>
     T* Append(const T& object, CSDObject& parent) {

@@ -26,7 +26,7 @@ enum DelayLoadCode : unsigned { DelayLoadPreLoad = 1, DelayLoadFailed = 3 };
 ///
 /// The Common path is the first of the executable's folder, "Bin" below it and "Bin" below its three
 /// ancestors that holds the marker file, else the machine setting "Common Path" of
-/// `Software\TUL\Shared\Common9.6`. The log lies in "TUL/User/" below the folder that the environment
+/// `Software\TUL\Shared\Common9.6`. The log is in "TUL/User/" below the folder that the environment
 /// variable APPDATA names, else in "Tul/" below $XDG_STATE_HOME or
 /// ~/.local/state.
 class ODFMODEL_API ModuleLoader {

@@ -44,10 +44,10 @@ struct PackageState;
 /// archive into a tree of part records with their types and links, and writes such a tree back. It knows
 /// nothing of elements.
 ///
-/// `int` results are non-zero for success; why something failed stands in the diagnostics. A package belongs
+/// `int` results are non-zero for success; why something failed is in the diagnostics. A package belongs
 /// to one thread at a time, different packages never meet. Pointers handed out are borrowed unless an
 /// operation says otherwise; the ones to parts, relationships and the registry live until the package is
-/// opened anew or goes.
+/// opened again or goes.
 class ODFMODEL_API IPackage {
 public:
     using DocumentType = sd::SDDocType::DocumentType;
@@ -63,7 +63,7 @@ public:
     virtual int Open(const unsigned short* path, const unsigned short* folder, int keepCompressed,
                      CSDUnZip* unzip);
     /// Opens an Open Packaging archive in memory, which stays the caller's and must outlive the package or
-    /// its next open. `name` tells the type by its extension when a readable file stands there; `folder` is
+    /// its next open. `name` tells the type by its extension when a readable file is there; `folder` is
     /// where the members are extracted, null for nowhere.
     virtual int OpenMemory(void* data, unsigned size, const unsigned short* name,
                            const unsigned short* folder);
@@ -83,7 +83,7 @@ public:
     virtual int ExportUserData(UserDataPart* part, int fromStorage);
     /// Extracts the user data member and lets the module take it in.
     virtual int ImportUserData(UserDataPart* part, CSDUnZip* unzip);
-    /// Makes a copy of the archive whose user data member is written anew; `outPath` is its name, the
+    /// Makes a copy of the archive whose user data member is written again; `outPath` is its name, the
     /// caller's to delete.
     virtual int RepackUserData(UserDataPart* part, CSDUnZip* unzip, CTulStringW& outPath);
     virtual void SetUserDataPath(const unsigned short* path);
@@ -122,7 +122,7 @@ public:
     /// A new empty part, owned by the caller until `AddPart`.
     virtual IPart* CreatePart();
     /// Takes `part` over and enters it under its package path. A part that stands under that path already
-    /// stays there, and the new one is only owned. Answers `part`.
+    /// stays there, and the new one is only owned. Returns `part`.
     virtual IPart* AddPart(IPart* part);
     /// The first part with that mode and local path, ignoring case; null when none.
     virtual IPart* FindPartByLocalPath(const unsigned short* localPath, TargetMode mode);
@@ -201,9 +201,9 @@ public:
 
     // What the package knows beside its parts.
 
-    /// Folder entries of the manifest: folder with `\` behind each step, and its media type.
+    /// Folder entries of the manifest: folder with `\` after each step, and its media type.
     const Map& GetFolderEntries() const;
-    /// Member name to file: what the next save writes beside the parts. It isn't emptied by a save.
+    /// Member name to file: what the next save writes besides the parts. It isn't emptied by a save.
     FileMap* GetWriteList();
     /// The package's own path where it has been stored.
     const unsigned short* GetSourcePath() const;

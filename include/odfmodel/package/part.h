@@ -12,7 +12,7 @@ class PartRegistry;
 
 /// The record of one part: one object for each member that the package knows, and one for the root, which
 /// stands for the package itself. The first thirteen operations go to the part's relationships and answer 0
-/// or null, doing nothing, when it has none. Texts are never null; they live until they are set anew or the
+/// or null, doing nothing, when it has none. Texts are never null; they live until they are set again or the
 /// part goes.
 class ODFMODEL_API IPart {
 public:

@@ -9,7 +9,7 @@
 
 namespace SDPackage {
 
-/// One relationship as it stands in a `.rels` member. A value object; texts are never null.
+/// One relationship as it is in a `.rels` member. A value object; texts are never null.
 class ODFMODEL_API IRelationship {
 public:
     IRelationship() = default;

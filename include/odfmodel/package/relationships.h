@@ -27,7 +27,7 @@ public:
     virtual IPart* GetPartById(const unsigned short* id) const;
     virtual IPart* GetPartByContentType(const unsigned short* contentType) const;
     virtual IPart* GetPartByPackagePath(const unsigned short* path) const;
-    /// Appends and answers `part`; null for a null part or when that part is already here under that id.
+    /// Appends and returns `part`; null for a null part or when that part is already here under that id.
     virtual IPart* Add(IPart* part, const unsigned short* id);
     virtual bool Contains(const unsigned short* id) const;
     /// The id of the first entry whose part has the package path of `part`; null when none.
@@ -69,7 +69,7 @@ public:
     /// The id of the first entry that holds `part`, or null. Valid until that entry goes.
     virtual const unsigned short* GetIdByPart(IPart* part);
     virtual IPart* Reserved(void* a, void* b);
-    /// Enters `part` under `id`, or under a new id "rId<n>" for null, and answers `part`. Null, with nothing
+    /// Enters `part` under `id`, or under a new id "rId<n>" for null, and returns `part`. Null, with nothing
     /// changed, when the id is taken or `part` is null.
     virtual IPart* AddPart(IPart* part, const unsigned short* id);
     virtual IPart* AddPart(IPart* part);

@@ -17,7 +17,7 @@ public:
     virtual unsigned Read(void* buffer, unsigned byteCount) = 0;
     /// Writes at the position and moves it; the stream grows as needed.
     virtual unsigned Write(const void* buffer, unsigned byteCount) = 0;
-    /// Sets the position, which may lie beyond the end.
+    /// Sets the position, which may be beyond the end.
     virtual void Seek(std::uint64_t position) = 0;
     virtual std::uint64_t Tell() const = 0;
     virtual std::uint64_t GetSize() const = 0;
@@ -42,8 +42,9 @@ public:
     virtual IStream* OpenStream(const unsigned short* name) = 0;
     /// A new empty stream in place of what bears that name; null when the name can't be used.
     virtual IStream* CreateStream(const unsigned short* name) = 0;
-    /// Writes the file when something has changed, beside it and moved over it in the end, and ends the work.
-    /// Non-zero unless the file couldn't be written, which then is as it was. The object is gone afterwards.
+    /// Writes the file when something has changed, next to it and moved over it in the end, and ends the
+    /// work. Non-zero unless the file couldn't be written, which then is as it was. The object is gone
+    /// afterwards.
     virtual int Release() = 0;
 
     IStream* OpenStream(const PlainText auto& name) { return OpenStream(CTulStringW(name).c_str()); }
@@ -57,7 +58,7 @@ protected:
 /// Opens the compound storage file at `path` for reading and writing; null when that can't be done, and
 /// always in a build without the user data module. The caller owns it until its `Release`.
 ODFMODEL_API IStorage* OpenStorage(const unsigned short* path);
-/// Creates an empty compound storage file at `path`, in place of what stands there; null as above.
+/// Creates an empty compound storage file at `path`, in place of what is there; null as above.
 ODFMODEL_API IStorage* CreateStorage(const unsigned short* path);
 
 } // namespace SDPackage

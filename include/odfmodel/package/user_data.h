@@ -38,7 +38,7 @@ public:
     void* module = nullptr;
 
     /// Loads the module that the user's settings name: the value "module" of the key
-    /// `Software\TUL\Shared\Serializer`. 1 when it stands ready.
+    /// `Software\TUL\Shared\Serializer`. 1 when it is ready.
     int Load();
     void Unload() noexcept;
 };
@@ -51,7 +51,7 @@ public:
     UserDataPart& operator=(const UserDataPart&) = delete;
     virtual ~UserDataPart();
 
-    /// Loads the module anew; 1 when it can be used.
+    /// Loads the module again; 1 when it can be used.
     int Init();
     /// 1 when the module is there or can be loaded now.
     int IsAvailable();
@@ -90,7 +90,7 @@ public:
     /// 1 when the module is loaded or can be loaded now.
     int IsAvailable();
     /// Opens the storage file, or creates it with `create`, and lets the module take its stream in
-    /// (`toModule`) or fill it. 0 when the storage can't be opened or not be written; what the module answers
+    /// (`toModule`) or fill it. 0 when the storage can't be opened or not be written; what the module returns
     /// isn't told.
     int ExchangeStorage(const unsigned short* path, int toModule, int create);
     /// Lets the module take the stream in. Without such a stream an empty one is made and the result is 0.

@@ -27,9 +27,9 @@ ODFMODEL_API int TulCloseFile(TulFileHandle file);
 
 /// Deletes a file; non-zero when it is gone.
 ODFMODEL_API int TulDeleteFile(const unsigned short* path);
-/// Non-zero when a regular file stands at `path`.
+/// Non-zero when a regular file is at `path`.
 ODFMODEL_API int TulFileExist(const unsigned short* path);
-/// Non-zero when anything stands at `path`, a broken link too.
+/// Non-zero when anything is at `path`, a broken link too.
 ODFMODEL_API int TulExistDir(const unsigned short* path);
 
 /// Writes the path of a fresh temporary file, whose name starts with `prefix`, into `buffer` of `capacity`

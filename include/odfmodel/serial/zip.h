@@ -13,7 +13,7 @@ class Diagnostics;
 } // namespace ODF
 
 /// Writes an archive, one at a time, to a file, a caller's buffer or a mapping. `int` results are non-zero
-/// for success. A file is built beside its target and replaces it only when it is complete and no member
+/// for success. A file is built next to its target and replaces it only when it is complete and no member
 /// failed. Member names may be given with `/` or `\` between folders; the archive holds them with `/`, in the
 /// order of the calls. A name that comes twice keeps its first place and takes the later content. Every
 /// member is read and packed during its call. Members bear the present time, or that of the environment
@@ -77,7 +77,7 @@ public:
     int CopyItem(CSDZipHandle* source, int index, std::string_view itemName) {
         return CopyItem(source, index, CTulStringW(itemName).c_str());
     }
-    /// The same when the source lies in a mapping.
+    /// The same when the source is in a mapping.
     int CopyItemLargeMemory(CSDZipHandle* source, void* mapping, unsigned long mappingSize, int index,
                             const unsigned short* itemName);
 

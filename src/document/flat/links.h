@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-// Links of a document: into its package, and to files beside it.
+// Links of a document: into its package, and to files next to it.
 namespace ODF::flat {
 
 /// The attribute `xlink:href`; empty when the object has none.

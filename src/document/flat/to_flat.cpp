@@ -24,7 +24,7 @@ using Bytes = std::vector<unsigned char>;
 
 /// Objects within objects; more are none that a program has made.
 constexpr std::size_t kMaxNesting = 16;
-/// What pictures and objects may take together in bytes of XML, beside several times what the members have.
+/// What pictures and objects may take together in bytes of XML, besides several times what the members have.
 constexpr std::uint64_t kFreeInlined = std::uint64_t{256} << 20;
 constexpr std::uint64_t kInlinedPerByte = 8;
 /// A tree takes so much more memory and time than the bytes of a picture.
@@ -280,7 +280,7 @@ std::vector<std::string> Flattening::leftOut() const {
     return names;
 }
 
-/// Whether nothing of the document is lost with the member: what programs make anew or need not have.
+/// Whether nothing of the document is lost with the member: what programs make again or need not have.
 bool IsDispensable(std::string_view member) {
     for (const std::string_view head :
          {"Thumbnails/", "Configurations2/", "META-INF/", "ObjectReplacements/"})

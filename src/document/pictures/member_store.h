@@ -12,7 +12,7 @@ namespace ODF {
 class CODFDoc;
 class Document;
 
-/// The members beside the trees, whatever kind of document has them.
+/// The members besides the trees, whatever kind of document has them.
 class MemberStore {
 public:
     using Bytes = std::vector<unsigned char>;

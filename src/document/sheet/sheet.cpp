@@ -243,8 +243,8 @@ Sheet::Rows Sheet::UsedRows() const {
 }
 
 std::optional<CellRange> Sheet::UsedRange() const {
-    constexpr std::uint32_t kMost = std::numeric_limits<std::uint32_t>::max();
-    CellRange range{{kMost, kMost}, {0, 0}};
+    constexpr std::uint32_t kMax = std::numeric_limits<std::uint32_t>::max();
+    CellRange range{{kMax, kMax}, {0, 0}};
     for (const SheetRow& row : UsedRows()) {
         range.first.row = std::min(range.first.row, row.Index());
         range.last.row = row.Index() + (row.Repeat() - 1);
@@ -253,7 +253,7 @@ std::optional<CellRange> Sheet::UsedRange() const {
             range.last.column = std::max(range.last.column, cell.Column() + (cell.ColumnRepeat() - 1));
         }
     }
-    return range.first.row == kMost ? std::nullopt : std::optional(range);
+    return range.first.row == kMax ? std::nullopt : std::optional(range);
 }
 
 std::optional<CellRange> Sheet::MergedRange(const CellAddress& cell) const {

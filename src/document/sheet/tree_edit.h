@@ -17,7 +17,7 @@ CSDObject* Insert(CSDExtObject& parent, std::size_t position, std::unique_ptr<CS
 /// The children; an empty list for an object that never had one.
 const std::vector<CSDObject*>& ChildrenOf(const CSDObject& object) noexcept;
 
-/// Calls `visit(child, state)` for what lies below `root`, in document order. A child whose call returns a
+/// Calls `visit(child, state)` for what is below `root`, in document order. A child whose call returns a
 /// state is entered, with that state for its own children. Trees may be of any depth.
 template<typename State, typename Visit>
 void WalkBelow(const CSDObject& root, State state, Visit visit) {

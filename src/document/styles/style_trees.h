@@ -21,7 +21,7 @@ class Document;
 /// What a style says, whatever its name: two with the same key look alike.
 std::string ContentKey(const CSDObject& style);
 
-/// Puts a child in front of the first one whose class has a higher rank.
+/// Puts a child before the first one whose class has a higher rank.
 CSDObject& InsertByRank(CSDObject& parent, std::unique_ptr<CSDObject> child,
                         int (*rank)(const CSDObject& child));
 

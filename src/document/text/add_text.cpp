@@ -14,7 +14,7 @@ std::unique_ptr<CSDObject> MakeRun(const CTulStringW& text) {
     return run;
 }
 
-/// Whether a blank behind what stands in front of `place` would be dropped; that is taken to be so where it
+/// Whether a blank after what is before `place` would be dropped; that is taken to be so where it
 /// isn't known.
 bool IsAfterBlank(const std::vector<CSDObject*>& list, std::size_t place) {
     if (place == 0 || !list[place - 1]) return true;

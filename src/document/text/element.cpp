@@ -50,7 +50,7 @@ constexpr ElementRow kElements[] = {
     {"text:variable-input", Element::Field},
     {"text:user-field-get", Element::Field},
     {"text:expression", Element::Field},
-    {"text:number", Element::Skipped}, // made anew from the list's style
+    {"text:number", Element::Skipped}, // made again from the list's style
     {"text:measure", Element::Skipped},
     {"office:annotation", Element::Skipped},
     {"office:change-info", Element::Skipped},

@@ -1,14 +1,10 @@
 #include "document/text/line.h"
 
+#include "document/text/paragraph_text.h"
+
 #include <algorithm>
 
 namespace ODF::reading {
-namespace {
-
-/// More in one place are none that anyone typed.
-constexpr std::size_t kMostBlanks = 4096;
-
-} // namespace
 
 void Line::add(std::string_view text) {
     for (const char c : text) {
@@ -27,7 +23,7 @@ void Line::addVerbatim(std::string_view text) {
 }
 
 void Line::addBlanks(std::size_t count) {
-    addVerbatim(std::string(std::min(count, kMostBlanks), ' '));
+    addVerbatim(std::string(std::min<std::size_t>(count, kMaxBlanks), ' '));
 }
 
 } // namespace ODF::reading

@@ -9,7 +9,7 @@
 
 namespace ODF::reading {
 
-/// What stands in front of a paragraph.
+/// What is before a paragraph.
 struct Label {
     std::size_t level = 0; ///< depth of lists around it; 0 outside lists
     std::string text;      ///< number or bullet, empty for none
@@ -32,7 +32,7 @@ public:
     /// paragraph.
     Label next(unsigned outlineLevel, const Attributes& attributes);
 
-    /// Text that hangs on a paragraph stands in no list but its own.
+    /// Text that hangs on a paragraph is in no list but its own.
     void startBlock();
     void endBlock();
 

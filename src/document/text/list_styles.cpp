@@ -5,9 +5,9 @@
 namespace ODF::reading {
 namespace {
 
-/// What stands around a number comes with every item, so that a long one would swell the output out of
+/// What is around a number comes with every item, so that a long one would swell the output out of
 /// proportion.
-constexpr std::size_t kMostAffix = 256;
+constexpr std::size_t kMaxAffix = 256;
 
 } // namespace
 
@@ -66,8 +66,8 @@ void ListStyles::addLevel(ListLevel::Kind kind, const Attributes& attributes) {
     row.format = attributes.get("style:num-format");
     if (kind == ListLevel::Kind::Number && row.format.empty()) row.kind = ListLevel::Kind::Plain;
     row.isLetterSync = attributes.isTrue("style:num-letter-sync");
-    row.prefix = attributes.get("style:num-prefix").substr(0, kMostAffix);
-    row.suffix = attributes.get("style:num-suffix").substr(0, kMostAffix);
+    row.prefix = attributes.get("style:num-prefix").substr(0, kMaxAffix);
+    row.suffix = attributes.get("style:num-suffix").substr(0, kMaxAffix);
     row.start = attributes.number("text:start-value", 1);
     row.shownLevels = std::clamp<unsigned>(attributes.number("text:display-levels", 1), 1, kListLevels);
 }

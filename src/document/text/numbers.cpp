@@ -6,7 +6,7 @@ namespace ODF::reading {
 namespace {
 
 constexpr unsigned kLetters = 26;
-constexpr unsigned kMostRoman = 4999;
+constexpr unsigned kMaxRoman = 4999;
 
 std::string Letters(unsigned number, char first, bool isSync) {
     std::string text;
@@ -48,7 +48,7 @@ std::string FormatNumber(unsigned number, std::string_view format, bool isLetter
         return Letters(number, format.front(), isLetterSync);
     case 'i':
     case 'I':
-        return number <= kMostRoman ? Roman(number, format.front() == 'I') : std::to_string(number);
+        return number <= kMaxRoman ? Roman(number, format.front() == 'I') : std::to_string(number);
     default:
         return std::to_string(number);
     }

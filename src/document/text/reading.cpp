@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::size_t kIndent = 4;     ///< blanks for each level of lists
 constexpr std::size_t kLabelWidth = 3; ///< blanks in place of a label
-constexpr unsigned kMostRepeat = 1U << 24;
+constexpr unsigned kMaxRepeat = 1U << 24;
 
 std::string Indent(const Label& label) {
     std::string indent(label.level * kIndent, ' ');
@@ -198,7 +198,7 @@ void Reading::endBlock(Element element) {
 void Reading::startSheet(Element element, const Attributes& attributes) {
     if (kind_ != Kind::Spreadsheet) return;
     const auto repeat = [&](std::string_view name) {
-        return std::min(attributes.number(name, 1), kMostRepeat);
+        return std::min(attributes.number(name, 1), kMaxRepeat);
     };
     if (!sheet_) {
         if (element != Element::Table) return;
@@ -286,7 +286,7 @@ void Reading::addInline(Element element, const Attributes& attributes) {
             pending_ += deletion->second;
         else
             paragraphs_.back().line.addVerbatim(deletion->second);
-        deletions_.erase(deletion); // stands in one place only
+        deletions_.erase(deletion); // is in one place only
         return;
     }
     if (paragraphs_.empty()) return;

@@ -6,7 +6,7 @@ namespace ODF::reading {
 namespace {
 
 /// Columns of the widest sheet that office programs know.
-constexpr std::size_t kMostColumns = 16384;
+constexpr std::size_t kMaxColumns = 16384;
 
 } // namespace
 
@@ -20,7 +20,7 @@ unsigned CopyBudget::take(unsigned repeat, std::size_t length) {
 
 void SheetRow::addCell(const std::string& text, unsigned repeat, CopyBudget& budget) {
     if (text.empty()) {
-        pendingTabs_ = std::min(pendingTabs_ + std::max(repeat, 1U), kMostColumns);
+        pendingTabs_ = std::min(pendingTabs_ + std::max(repeat, 1U), kMaxColumns);
         return;
     }
     for (unsigned count = budget.take(repeat, text.size()); count > 0; --count) {

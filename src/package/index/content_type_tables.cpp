@@ -17,7 +17,7 @@ constexpr bool ByType(const Row& a, const Row& b) noexcept {
     return a.relationType < b.relationType;
 }
 
-// Both tables stand in the binary order of the relationship type.
+// Both tables are in the binary order of the relationship type.
 
 constexpr Row kXmlTypes[] = {
     {u"http://schemas.microsoft.com/office/2006/relationships/xlMacrosheet",

@@ -16,7 +16,7 @@ namespace {
 
 namespace platform = ODF::platform;
 
-/// Where the Common path may lie, from the executable's folder.
+/// Where the Common path may be, from the executable's folder.
 constexpr const char* kCandidates[] = {"././", "./Bin", "./../Bin", "./../../Bin", "./../../../Bin"};
 constexpr const char* kSettingsKey = "Software\\TUL\\Shared\\Common9.6";
 constexpr const char* kSettingsName = "Common Path";

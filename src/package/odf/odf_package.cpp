@@ -17,12 +17,12 @@ using package::Entry;
 namespace {
 
 /// The longest name that an archive can hold.
-constexpr std::size_t kLongestName = 65535;
+constexpr std::size_t kMaxName = 65535;
 /// Up to here memory is taken for a member on the word of the archive's directory.
-constexpr std::uint64_t kMostReserved = std::uint64_t{64} << 20;
+constexpr std::uint64_t kMaxReserved = std::uint64_t{64} << 20;
 
 bool MayBeMember(std::string_view name) {
-    return !name.empty() && name.size() <= kLongestName && name.back() != '/' && name.back() != '\\' &&
+    return !name.empty() && name.size() <= kMaxName && name.back() != '/' && name.back() != '\\' &&
            name.find('\0') == std::string_view::npos && name != package::kMimeTypeName &&
            name != package::kManifestName;
 }
@@ -70,7 +70,7 @@ Status OdfPackage::State::readEntry(const Entry& entry, std::uint64_t mostBytes,
         return Status::Ok;
     }
     const archive::Member& member = *archive->member(entry.index);
-    bytes.reserve(static_cast<std::size_t>(std::min({member.plainSize(), mostBytes, kMostReserved})));
+    bytes.reserve(static_cast<std::size_t>(std::min({member.plainSize(), mostBytes, kMaxReserved})));
     const archive::ReadResult result = archive::MemberReader(*archive).read(
         entry.index, mostBytes, [&](std::span<const unsigned char> piece) {
             bytes.insert(bytes.end(), piece.begin(), piece.end());

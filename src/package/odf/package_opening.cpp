@@ -12,7 +12,7 @@ namespace ODF::package {
 namespace {
 
 /// A media type is one short line.
-constexpr std::uint64_t kLongestMimeType = 4096;
+constexpr std::uint64_t kMaxMimeType = 4096;
 
 std::string Trimmed(const std::vector<unsigned char>& bytes) {
     const std::string text(bytes.begin(), bytes.end());
@@ -79,7 +79,7 @@ public:
         const Entry* const entry = state_.find(kMimeTypeName);
         if (!entry) return;
         std::vector<unsigned char> bytes;
-        if (state_.readEntry(*entry, kLongestMimeType, bytes, notes_) == Status::Ok)
+        if (state_.readEntry(*entry, kMaxMimeType, bytes, notes_) == Status::Ok)
             state_.mimeType = Trimmed(bytes);
     }
 

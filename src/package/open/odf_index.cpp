@@ -16,7 +16,7 @@ bool MemberIsThere(const PackageState& state, const CTulStringW& fullPath, const
     return ODF::platform::IsFile(local) && ODF::platform::IsReadable(local);
 }
 
-/// Gives each part the media type of the folder entry that it lies directly in.
+/// Gives each part the media type of the folder entry that it is directly in.
 void JoinFolders(PackageState& state) {
     // An entry may be written with and without a leading separator; the later one in key order counts.
     std::map<Units, const CTulStringW*> folders;

@@ -20,7 +20,7 @@ using ODF::Severity;
 using ODF::Status;
 namespace platform = ODF::platform;
 
-/// The type that a file's name tells; 0 when no readable file stands there.
+/// The type that a file's name tells; 0 when no readable file is there.
 DocumentType TypeByExtension(const PackageState& state, const unsigned short* path) {
     return path && platform::IsReadable(path) ? TypeOfExtension(ExtensionOf(ToView(path)), state.keepsFile())
                                               : SDDocType::DocTypeUnknown;

@@ -188,7 +188,7 @@ private:
 } // namespace
 
 CTulStringW ResolveTarget(Units base, Units target) {
-    // An absolute target is taken as it stands, unless its steps would lead out of the package.
+    // An absolute target is taken as it is, unless its steps would lead out of the package.
     if (target.starts_with(u'/'))
         return HasParentStep(target) ? CTulStringW(FoldPath(target)) : CTulStringW(target);
     std::u16string whole(base);

@@ -157,7 +157,7 @@ void PartRegistry::index(IPart* part) {
     try {
         index_->emplace(PlaceLess::Place(part->targetMode_, part->localPath_), part);
     } catch (const std::bad_alloc&) {
-        index_.reset(); // it is made anew when it is needed
+        index_.reset(); // it is made again when it is needed
     }
 }
 

@@ -17,7 +17,7 @@ using ODF::Status;
 
 /// What the plan operations differ in.
 struct PlanForm {
-    bool copiesFromMapping = false; ///< a source that lies in a mapping is copied from there
+    bool copiesFromMapping = false; ///< a source that is in a mapping is copied from there
     bool packsIntoMapping = false;  ///< new members go through the operations for archives in mappings
 };
 
@@ -85,7 +85,7 @@ int IPackage::SaveItems(const unsigned short* path, ZipItemVector* items, int ke
     UnlockFiles();
     CSDZip zip;
     zip.SetDiagnostics(state.diagnostics);
-    // The archive is built beside the target, so whether the target can be replaced shows at once.
+    // The archive is built next to the target, so whether the target can be replaced shows at once.
     const bool isReplaceable = zip.CreareZipFile(path) != 0;
     if (!isReplaceable) {
         state.fail(Status::CouldNotWrite, NoteCode::WriteFailed, {}, "the target can't be replaced");

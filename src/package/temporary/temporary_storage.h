@@ -10,7 +10,7 @@
 
 namespace SDPackage {
 
-/// The folder in which a package works, the files beside it, and what has to go with the package.
+/// The folder in which a package works, the files next to it, and what has to go with the package.
 class TemporaryStorage {
 public:
     TemporaryStorage() = default;

@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <memory>
 
-// The library behind this writes a compound file whole, so an open one is held in memory and written anew
+// The library behind this writes a compound file whole, so an open one is held in memory and written again
 // when its work ends and something has changed.
 
 namespace SDPackage {
@@ -19,8 +19,8 @@ namespace {
 
 namespace platform = ODF::platform;
 
-constexpr std::uint64_t kLargestFile = std::uint64_t{1} << 30;
-constexpr std::size_t kLongestStreamName = 31;
+constexpr std::uint64_t kMaxFile = std::uint64_t{1} << 30;
+constexpr std::size_t kMaxStreamName = 31;
 
 class CompoundStream final : public IStream {
 public:
@@ -38,8 +38,7 @@ public:
     }
 
     unsigned Write(const void* buffer, unsigned byteCount) override {
-        if (!buffer || byteCount == 0 || position_ > kLargestFile || byteCount > kLargestFile - position_)
-            return 0;
+        if (!buffer || byteCount == 0 || position_ > kMaxFile || byteCount > kMaxFile - position_) return 0;
         const std::uint64_t end = position_ + byteCount;
         if (end > bytes_.size()) bytes_.resize(static_cast<std::size_t>(end));
         std::copy_n(static_cast<const unsigned char*>(buffer), byteCount,
@@ -54,7 +53,7 @@ public:
     std::uint64_t GetSize() const override { return bytes_.size(); }
 
     int SetSize(std::uint64_t byteCount) override {
-        if (byteCount > kLargestFile) return 0;
+        if (byteCount > kMaxFile) return 0;
         bytes_.resize(static_cast<std::size_t>(byteCount));
         hasChanged_ = true;
         return 1;
@@ -75,7 +74,7 @@ public:
     CompoundStorage(platform::Path path, CompoundNode root)
         : path_(std::move(path)), root_(std::move(root)) {}
 
-    /// Writes the file beside its place and puts it there.
+    /// Writes the file next to its place and puts it there.
     bool store() {
         const auto bytes = WriteCompoundFile(root_);
         platform::ReplacementFile file;
@@ -90,7 +89,7 @@ public:
 
     IStream* CreateStream(const unsigned short* name) override {
         const Units text = ToView(name);
-        if (text.empty() || text.size() > kLongestStreamName || text.find_first_of(u"/\\:!") != Units::npos)
+        if (text.empty() || text.size() > kMaxStreamName || text.find_first_of(u"/\\:!") != Units::npos)
             return nullptr;
         const auto present = find(name);
         if (present != root_.children.end()) root_.children.erase(present);
@@ -127,7 +126,7 @@ private:
 // Both hand the object to a caller who ends it with `Release`.
 
 IStorage* OpenStorage(const unsigned short* path) {
-    const auto bytes = platform::ReadFile(path, kLargestFile);
+    const auto bytes = platform::ReadFile(path, kMaxFile);
     auto root = bytes ? ReadCompoundFile(*bytes) : std::nullopt;
     return root ? new CompoundStorage(path, std::move(*root)) : nullptr;
 }

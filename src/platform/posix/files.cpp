@@ -318,7 +318,7 @@ bool OutputFile::close() noexcept {
 
 Path ResolveLinks(const Path& target) {
     Path current = target;
-    // The file behind the last link needn't exist, so the links are followed one by one.
+    // The file after the last link needn't exist, so the links are followed one by one.
     for (int steps = 0; steps < 40; ++steps) {
         std::array<char, PATH_MAX> text{};
         const ssize_t length = readlink(Native(current), text.data(), text.size());

@@ -258,7 +258,7 @@ bool RemoveWithoutMemory(const char* tree) noexcept {
         if (rmdir(tree) == 0 || errno == ENOENT) return true;
         isSmaller = false;
         Descriptor folder(OpenAt(AT_FDCWD, tree, kFolderFlags));
-        std::array<char, kLongestName + 1> left{};
+        std::array<char, kMaxName + 1> left{};
         while (folder.isOpen()) {
             isSmaller = Empty(folder.get(), left) || isSmaller;
             if (left.front() == '\0') break;
@@ -316,7 +316,7 @@ OutputFile FolderWriter::createFile(std::span<const std::string> steps) {
         });
     };
     file.descriptor_ = create();
-    // What stands there is taken away, not written through: it may be a link, or one name of several of a
+    // What is there is taken away, not written through: it may be a link, or one name of several of a
     // file.
     if (file.descriptor_ < 0 && errno == EEXIST && unlinkat(folder.get(), name, 0) == 0)
         file.descriptor_ = create();

@@ -10,7 +10,7 @@ namespace ODF::platform::posix {
 
 namespace {
 // Linux moves at most this much in one call.
-constexpr std::size_t kLargestPiece = std::size_t{1} << 30;
+constexpr std::size_t kMaxPiece = std::size_t{1} << 30;
 } // namespace
 
 NoPipeSignal::NoPipeSignal() noexcept {
@@ -40,7 +40,7 @@ bool WriteAll(int descriptor, const void* data, std::size_t byteCount) noexcept 
     const auto* bytes = static_cast<const unsigned char*>(data);
     while (byteCount > 0) {
         const ssize_t count =
-            Retry([&] { return ::write(descriptor, bytes, std::min(byteCount, kLargestPiece)); });
+            Retry([&] { return ::write(descriptor, bytes, std::min(byteCount, kMaxPiece)); });
         if (count <= 0) return false;
         bytes += count;
         byteCount -= static_cast<std::size_t>(count);
@@ -53,7 +53,7 @@ std::ptrdiff_t ReadAllAt(int descriptor, std::uint64_t offset, void* buffer, std
     std::size_t done = 0;
     while (done < byteCount) {
         const ssize_t count = Retry([&] {
-            return ::pread(descriptor, bytes + done, std::min(byteCount - done, kLargestPiece),
+            return ::pread(descriptor, bytes + done, std::min(byteCount - done, kMaxPiece),
                            static_cast<off_t>(offset + done));
         });
         if (count < 0) return -1;

@@ -101,7 +101,7 @@ bool IsPrivateFolder(const Path& folder) {
 
 /// The folder that a record tells of; empty for one that was never finished.
 Path ReadRecord(const OutputFile& record) {
-    std::array<char, kLongestPath> text{};
+    std::array<char, kMaxPath> text{};
     const std::ptrdiff_t count = record.readAt(0, text.data(), text.size());
     const std::string_view all(text.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
     const std::size_t end = all.find('\n');

@@ -36,7 +36,7 @@ struct EncryptionData {
     std::uint32_t argon2Lanes = 0;
     bool isWithinRange = true; ///< false when a number doesn't fit its field
 
-    /// Each takes the name as it stands in the file.
+    /// Each takes the name as it is in the file.
     void setAlgorithm(std::string_view name);
     void setChecksumType(std::string_view name);
     void setStartKeyGeneration(std::string_view name);

@@ -75,7 +75,7 @@ private:
         std::uint32_t scope = UINT32_MAX;
         const ResolvedName* name = nullptr;
     };
-    /// A name as it stands in the file, with what it meant last in each of its roles.
+    /// A name as it is in the file, with what it meant last in each of its roles.
     struct Entry {
         std::string qname;
         CTulStringW qname16; ///< made when it is first asked for
@@ -109,7 +109,7 @@ private:
     /// Bindings of each prefix, the one in force last: a hostile file declares as many as it likes.
     std::unordered_map<std::string, std::vector<std::size_t>, NameHash, std::equal_to<>> byPrefix_;
     std::vector<Scope> scopes_;
-    Entry first_;           ///< stands before the first name
+    Entry first_;           ///< comes before the first name
     Entry* last_ = &first_; ///< the name asked for last
     std::uint32_t scope_ = 0;
     std::uint32_t nextScope_ = 1;

@@ -34,7 +34,7 @@ public:
         buffer_[used_++] = c;
     }
 
-    /// UTF-16 to UTF-8 as it stands.
+    /// UTF-16 to UTF-8 as it is.
     void putRaw(std::u16string_view text);
     /// Character data: what is markup becomes an entity; what XML forbids, and a lone surrogate, becomes
     /// U+FFFD.
@@ -52,13 +52,13 @@ public:
 
 private:
     static constexpr std::size_t kCapacity = 1U << 18;
-    static constexpr std::size_t kMostPerUnit = 6; ///< "&quot;"
+    static constexpr std::size_t kMaxPerUnit = 6; ///< "&quot;"
 
     void flush();
     void putLong(std::string_view text);
-    /// Room for `units` more units of any kind, at most kCapacity / kMostPerUnit.
+    /// Room for `units` more units of any kind, at most kCapacity / kMaxPerUnit.
     char* reserve(std::size_t units) {
-        if ((kCapacity - used_) / kMostPerUnit < units) flush();
+        if ((kCapacity - used_) / kMaxPerUnit < units) flush();
         return buffer_.get() + used_;
     }
     template<bool IsAttribute>

@@ -319,8 +319,8 @@ void Tokenizer::decode(const char* at, const char* end, bool isValue) {
 }
 
 bool Tokenizer::hasDuplicate() {
-    constexpr std::size_t kFew = 16;
-    if (attributes_.size() <= kFew) {
+    constexpr std::size_t kMaxCompared = 16;
+    if (attributes_.size() <= kMaxCompared) {
         for (std::size_t i = 1; i < attributes_.size(); ++i)
             for (std::size_t j = 0; j < i; ++j)
                 if (SameName(attributes_[i].name, attributes_[j].name)) return true;

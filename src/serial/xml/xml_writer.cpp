@@ -27,10 +27,10 @@ NamespaceIndex NamespaceOf(std::string_view qname) noexcept {
 /// The namespace of the prefix that a value begins with: "of:=SUM([.A1])" means nothing to a reader that
 /// doesn't find that prefix declared.
 NamespaceIndex NamespaceOfValue(std::u16string_view value) noexcept {
-    constexpr std::size_t kLongestPrefix = 12;
-    const std::size_t colon = value.substr(0, kLongestPrefix + 1).find(u':');
+    constexpr std::size_t kMaxPrefix = 12;
+    const std::size_t colon = value.substr(0, kMaxPrefix + 1).find(u':');
     if (colon == std::u16string_view::npos || colon == 0) return kNoNamespace;
-    char prefix[kLongestPrefix];
+    char prefix[kMaxPrefix];
     for (std::size_t i = 0; i < colon; ++i) {
         if (value[i] < u'a' || value[i] > u'z') return kNoNamespace;
         prefix[i] = static_cast<char>(value[i]);

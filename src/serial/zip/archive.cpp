@@ -162,7 +162,7 @@ void CSDZipHandle::readDirectory(const NoteSink& notes) {
     }
     byName_.reserve(members_.size());
     for (std::size_t index = 0; index < members_.size(); ++index) {
-        // The last one counts: programs that change an archive in place add the newer one behind the older.
+        // The last one counts: programs that change an archive in place add the newer one after the older.
         const auto [place, isNew] = byName_.try_emplace(members_[index].name, index);
         if (isNew) continue;
         place->second = index;

@@ -11,7 +11,7 @@ namespace ODF::archive {
 namespace {
 
 constexpr std::size_t kEndSize = 22;
-constexpr std::size_t kLargestComment = 65535;
+constexpr std::size_t kMaxComment = 65535;
 constexpr std::size_t kEntrySize = 46;
 constexpr std::size_t kHeaderSize = 30;
 constexpr std::uint32_t kEndMark = 0x06054B50;
@@ -42,7 +42,7 @@ std::string_view Text(Bytes bytes) noexcept {
 }
 
 /// A larger directory is left to libzip alone.
-constexpr std::uint64_t kLargestChecked = std::uint64_t{64} << 20;
+constexpr std::uint64_t kMaxChecked = std::uint64_t{64} << 20;
 
 struct ArchiveLayout {
     std::uint64_t start = 0;
@@ -62,7 +62,7 @@ struct Entry {
     std::uint64_t offset = 0;
 };
 
-/// Replaces the numbers that are in the extra field of large ones, in the order in which they stand there.
+/// Replaces the numbers that are in the extra field of large ones, in the order in which they are there.
 void TakeLargeNumbers(Bytes extra, std::initializer_list<std::uint64_t*> numbers) noexcept {
     while (extra.size() >= 4) {
         const std::size_t size = Number16(extra, 2);
@@ -132,7 +132,7 @@ ArchiveLayout FindLayout(const ReadBytes& read, std::uint64_t byteCount) {
     ArchiveLayout layout;
     if (byteCount < kEndSize) return layout;
     // A comment may follow the end record, but few archives have one.
-    for (const std::uint64_t reach : {std::uint64_t{1024}, std::uint64_t{kEndSize + kLargestComment}}) {
+    for (const std::uint64_t reach : {std::uint64_t{1024}, std::uint64_t{kEndSize + kMaxComment}}) {
         std::vector<unsigned char> tail(static_cast<std::size_t>(std::min(reach, byteCount)));
         const std::uint64_t tailStart = byteCount - tail.size();
         if (!read(tailStart, tail)) return layout;
@@ -160,7 +160,7 @@ ArchiveLayout FindLayout(const ReadBytes& read, std::uint64_t byteCount) {
 }
 
 void NoteContradictions(const ReadBytes& read, const ArchiveLayout& layout, const NoteSink& notes) {
-    if (layout.directorySize > kLargestChecked) return;
+    if (layout.directorySize > kMaxChecked) return;
     std::vector<unsigned char> directory(static_cast<std::size_t>(layout.directorySize));
     if (!read(layout.start + layout.directory, directory)) return;
     std::vector<Entry> entries = ReadEntries(directory);

@@ -13,7 +13,7 @@ constexpr std::string_view kManifest = "META-INF/manifest.xml";
 /// The member that holds the whole package in the later form of encryption.
 constexpr std::string_view kInnerPackage = "encrypted-package";
 /// So many members are tried before the password counts as wrong: one of them may be damaged.
-constexpr std::size_t kMostTries = 3;
+constexpr std::size_t kMaxTries = 3;
 constexpr std::string_view kTooMuchWork = "the key derivation asks for more work than the limits allow";
 
 std::vector<unsigned char> ReadWhole(const CSDZipHandle& handle, std::int64_t index, const Limits& limits,
@@ -77,7 +77,7 @@ Status TryPassword(const CSDZipHandle& handle, const std::vector<std::int64_t>& 
                      : read == ReadResult::NotRead ? Status::NotReadable
                                                    : Status::BadIndex;
         }
-        if (++tries == kMostTries) break;
+        if (++tries == kMaxTries) break;
     }
     return status;
 }

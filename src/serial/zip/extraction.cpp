@@ -14,7 +14,7 @@ namespace ODF::archive {
 namespace {
 
 /// What an archive whose members share bytes may take: more than any honest one needs.
-constexpr std::uint64_t kMostOfSharing = std::uint64_t{256} << 20;
+constexpr std::uint64_t kMaxOfSharing = std::uint64_t{256} << 20;
 
 struct Job {
     std::size_t index;
@@ -35,7 +35,7 @@ public:
             return false;
         }
         const std::size_t length = platform::Absolute(folder).utf8().size() + 2;
-        const std::vector<Job> jobs = plan(platform::kLongestPath - std::min(length, platform::kLongestPath));
+        const std::vector<Job> jobs = plan(platform::kMaxPath - std::min(length, platform::kMaxPath));
         mostBytes_ = mostBytes(jobs);
         prepareKeys(jobs);
         return std::all_of(jobs.begin(), jobs.end(), [&](const Job& job) { return extract(job); });
@@ -87,7 +87,7 @@ private:
             packed += std::min(more, UINT64_MAX - packed);
         }
         const std::uint64_t most = std::min(limits_.totalBytes, LargestInflated(handle_.byteCount()));
-        return packed > handle_.byteCount() ? std::min(most, kMostOfSharing) : most;
+        return packed > handle_.byteCount() ? std::min(most, kMaxOfSharing) : most;
     }
 
     void prepareKeys(const std::vector<Job>& jobs) const {

@@ -7,7 +7,7 @@ namespace ODF::archive {
 namespace {
 
 /// Objects within objects make a few folders; thousands of folders for one member are an attack.
-constexpr std::size_t kMostSteps = 256;
+constexpr std::size_t kMaxSteps = 256;
 
 bool IsLetter(char unit) noexcept {
     return (unit >= 'A' && unit <= 'Z') || (unit >= 'a' && unit <= 'z');
@@ -40,12 +40,12 @@ std::optional<MemberPath> ToMemberPath(std::string_view name, std::size_t room, 
         const std::string_view step = name.substr(start, end - start);
         if (step == "..")
             fault = "a name that leads out of the package";
-        else if (step.size() > platform::kLongestName)
+        else if (step.size() > platform::kMaxName)
             fault = "a name longer than the system takes";
         else if (!step.empty() && step != ".")
             path.steps.emplace_back(step);
         start = end + 1;
-        if (path.steps.size() > kMostSteps) fault = "a name of too many folders";
+        if (path.steps.size() > kMaxSteps) fault = "a name of too many folders";
     }
     if (!fault && path.steps.empty()) fault = "a member without a name";
     return fault ? std::nullopt : std::optional(std::move(path));

@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::size_t kPieceSize = std::size_t{1} << 16;
 /// Up to here a member is inflated in one go, beyond it in pieces.
-constexpr std::uint64_t kLargestWhole = std::uint64_t{128} << 20;
+constexpr std::uint64_t kMaxWhole = std::uint64_t{128} << 20;
 
 bool IsKnownMethod(std::uint16_t method) noexcept {
     return method == ZIP_CM_STORE || method == ZIP_CM_DEFLATE;
@@ -151,7 +151,7 @@ ReadResult MemberReader::read(std::int64_t index, std::uint64_t mostBytes, const
     const Member* const member = handle_.member(index);
     ReadResult result = ReadResult::Ok;
     if (member && member->isReadable() && !member->encryption &&
-        member->size <= std::min(kLargestWhole, mostBytes) && readFast(*member, index, receive, result))
+        member->size <= std::min(kMaxWhole, mostBytes) && readFast(*member, index, receive, result))
         return result;
 
     MemberStream stream(handle_, index, mostBytes);
@@ -167,7 +167,7 @@ ReadResult MemberReader::read(std::int64_t index, std::uint64_t mostBytes, const
 bool MemberReader::readFast(const Member& member, std::int64_t index, const Receiver& receive,
                             ReadResult& result) {
     const bool isStored = member.method == ZIP_CM_STORE;
-    if (member.packedSize > kLargestWhole || (!isStored && member.method != ZIP_CM_DEFLATE) ||
+    if (member.packedSize > kMaxWhole || (!isStored && member.method != ZIP_CM_DEFLATE) ||
         (isStored ? member.size != member.packedSize : member.size > LargestInflated(member.packedSize)))
         return false;
     StoredBytes source(handle_, index);

@@ -24,7 +24,7 @@ enum class ReadResult {
 /// A short text for a note.
 const char* ToText(ReadResult result) noexcept;
 
-/// The bytes of a member as they lie in the archive, piece by piece.
+/// The bytes of a member as they are in the archive, piece by piece.
 class StoredBytes {
 public:
     StoredBytes(const CSDZipHandle& handle, std::int64_t index);

@@ -26,7 +26,7 @@ DosTime PresentDosTime();
 /// A member that is ready for an archive.
 struct PackedMember {
     std::string name;
-    std::uint64_t offset = 0; ///< in the spool, for one that lies there
+    std::uint64_t offset = 0; ///< in the spool, for one that is there
     std::uint64_t packedSize = 0;
     std::uint64_t size = 0;
     std::uint32_t crc = 0;

@@ -12,7 +12,7 @@
 namespace ODF::archive {
 
 /// The packed bytes of a member of another archive as they are. A wrong checksum of a stored member is noted,
-/// since libzip counts it anew. Handle and sink's diagnostics must stay.
+/// since libzip counts it again. Handle and sink's diagnostics must stay.
 PackedBytes CopyOfPacked(const CSDZipHandle& source, std::int64_t index, const NoteSink& notes);
 
 /// Packs members into a spool. Each function fills in sizes, checksum and method; false leaves the spool with

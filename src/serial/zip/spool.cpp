@@ -7,11 +7,11 @@
 namespace ODF::archive {
 
 namespace {
-constexpr std::size_t kMostInMemory = std::size_t{4} << 20;
+constexpr std::size_t kMaxInMemory = std::size_t{4} << 20;
 } // namespace
 
 bool Spool::write(std::span<const unsigned char> bytes) {
-    if (!file_.isOpen() && bytes.size() <= kMostInMemory - std::min(memory_.size(), kMostInMemory)) {
+    if (!file_.isOpen() && bytes.size() <= kMaxInMemory - std::min(memory_.size(), kMaxInMemory)) {
         memory_.insert(memory_.end(), bytes.begin(), bytes.end());
         size_ += bytes.size();
         return true;

@@ -18,7 +18,7 @@ public:
     bool write(std::span<const unsigned char> bytes);
     /// Exactly as many bytes as `target` has; false when they can't be had.
     bool read(std::uint64_t offset, std::span<unsigned char> target) const;
-    /// Forgets everything behind `size`.
+    /// Forgets everything after `size`.
     void cutTo(std::uint64_t size) noexcept;
     /// Why a write has failed; empty when none has.
     const std::string& fault() const noexcept { return fault_; }

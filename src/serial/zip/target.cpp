@@ -100,7 +100,7 @@ private:
 class TargetSource final : public CustomSource {
 public:
     TargetSource(Target& target, std::uint64_t& size) : target_(target), size_(size) {
-        window_.reserve(kLargestWindow); // no call from libzip may throw
+        window_.reserve(kMaxWindow); // no call from libzip may throw
     }
 
 private:
@@ -149,11 +149,11 @@ private:
 
     zip_int64_t write(std::span<const unsigned char> bytes) {
         const bool touches = position_ >= windowStart_ && position_ <= windowStart_ + window_.size();
-        if (!touches || position_ - windowStart_ + bytes.size() > kLargestWindow) {
+        if (!touches || position_ - windowStart_ + bytes.size() > kMaxWindow) {
             if (!flush()) return notWritten();
             windowStart_ = position_;
         }
-        if (bytes.size() > kLargestWindow) {
+        if (bytes.size() > kMaxWindow) {
             if (!target_.writeAt(position_, bytes)) return notWritten();
             windowStart_ += bytes.size();
         } else {
@@ -166,7 +166,7 @@ private:
         return static_cast<zip_int64_t>(bytes.size());
     }
 
-    static constexpr std::size_t kLargestWindow = std::size_t{1} << 20;
+    static constexpr std::size_t kMaxWindow = std::size_t{1} << 20;
 
     Target& target_;
     std::uint64_t& size_;

@@ -12,8 +12,8 @@ using namespace ODF;
 
 namespace {
 
-// Reads of that many members may be interleaved without starting any of them anew.
-constexpr std::size_t kMostStreams = 4;
+// Reads of that many members may be interleaved without starting any of them again.
+constexpr std::size_t kMaxStreams = 4;
 
 } // namespace
 
@@ -83,7 +83,7 @@ CSDUnZip::State::Stream* CSDUnZip::State::streamAt(int index, std::uint32_t curs
         if (count == 0) return nullptr;
         stream.position += count;
     }
-    if (streams.size() >= kMostStreams) streams.erase(streams.begin());
+    if (streams.size() >= kMaxStreams) streams.erase(streams.begin());
     streams.push_back(std::move(stream));
     return &streams.back();
 }

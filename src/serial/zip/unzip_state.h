@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-/// What stands behind a reader's public fields.
+/// What is behind a reader's public fields.
 struct CSDUnZip::State {
     /// A member that is being read in pieces.
     struct Stream {
@@ -44,7 +44,7 @@ struct CSDUnZip::State {
     int find(const unsigned short* name) const;
     /// Relative file of a folder, or null.
     const std::string* folderFile(int index) const noexcept;
-    /// The stream that stands at `cursor` in the member; opened and moved there when there is none.
+    /// The stream that is at `cursor` in the member; opened and moved there when there is none.
     Stream* streamAt(int index, std::uint32_t cursor, bool isStart);
     bool openStream(int index, Stream& stream) const;
     void drop(const Stream* stream);

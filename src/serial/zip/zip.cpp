@@ -24,7 +24,7 @@ using namespace ODF;
 
 namespace {
 // What the length field of an archive holds; libzip would cut longer names without a word.
-constexpr std::size_t kLongestName = 65535;
+constexpr std::size_t kMaxName = 65535;
 } // namespace
 
 struct CSDZip::State {
@@ -101,7 +101,7 @@ struct CSDZip::State {
         member.name.erase(0, member.name.find_first_not_of('/'));
         member.offset = spool.size();
         member.time = now;
-        if (member.name.empty() || member.name.size() > kLongestName || !pack(member)) {
+        if (member.name.empty() || member.name.size() > kMaxName || !pack(member)) {
             spool.cutTo(member.offset);
             notes().add(NoteCode::WriteFailed, Severity::Error, member.name,
                         spool.fault().empty() ? "the member can't be put into the archive" : spool.fault());

@@ -12,7 +12,7 @@ constexpr std::size_t kLargePage = std::size_t{1} << 21;
 
 void* MapPages(std::size_t byteCount, std::size_t alignment) noexcept {
     if (byteCount >= kLargePage && alignment < kLargePage) alignment = kLargePage;
-    // The system aligns to its own pages only, so more is asked for and what lies around is given back.
+    // The system aligns to its own pages only, so more is asked for and what is around is given back.
     void* const mapped =
         mmap(nullptr, byteCount + alignment, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (mapped == MAP_FAILED) return nullptr;
