@@ -29,12 +29,17 @@ target_precompile_headers(odfmodel_document PRIVATE ${std_headers} <odfmodel/odf
 
 if(TARGET odfmodel_cli)
   target_precompile_headers(odfmodel_cli PRIVATE ${std_headers} <odfmodel/odfmodel.h>)
-  set(with_options check.cpp convert.cpp diff.cpp edit.cpp encrypt.cpp extract.cpp help.cpp info.cpp insert.cpp main.cpp
-    meta.cpp new.cpp pages.cpp password.cpp replace.cpp roundtrip.cpp text.cpp tree.cpp pages/completion.cpp
-    pages/definitions.cpp pages/manual.cpp usage/suggestion.cpp)
-  # The parser of the command line is thousands of templates in a header, and no work to be fast at.
-  list(TRANSFORM with_options PREPEND "${PROJECT_SOURCE_DIR}/cli/")
-  set_source_files_properties(${with_options} DIRECTORY "${PROJECT_SOURCE_DIR}/cli" PROPERTIES UNITY_GROUP "options")
+  # The parser of the command line is thousands of templates in a header, and no work to be fast at: the files that
+  # include it are compiled as one, those of the other folders a folder at a time.
+  get_target_property(files odfmodel_cli SOURCES)
+  foreach(file IN LISTS files)
+    cmake_path(RELATIVE_PATH file BASE_DIRECTORY "${PROJECT_SOURCE_DIR}/cli" OUTPUT_VARIABLE name)
+    set(group options)
+    if(name MATCHES "^(check|convert|diff|info|io|meta|package)/")
+      set(group ${CMAKE_MATCH_1})
+    endif()
+    set_source_files_properties("${file}" DIRECTORY "${PROJECT_SOURCE_DIR}/cli" PROPERTIES UNITY_GROUP ${group})
+  endforeach()
   set_target_properties(odfmodel_cli PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
 endif()
 

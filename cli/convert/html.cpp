@@ -13,15 +13,15 @@ namespace {
 
 /// The media type of a picture that browsers show, by how its Base64 text begins; empty for any other.
 std::string_view MediaTypeOf(std::string_view base64) {
-    struct Row {
+    struct Start {
         std::string_view head;
         std::string_view mediaType;
     };
-    constexpr Row kRows[] = {{"iVBORw0KGgo", "image/png"}, {"/9j/", "image/jpeg"},
-                             {"R0lGOD", "image/gif"},      {"UklGR", "image/webp"},
-                             {"PHN2Zy", "image/svg+xml"},  {"PD94bWwg", "image/svg+xml"}};
-    for (const Row& row : kRows)
-        if (base64.starts_with(row.head)) return row.mediaType;
+    constexpr Start kStarts[] = {{"iVBORw0KGgo", "image/png"}, {"/9j/", "image/jpeg"},
+                                 {"R0lGOD", "image/gif"},      {"UklGR", "image/webp"},
+                                 {"PHN2Zy", "image/svg+xml"},  {"PD94bWwg", "image/svg+xml"}};
+    for (const Start& start : kStarts)
+        if (base64.starts_with(start.head)) return start.mediaType;
     return {};
 }
 

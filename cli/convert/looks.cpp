@@ -8,11 +8,6 @@ namespace {
 
 constexpr std::size_t kMaxParents = 32; // styles may go in a circle
 
-std::string Value(const CSDObject& object, std::string_view name) {
-    CTulStringW value;
-    return ODF::GetAttributeText(object, name, value) ? value.utf8() : std::string();
-}
-
 } // namespace
 
 Looks::Looks(ODF::Document& document) {
@@ -29,23 +24,24 @@ Looks::Looks(ODF::Document& document) {
 
 void Looks::takeStyles(const CSDObject& styles) {
     for (const auto& object : styles.Children<ODF::CStyleStyle>()) {
-        if (Value(object, "style:family") != "text") continue;
+        if (ODF::AttributeOf(object, "style:family") != "text") continue;
         Style style;
-        style.parent = Value(object, "style:parent-style-name");
+        style.parent = ODF::AttributeOf(object, "style:parent-style-name");
         if (const auto* const properties = object.Child<ODF::CStyleTextProperties>()) {
-            style.weight = Value(*properties, "fo:font-weight");
-            style.posture = Value(*properties, "fo:font-style");
-            style.strike = Value(*properties, "style:text-line-through-style");
-            style.position = Value(*properties, "style:text-position");
+            style.weight = ODF::AttributeOf(*properties, "fo:font-weight");
+            style.posture = ODF::AttributeOf(*properties, "fo:font-style");
+            style.strike = ODF::AttributeOf(*properties, "style:text-line-through-style");
+            style.position = ODF::AttributeOf(*properties, "style:text-position");
         }
-        styles_[Value(object, "style:name")] = std::move(style);
+        styles_[ODF::AttributeOf(object, "style:name")] = std::move(style);
     }
     for (const auto& list : styles.Children<ODF::CTextListStyle>()) {
-        std::set<std::size_t>& levels = numbered_[Value(list, "style:name")];
+        std::set<std::size_t>& levels = numbered_[ODF::AttributeOf(list, "style:name")];
         levels.clear();
         for (const auto& level : list.Children<ODF::CTextListLevelStyleNumber>())
-            if (!Value(level, "style:num-format").empty())
-                levels.insert(static_cast<std::size_t>(std::atoi(Value(level, "text:level").c_str())));
+            if (!ODF::AttributeOf(level, "style:num-format").empty())
+                levels.insert(
+                    static_cast<std::size_t>(std::atoi(ODF::AttributeOf(level, "text:level").c_str())));
     }
 }
 

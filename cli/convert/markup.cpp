@@ -18,13 +18,8 @@ namespace {
 constexpr std::size_t kMaxCopies = 1U << 18;
 constexpr unsigned kMaxBlanks = 4096;
 
-std::string Value(const CSDObject& object, std::string_view name) {
-    CTulStringW value;
-    return ODF::GetAttributeText(object, name, value) ? value.utf8() : std::string();
-}
-
 unsigned Number(const CSDObject& object, std::string_view name, unsigned otherwise) {
-    const std::string value = Value(object, name);
+    const std::string value = ODF::AttributeOf(object, name);
     const long number = std::atol(value.c_str());
     return number > 0 && number < kMaxBlanks ? static_cast<unsigned>(number) : otherwise;
 }
@@ -50,7 +45,7 @@ bool IsLeftOut(const CSDObject& object) {
     case ODF::kProcessingInstructionId:
         return true;
     default:
-        return Value(object, "text:display") == "none";
+        return ODF::AttributeOf(object, "text:display") == "none";
     }
 }
 
@@ -213,14 +208,14 @@ void MarkupWalk::startInline(const CSDObject& object) {
         }
         return;
     case ODF::CTextSpan::kId: {
-        const Look look = looks_.of(Value(object, "text:style-name"));
+        const Look look = looks_.of(ODF::AttributeOf(object, "text:style-name"));
         if (look == Look()) break;
         sink_.startLook(look);
         addText(ODF::TextOf(object));
         return descend(object, [this] { sink_.endLook(); });
     }
     case ODF::CTextA::kId: {
-        const std::string target = Value(object, "xlink:href");
+        const std::string target = ODF::AttributeOf(object, "xlink:href");
         if (!IsHarmlessLink(target)) break;
         sink_.startLink(target);
         addText(ODF::TextOf(object));
@@ -241,7 +236,7 @@ void MarkupWalk::startInline(const CSDObject& object) {
 
 void MarkupWalk::startList(const CSDObject& object) {
     if (isInParagraph_) return;
-    std::string style = Value(object, "text:style-name");
+    std::string style = ODF::AttributeOf(object, "text:style-name");
     if (style.empty() && !lists_.empty()) style = lists_.back();
     lists_.push_back(style);
     sink_.startList(looks_.isNumbered(style, lists_.size()));
@@ -259,11 +254,12 @@ void MarkupWalk::startFrame(const CSDObject& image) {
         if (const auto* const text = frame->Child<ODF::CSvgDesc>(); about.empty() && text)
             about = ODF::TextOf(*text);
         // What stands for an object that can't be shown is no picture of the text.
-        if (frame->Child<ODF::CDrawObjectOle>() && about.empty()) about = Value(*frame, "draw:name");
+        if (frame->Child<ODF::CDrawObjectOle>() && about.empty())
+            about = ODF::AttributeOf(*frame, "draw:name");
     }
     const bool isOwnParagraph = !isInParagraph_;
     if (isOwnParagraph) sink_.startParagraph(0);
-    sink_.image(image, Value(image, "xlink:href"), about);
+    sink_.image(image, ODF::AttributeOf(image, "xlink:href"), about);
     isBehindBlank_ = false;
     if (isOwnParagraph) sink_.endParagraph();
 }

@@ -56,8 +56,7 @@ CSDObject* MakeMeta(ODF::Document& document) {
 }
 
 std::string NameOf(const CSDObject& field) {
-    CTulStringW name;
-    return ODF::GetAttributeText(field, "meta:name", name) ? name.utf8() : std::string();
+    return ODF::AttributeOf(field, "meta:name");
 }
 
 /// The fields that a change is about.

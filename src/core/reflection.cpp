@@ -154,6 +154,11 @@ bool GetAttributeText(const CSDObject& object, std::string_view name, CTulString
     return true;
 }
 
+std::string AttributeOf(const CSDObject& object, std::string_view name) {
+    CTulStringW value;
+    return GetAttributeText(object, name, value) ? value.utf8() : std::string();
+}
+
 bool SetAttributeText(CSDObject& object, std::string_view name, std::string_view value) {
     const ClassDescriptor* const table = ObjectAccess::table(object);
     const int row = table ? table->findAttribute(name) : -1;

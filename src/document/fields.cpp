@@ -40,8 +40,7 @@ std::string NameOf(const CSDObject& field, Role role) {
         return text.size() > 2 && text.front() == '<' && text.back() == '>' ? text.substr(1, text.size() - 2)
                                                                             : text;
     }
-    CTulStringW name;
-    return GetAttributeText(field, "text:name", name) ? name.utf8() : std::string();
+    return AttributeOf(field, "text:name");
 }
 
 struct ValueWords {

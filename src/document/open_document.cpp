@@ -474,10 +474,9 @@ bool Document::IsFlat() const noexcept {
 
 std::string Document::MediaType() const {
     if (!state_) return {};
-    CTulStringW mediaType;
     if (!state_->isFlat) return state_->package.mediaType();
     const CSDObject* const root = state_->root(kFlat);
-    return root && GetAttributeText(*root, "office:mimetype", mediaType) ? mediaType.utf8() : std::string();
+    return root ? AttributeOf(*root, "office:mimetype") : std::string();
 }
 
 std::string Document::Version() const {

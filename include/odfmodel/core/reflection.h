@@ -83,6 +83,8 @@ ODFMODEL_API std::vector<AttributeText> AttributesOf(const CSDObject& object);
 /// The value of a set attribute as it is written with full fidelity, not escaped: the words of the file until
 /// somebody sets it. False, `out` unchanged, when it isn't set or the class has none of that qualified name.
 ODFMODEL_API bool GetAttributeText(const CSDObject& object, std::string_view name, CTulStringW& out);
+/// The same in UTF-8; empty when it isn't set or the class has none of that name.
+ODFMODEL_API std::string AttributeOf(const CSDObject& object, std::string_view name);
 /// Sets an attribute from a text as reading a file does; false when the class has none of that qualified
 /// name.
 ODFMODEL_API bool SetAttributeText(CSDObject& object, std::string_view name, std::string_view value);

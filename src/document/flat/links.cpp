@@ -8,8 +8,7 @@
 namespace ODF::flat {
 
 std::string HrefOf(const CSDObject& object) {
-    CTulStringW href;
-    return GetAttributeText(object, "xlink:href", href) ? href.utf8() : std::string();
+    return AttributeOf(object, "xlink:href");
 }
 
 bool IsRelative(std::string_view href) {

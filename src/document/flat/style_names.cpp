@@ -6,11 +6,6 @@
 namespace ODF::flat {
 namespace {
 
-std::string Value(const CSDObject& object, std::string_view name) {
-    CTulStringW value;
-    return GetAttributeText(object, name, value) ? value.utf8() : std::string();
-}
-
 /// What an attribute of that name refers to.
 StyleSpace SpaceOfReference(const CSDObject& object, std::string_view attribute) {
     const std::string_view local = attribute.substr(attribute.find(':') + 1);
@@ -47,12 +42,12 @@ StyleSpace SpaceOf(const CSDObject& style) {
 }
 
 std::string NameOfStyle(const CSDObject& style) {
-    return Value(style, "style:name");
+    return AttributeOf(style, "style:name");
 }
 
 std::string KeyOfStyle(const CSDObject& style) {
     std::string key = std::to_string(static_cast<int>(SpaceOf(style)));
-    return key.append(" ").append(Value(style, "style:family")).append(" ").append(NameOfStyle(style));
+    return key.append(" ").append(AttributeOf(style, "style:family")).append(" ").append(NameOfStyle(style));
 }
 
 void ForEachReference(CSDObject& root, const VisitReference& visit) {

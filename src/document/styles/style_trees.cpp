@@ -72,8 +72,7 @@ std::size_t HashOf(NamedKind kind, std::string_view text) noexcept {
 }
 
 std::string ShownNameOf(const CSDObject& object) {
-    CTulStringW name;
-    return GetAttributeText(object, kShownName, name) ? name.utf8() : std::string();
+    return AttributeOf(object, kShownName);
 }
 
 void AddField(std::string& key, std::string_view text) {
