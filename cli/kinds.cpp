@@ -5,10 +5,10 @@
 namespace command {
 namespace {
 
-using Kind = ODF::DocumentKind;
+using ODF::DocumentKind;
 
 struct Row {
-    Kind kind;
+    DocumentKind kind;
     std::string_view word;
     std::string_view extension;
     std::string_view templates; ///< extension
@@ -16,15 +16,15 @@ struct Row {
 };
 
 constexpr Row kRows[] = {
-    {Kind::Text, "text", "odt", "ott", "fodt"},
-    {Kind::Spreadsheet, "spreadsheet", "ods", "ots", "fods"},
-    {Kind::Presentation, "presentation", "odp", "otp", "fodp"},
-    {Kind::Drawing, "drawing", "odg", "otg", "fodg"},
-    {Kind::Chart, "chart", "odc", "otc", ""},
-    {Kind::Image, "image", "odi", "oti", ""},
-    {Kind::Formula, "formula", "odf", "otf", ""},
-    {Kind::MasterText, "master", "odm", "otm", ""},
-    {Kind::WebText, "web", "oth", "", ""},
+    {DocumentKind::Text, "text", "odt", "ott", "fodt"},
+    {DocumentKind::Spreadsheet, "spreadsheet", "ods", "ots", "fods"},
+    {DocumentKind::Presentation, "presentation", "odp", "otp", "fodp"},
+    {DocumentKind::Drawing, "drawing", "odg", "otg", "fodg"},
+    {DocumentKind::Chart, "chart", "odc", "otc", ""},
+    {DocumentKind::Image, "image", "odi", "oti", ""},
+    {DocumentKind::Formula, "formula", "odf", "otf", ""},
+    {DocumentKind::MasterText, "master", "odm", "otm", ""},
+    {DocumentKind::WebText, "web", "oth", "", ""},
 };
 
 } // namespace
@@ -49,10 +49,10 @@ FileKind KindOfFileName(std::string_view name) {
     return {};
 }
 
-Kind KindOfWord(std::string_view word) {
+ODF::DocumentKind KindOfWord(std::string_view word) {
     const auto* const row =
         std::find_if(std::begin(kRows), std::end(kRows), [&](const Row& r) { return r.word == word; });
-    return row == std::end(kRows) ? Kind::Unknown : row->kind;
+    return row == std::end(kRows) ? DocumentKind::Unknown : row->kind;
 }
 
 std::vector<std::string> KindWords() {
@@ -62,7 +62,7 @@ std::vector<std::string> KindWords() {
     return words;
 }
 
-std::string ExtensionFor(Kind kind, bool isFlat, bool isTemplate) {
+std::string ExtensionFor(ODF::DocumentKind kind, bool isFlat, bool isTemplate) {
     for (const Row& row : kRows)
         if (row.kind == kind)
             return std::string(isFlat ? row.flat : isTemplate ? row.templates : row.extension);

@@ -2,6 +2,8 @@
 #include "console.h"
 #include "usage/suggestion.h"
 
+#include <odfmodel/version.h>
+
 #include <CLI/CLI.hpp>
 
 #include <csignal>

@@ -1,6 +1,8 @@
 #include "pages/definitions.h"
 #include "pages/pages.h"
 
+#include <odfmodel/version.h>
+
 namespace command {
 namespace {
 

@@ -128,10 +128,10 @@ void ObjectAccess::readAttributes(CSDObject& object, const ClassDescriptor& tabl
         }
     };
     // Nearly always the object is new, so its block is made once and filled in order.
-    constexpr std::size_t kMaxAtOnce = 256;
-    if (count > 0 && !object.slots_ && count < kMaxAtOnce) {
+    constexpr std::size_t kMaxInOrder = 256;
+    if (count > 0 && !object.slots_ && count < kMaxInOrder) {
         SortByRow(values);
-        std::uint16_t rows[kMaxAtOnce];
+        std::uint16_t rows[kMaxInOrder];
         std::uint16_t distinct = 0;
         for (const ReadValue& value : values)
             if (distinct == 0 || rows[distinct - 1] != value.row) rows[distinct++] = value.row;

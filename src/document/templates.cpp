@@ -20,16 +20,16 @@ constexpr std::array<TemplateMember, 4> Members(std::string_view content, std::s
             Member("settings.xml", kSharedSettings)};
 }
 
-constexpr auto kText = Members(kTextContent, kTextStyles);
-constexpr auto kMasterText = Members(kMasterTextContent, kTextStyles);
-constexpr auto kSpreadsheet = Members(kSpreadsheetContent, kSpreadsheetStyles);
-constexpr auto kPresentation = Members(kPresentationContent, kPresentationStyles);
-constexpr auto kDrawing = Members(kDrawingContent, kDrawingStyles);
-constexpr auto kChart = Members(kChartContent, kChartStyles);
-constexpr auto kImage = Members(kImageContent, kImageStyles);
+constexpr auto kTextMembers = Members(kTextContent, kTextStyles);
+constexpr auto kMasterTextMembers = Members(kMasterTextContent, kTextStyles);
+constexpr auto kSpreadsheetMembers = Members(kSpreadsheetContent, kSpreadsheetStyles);
+constexpr auto kPresentationMembers = Members(kPresentationContent, kPresentationStyles);
+constexpr auto kDrawingMembers = Members(kDrawingContent, kDrawingStyles);
+constexpr auto kChartMembers = Members(kChartContent, kChartStyles);
+constexpr auto kImageMembers = Members(kImageContent, kImageStyles);
 /// A formula has no styles.
-constexpr std::array kFormula{Member("content.xml", kFormulaContent), Member("meta.xml", kSharedMeta),
-                              Member("settings.xml", kSharedSettings)};
+constexpr std::array kFormulaMembers{Member("content.xml", kFormulaContent), Member("meta.xml", kSharedMeta),
+                                     Member("settings.xml", kSharedSettings)};
 
 struct TemplateRow {
     std::string_view mediaType;
@@ -37,15 +37,15 @@ struct TemplateRow {
 };
 
 constexpr TemplateRow kTemplates[] = {
-    {"application/vnd.oasis.opendocument.text", kText},
-    {"application/vnd.oasis.opendocument.text-master", kMasterText},
-    {"application/vnd.oasis.opendocument.text-web", kText},
-    {"application/vnd.oasis.opendocument.spreadsheet", kSpreadsheet},
-    {"application/vnd.oasis.opendocument.presentation", kPresentation},
-    {"application/vnd.oasis.opendocument.graphics", kDrawing},
-    {"application/vnd.oasis.opendocument.chart", kChart},
-    {"application/vnd.oasis.opendocument.image", kImage},
-    {"application/vnd.oasis.opendocument.formula", kFormula},
+    {"application/vnd.oasis.opendocument.text", kTextMembers},
+    {"application/vnd.oasis.opendocument.text-master", kMasterTextMembers},
+    {"application/vnd.oasis.opendocument.text-web", kTextMembers},
+    {"application/vnd.oasis.opendocument.spreadsheet", kSpreadsheetMembers},
+    {"application/vnd.oasis.opendocument.presentation", kPresentationMembers},
+    {"application/vnd.oasis.opendocument.graphics", kDrawingMembers},
+    {"application/vnd.oasis.opendocument.chart", kChartMembers},
+    {"application/vnd.oasis.opendocument.image", kImageMembers},
+    {"application/vnd.oasis.opendocument.formula", kFormulaMembers},
 };
 
 } // namespace

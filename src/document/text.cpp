@@ -12,7 +12,7 @@
 namespace ODF {
 namespace {
 
-using Kind = TextPiece::Kind;
+using PieceKind = TextPiece::Kind;
 constexpr char16_t kFixed = 0xFFFF; ///< a field; no XML contains this character
 using Objects = std::vector<std::unique_ptr<CSDObject>>;
 
@@ -72,10 +72,10 @@ public:
     void replace(const TextPiece& piece, std::u16string_view text, bool afterBlank, bool beforeBlank) {
         Objects made = EncodeText(text, afterBlank, beforeBlank);
         Parent& parent = parents_[piece.parent];
-        if (piece.kind == Kind::Value) {
+        if (piece.kind == PieceKind::Value) {
             parent.hasValue = true;
             parent.front = std::move(made);
-        } else if (piece.kind == Kind::Run && IsSingleRun(made)) {
+        } else if (piece.kind == PieceKind::Run && IsSingleRun(made)) {
             ObjectAccess::text(*piece.object) = ObjectAccess::text(*made.front());
         } else {
             parent.replaced.emplace(piece.object, std::move(made));
@@ -169,7 +169,7 @@ public:
                 edit.replace(piece, text, before == u' ' || before == u'\t' || before == u'\n',
                              isBlankAfter(i));
             if (text.empty()) continue;
-            before = piece.kind == Kind::Fixed ? u'x' : text.back();
+            before = piece.kind == PieceKind::Fixed ? u'x' : text.back();
             isBlankBefore = isData(i) && !isMade && before == u' ';
         }
         edit.apply();
@@ -180,7 +180,7 @@ private:
     void find() {
         std::u16string whole;
         for (const TextPiece& piece : pieces_) {
-            if (piece.kind == Kind::Fixed)
+            if (piece.kind == PieceKind::Fixed)
                 whole += kFixed;
             else
                 whole += piece.text;
@@ -196,7 +196,7 @@ private:
         std::size_t match = 0; // the first that ends after `first`
         for (std::size_t i = 0; i < pieces_.size(); ++i) {
             const std::u16string& old = pieces_[i].text;
-            const std::size_t end = first + (pieces_[i].kind == Kind::Fixed ? 1 : old.size());
+            const std::size_t end = first + (pieces_[i].kind == PieceKind::Fixed ? 1 : old.size());
             std::size_t at = first;
             while (match < matches_.size() && matches_[match] < end) {
                 const std::size_t begin = matches_[match];
@@ -232,7 +232,7 @@ private:
     }
     /// Whether the piece is character data, where a file can't have all blanks.
     bool isData(std::size_t i) const {
-        return pieces_[i].kind == Kind::Run || pieces_[i].kind == Kind::Value;
+        return pieces_[i].kind == PieceKind::Run || pieces_[i].kind == PieceKind::Value;
     }
 
     std::vector<TextPiece> pieces_;

@@ -158,10 +158,10 @@ bool ExpatParser::parse(const void* data, std::size_t byteCount, bool isLast) {
 }
 
 bool ExpatParser::parsePieces(const char* at, std::size_t byteCount, bool isLast) {
-    constexpr std::size_t kPiece = std::size_t{1} << 24;
+    constexpr std::size_t kFedPiece = std::size_t{1} << 24;
     constexpr std::size_t kMax = INT_MAX / 4; // the library counts in int
     do {
-        const std::size_t piece = std::min({byteCount, std::max(kPiece, wanted()), kMax});
+        const std::size_t piece = std::min({byteCount, std::max(kFedPiece, wanted()), kMax});
         byteCount -= piece;
         fed_ += piece;
         if (!finish(XML_Parse(parser_, at, static_cast<int>(piece), isLast && byteCount == 0))) return false;

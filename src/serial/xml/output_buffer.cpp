@@ -95,12 +95,12 @@ bool OutputBuffer::close() {
 }
 
 void OutputBuffer::putRaw(std::u16string_view text) {
-    constexpr std::size_t kPiece = 8192;
+    constexpr std::size_t kRun = 8192;
     const char16_t* at = text.data();
     const char16_t* const end = at + text.size();
     while (at != end) {
-        const char16_t* const pieceEnd = at + std::min<std::ptrdiff_t>(end - at, kPiece);
-        char* out = reserve(kPiece + 1);
+        const char16_t* const pieceEnd = at + std::min<std::ptrdiff_t>(end - at, kRun);
+        char* out = reserve(kRun + 1);
         while (at < pieceEnd)
             out = PutUtf8(out, NextCodePoint(at, end));
         used_ = static_cast<std::size_t>(out - buffer_.get());
@@ -109,13 +109,13 @@ void OutputBuffer::putRaw(std::u16string_view text) {
 
 template<bool IsAttribute>
 void OutputBuffer::putEscaped(std::u16string_view text) {
-    constexpr std::size_t kPiece = 8192;
+    constexpr std::size_t kRun = 8192;
     const Replacements& replacements = kReplacements<IsAttribute>;
     const char16_t* at = text.data();
     const char16_t* const end = at + text.size();
     while (at != end) {
-        const char16_t* const pieceEnd = at + std::min<std::ptrdiff_t>(end - at, kPiece);
-        char* out = reserve(kPiece + 1);
+        const char16_t* const pieceEnd = at + std::min<std::ptrdiff_t>(end - at, kRun);
+        char* out = reserve(kRun + 1);
         while (at < pieceEnd) {
             const char16_t unit = *at;
             if (unit < 0x80) {
