@@ -7,7 +7,7 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 # Each layer may include those before it, and itself. Top-level headers, such as export.h, are for all.
 ORDER = ["system", "core", "platform", "elements", "serial", "package", "document"]
-# Two that are next to each other in ORDER, and know nothing of one another.
+# Pairs that the order would allow, and that know nothing of one another.
 APART = {("elements", "platform"), ("serial", "elements"), ("package", "elements")}
 
 

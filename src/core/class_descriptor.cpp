@@ -69,6 +69,13 @@ const EnumerationTable* FindEnumeration(unsigned id, std::u16string_view typeNam
     return at != tables.end() && typeName == (*at)->typeName ? *at : nullptr;
 }
 
+const ClassDescriptor* FindClass(unsigned id) noexcept {
+    const auto classes = Classes();
+    const auto at = std::partition_point(classes.begin(), classes.end(),
+                                         [&](const ClassDescriptor* table) { return table->id < id; });
+    return at != classes.end() && (*at)->id == id ? *at : nullptr;
+}
+
 const ClassDescriptor* FindClass(std::string_view elementName) noexcept {
     const auto tables = ClassesByName();
     const auto at = std::partition_point(tables.begin(), tables.end(), [&](const ClassDescriptor* table) {

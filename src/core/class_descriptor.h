@@ -115,6 +115,8 @@ struct ClassDescriptor {
 /// tables define them; the core only names them.
 std::span<const EnumerationTable* const> Enumerations() noexcept;
 std::span<const ClassDescriptor* const> Classes() noexcept;
+/// The class of that id; null when there is none.
+const ClassDescriptor* FindClass(unsigned id) noexcept;
 /// The class of the element of that name, with its customary prefix; null when there is none.
 const ClassDescriptor* FindClass(std::string_view elementName) noexcept;
 /// The classes in the order of their element names; of several for one name only the first.

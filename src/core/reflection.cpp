@@ -89,11 +89,8 @@ std::optional<ClassInfo> ClassOf(const CSDObject& object) {
 }
 
 std::optional<ClassInfo> ClassOfElement(std::string_view elementName) {
-    const auto classes = Classes();
-    const auto at = std::find_if(classes.begin(), classes.end(), [&](const ClassDescriptor* table) {
-        return elementName == table->elementName;
-    });
-    return at == classes.end() ? std::nullopt : std::optional(ObjectAccess::info(**at));
+    const ClassDescriptor* const table = FindClass(elementName);
+    return table ? std::optional(ObjectAccess::info(*table)) : std::nullopt;
 }
 
 std::string_view PrefixOfNamespace(std::string_view uri) noexcept {

@@ -1,6 +1,7 @@
 #include <odfmodel/document/open_document.h>
 
 #include "document/document_kinds.h"
+#include "document/guarded.h"
 #include "document/pictures/member_store.h"
 #include "document/templates.h"
 #include "document/tree.h"
@@ -38,14 +39,11 @@ platform::Path ToPath(const std::filesystem::path& path) {
 /// Runs `work(diagnostics)`, which returns a status. A failed allocation is one too.
 template<typename Work>
 Result Run(Work work) {
-    try {
+    return Guarded([&] {
         Diagnostics diagnostics;
         const Status status = work(diagnostics);
         return Result(status, diagnostics.notes());
-    } catch (const std::bad_alloc&) {    // NOLINT(bugprone-empty-catch): the status tells
-    } catch (const std::length_error&) { // NOLINT(bugprone-empty-catch)
-    }
-    return Result(Status::OutOfMemory);
+    });
 }
 
 /// Whether the bytes begin like XML: with markup, perhaps after a byte order mark and blanks.

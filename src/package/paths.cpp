@@ -74,4 +74,22 @@ std::u16string FoldPath(Units path) {
     return result;
 }
 
+std::string Unescaped(std::string_view text) {
+    const auto digit = [&](std::size_t at) {
+        const char c = at < text.size() ? text[at] : '\0';
+        if (c >= '0' && c <= '9') return c - '0';
+        if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+        return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
+    };
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const int high = text[i] == '%' ? digit(i + 1) : -1;
+        const int low = high >= 0 ? digit(i + 2) : -1;
+        const int byte = low >= 0 ? high * 16 + low : 0;
+        result += byte > 0 ? static_cast<char>(byte) : text[i];
+        if (byte > 0) i += 2;
+    }
+    return result;
+}
+
 } // namespace SDPackage

@@ -53,5 +53,7 @@ bool HasParentStep(Units path) noexcept;
 /// `path` from "/" on with `/` between its steps, "." and ".." folded by text alone; a ".." at the top stays
 /// at the top. A separator at the end stays.
 std::u16string FoldPath(Units path);
+/// A name or link in UTF-8 with its percent escapes resolved; "%00" stays.
+std::string Unescaped(std::string_view text);
 
 } // namespace SDPackage

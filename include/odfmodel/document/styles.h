@@ -26,6 +26,7 @@ class CODFDoc;
 class CStyleStyle;
 class CStyleDefaultStyle;
 class Document;
+class StyleTrees;
 
 namespace detail {
 /// Puts a set of properties before those that the format wants after it.
@@ -126,12 +127,10 @@ public:
     /// @}
 
 private:
-    struct State;
-
     CSDObject* FindObject(unsigned id, std::string_view name) const;
     static CSDObject& Object(CStyleStyle& style) noexcept;
 
-    std::unique_ptr<State> state_;
+    std::unique_ptr<StyleTrees> trees_;
 };
 
 } // namespace ODF

@@ -1,7 +1,9 @@
 #include "document/document_kinds.h"
 #include "document/flat/declarations.h"
-#include "document/flat/links.h"
-#include "document/flat/style_names.h"
+#include "document/guarded.h"
+#include "document/links.h"
+#include "document/styles/references.h"
+#include "package/paths.h"
 #include "serial/crypto/base64.h"
 
 #include <odfmodel/core/foreign.h>
@@ -12,9 +14,7 @@
 
 #include <algorithm>
 #include <map>
-#include <new>
 #include <set>
-#include <stdexcept>
 
 namespace ODF {
 namespace flat {
@@ -32,7 +32,7 @@ constexpr std::uint64_t kTreeWeight = 16;
 
 struct TooLarge {};
 
-/// The part of the child list with one class moves over as a copy.
+/// Copies the child of one class.
 template<typename T>
 void CopyChild(const CSDObject* from, CSDObject& to) {
     const T* const child = from ? from->Child<T>() : nullptr;
@@ -53,14 +53,14 @@ std::string_view MediaTypeOf(const CSDObject& content) {
 }
 
 /// New names of styles by what they were.
-using Renamed = std::map<std::pair<StyleSpace, std::string>, std::string>;
+using Renamed = std::map<StyleKey, std::string>;
 
 /// Whether two styles of one name say the same, and mean the same by what they refer to.
-bool IsSame(CSDObject& style, CSDObject& other, const Renamed& renamed) {
+bool IsSame(CSDObject& style, CSDObject& other, const Renamed& renamed, References& references) {
     if (ToXml(style, {}, Fidelity::Everything) != ToXml(other, {}, Fidelity::Everything)) return false;
     bool isSame = true;
-    ForEachReference(style, [&](StyleSpace space, const std::string& name) -> std::optional<std::string> {
-        isSame = isSame && !renamed.contains({space, name});
+    references.visitAll(style, [&](NamedKind kind, const std::string& name) -> std::optional<std::string> {
+        isSame = isSame && !renamed.contains({kind, name});
         return std::nullopt;
     });
     return isSame;
@@ -109,7 +109,7 @@ std::string Flattening::memberOf(std::string_view href, const std::string& folde
     std::string member = MemberOf(href, folder);
     if (member.empty() || document_.HasMember(member) || document_.HasMember(member + "/content.xml"))
         return member;
-    return MemberOf(Unescaped(href), folder);
+    return MemberOf(SDPackage::Unescaped(href), folder);
 }
 
 std::unique_ptr<CSDObject> Flattening::documentIn(const std::string& folder, const std::string& mediaType,
@@ -128,9 +128,8 @@ std::unique_ptr<CSDObject> Flattening::assemble(const std::string& folder, const
     const CSDObject* const styles = rootOf(folder + "styles.xml");
     std::unique_ptr<COfficeDocument> root(static_cast<COfficeDocument*>(COfficeDocument::Create()));
     SetAttributeText(*root, "office:mimetype", mediaType.empty() ? MediaTypeOf(content) : mediaType);
-    CTulStringW version;
-    if (GetAttributeText(content, "office:version", version))
-        SetAttributeText(*root, "office:version", version.utf8());
+    if (const std::string version = AttributeOf(content, "office:version"); !version.empty())
+        SetAttributeText(*root, "office:version", version);
     AddForeignAttributes(content, *root);
     CopyChild<COfficeMeta>(rootOf(folder + "meta.xml"), *root);
     CopyChild<COfficeSettings>(rootOf(folder + "settings.xml"), *root);
@@ -163,22 +162,22 @@ void Flattening::copyFonts(const CSDObject* styles, const CSDObject& content, CS
     if (!more) return;
     std::set<std::string> names;
     for (const CSDObject& font : fonts->Children())
-        names.insert(NameOfStyle(font));
+        names.insert(NameOfNamed(font));
     for (const CSDObject& font : more->Children())
-        if (names.insert(NameOfStyle(font)).second) fonts->Append(font.Clone());
+        if (names.insert(NameOfNamed(font)).second) fonts->Append(font.Clone());
 }
 
 void Flattening::addAutomaticStyles(CSDObject& to, CSDObject* fromStyles, CSDObject& root) {
-    std::map<std::string, CSDObject*> present;
+    std::map<StyleKey, CSDObject*> present;
     std::set<std::string> names;
     for (CSDObject& style : to.Children()) {
-        present.emplace(KeyOfStyle(style), &style);
-        names.insert(NameOfStyle(style));
+        if (const auto key = KeyOf(style)) present.emplace(*key, &style);
+        names.insert(NameOfNamed(style));
     }
-    std::vector<CSDObject*> added;
+    std::vector<std::pair<CSDObject*, std::optional<StyleKey>>> added;
     for (CSDObject& style : fromStyles->Children()) {
-        added.push_back(&style);
-        names.insert(NameOfStyle(style));
+        added.emplace_back(&style, KeyOf(style));
+        names.insert(NameOfNamed(style));
     }
     const auto freeName = [&](const std::string& name) {
         for (unsigned i = 1;; ++i) {
@@ -186,27 +185,26 @@ void Flattening::addAutomaticStyles(CSDObject& to, CSDObject* fromStyles, CSDObj
             if (names.insert(candidate).second) return candidate;
         }
     };
+    References references;
     Renamed renamed;
     // Those that others refer to come first: a style that looks the same may mean another list style.
     for (const bool isReferring : {false, true})
-        for (CSDObject* const style : added) {
-            const StyleSpace space = SpaceOf(*style);
-            if (space == StyleSpace::None || (space == StyleSpace::Style) != isReferring) continue;
-            const auto same = present.find(KeyOfStyle(*style));
-            if (same == present.end() || renamed.contains({space, NameOfStyle(*style)})) continue;
-            if (!IsSame(*style, *same->second, renamed))
-                renamed[{space, NameOfStyle(*style)}] = freeName(NameOfStyle(*style));
+        for (const auto& [style, key] : added) {
+            if (!key || IsFamily(key->first) != isReferring) continue;
+            const auto same = present.find(*key);
+            if (same == present.end() || renamed.contains(*key)) continue;
+            if (!IsSame(*style, *same->second, renamed, references)) renamed[*key] = freeName(key->second);
         }
     if (!renamed.empty())
-        ForEachReference(root, [&](StyleSpace space, const std::string& name) -> std::optional<std::string> {
-            const auto at = renamed.find({space, name});
+        references.visitAll(root, [&](NamedKind kind, const std::string& name) {
+            const auto at = renamed.find({kind, name});
             return at == renamed.end() ? std::nullopt : std::optional(at->second);
         });
-    for (CSDObject* const style : added) {
-        const auto at = renamed.find({SpaceOf(*style), NameOfStyle(*style)});
+    for (const auto& [style, key] : added) {
+        const auto at = key ? renamed.find(*key) : renamed.end();
         if (at != renamed.end())
             SetAttributeText(*style, "style:name", at->second);
-        else if (SpaceOf(*style) != StyleSpace::None && present.contains(KeyOfStyle(*style)))
+        else if (key && present.contains(*key))
             continue; // the same one is there
         to.Append(style->Clone());
     }
@@ -231,11 +229,6 @@ void Flattening::takeInLink(CSDObject& object, const std::string& folder, std::s
     for (std::size_t i = 0; i <= depth && out.starts_with("../"); ++i)
         out.remove_prefix(3);
     if (out.size() < href.size() && !out.empty()) SetAttributeText(object, "xlink:href", out);
-}
-
-void UnsetLink(CSDObject& object) {
-    for (const char* const name : {"xlink:href", "xlink:type", "xlink:show", "xlink:actuate"})
-        object.Unset(name);
 }
 
 bool Flattening::takeInData(CSDObject& object, const std::string& member) {
@@ -319,15 +312,14 @@ Result Flatten(Document& document, Document& flat) {
 
 Result ToFlat(Document& document, Document& flat) {
     if (!document.IsOpen() || document.IsFlat()) return Result(Status::NothingToSave);
-    try {
-        return flat::Flatten(document, flat);
-    } catch (const flat::TooLarge&) {
-        return flat::Refused(Status::LimitExceeded,
-                             "the pictures and objects are too large for one XML file");
-    } catch (const std::bad_alloc&) {    // NOLINT(bugprone-empty-catch): the status tells
-    } catch (const std::length_error&) { // NOLINT(bugprone-empty-catch)
-    }
-    return Result(Status::OutOfMemory);
+    return Guarded([&] {
+        try {
+            return flat::Flatten(document, flat);
+        } catch (const flat::TooLarge&) {
+            return flat::Refused(Status::LimitExceeded,
+                                 "the pictures and objects are too large for one XML file");
+        }
+    });
 }
 
 } // namespace ODF

@@ -1,7 +1,8 @@
 #include "document/document_kinds.h"
 #include "document/flat/declarations.h"
-#include "document/flat/links.h"
-#include "document/flat/style_names.h"
+#include "document/guarded.h"
+#include "document/links.h"
+#include "document/styles/references.h"
 #include "document/tree.h"
 #include "package/odf/odf_package.h"
 #include "serial/crypto/base64.h"
@@ -14,9 +15,7 @@
 
 #include <algorithm>
 #include <map>
-#include <new>
 #include <set>
-#include <stdexcept>
 
 namespace ODF {
 namespace flat {
@@ -47,13 +46,6 @@ std::string_view ExtensionOf(const Bytes& bytes) {
     for (const PictureHead& row : kHeads)
         if (text.starts_with(row.head)) return row.extension;
     return text.size() > 12 && text.starts_with("RIFF") && text.substr(8, 4) == "WEBP" ? ".webp" : "";
-}
-
-void SetLink(CSDObject& object, std::string_view href) {
-    SetAttributeText(object, "xlink:href", href);
-    SetAttributeText(object, "xlink:type", "simple");
-    SetAttributeText(object, "xlink:show", "embed");
-    SetAttributeText(object, "xlink:actuate", "onLoad");
 }
 
 class Packing {
@@ -107,19 +99,21 @@ bool Packing::add(CSDObject& root) {
 std::set<const CSDObject*> UsedStyles(CSDObject* user, CSDObject* automatic) {
     std::set<const CSDObject*> used;
     if (!user || !automatic) return used;
-    std::multimap<std::pair<StyleSpace, std::string>, CSDObject*> byName;
+    std::multimap<StyleKey, CSDObject*> byKey;
     for (CSDObject& style : automatic->Children())
-        byName.emplace(std::pair(SpaceOf(style), NameOfStyle(style)), &style);
+        if (const auto key = KeyOf(style)) byKey.emplace(*key, &style);
+    References references;
     std::vector<CSDObject*> open{user};
     while (!open.empty()) {
         CSDObject* const from = open.back();
         open.pop_back();
-        ForEachReference(*from, [&](StyleSpace space, const std::string& name) -> std::optional<std::string> {
-            const auto [begin, end] = byName.equal_range({space, name});
-            for (auto at = begin; at != end; ++at)
-                if (used.insert(at->second).second) open.push_back(at->second);
-            return std::nullopt;
-        });
+        references.visitAll(*from,
+                            [&](NamedKind kind, const std::string& name) -> std::optional<std::string> {
+                                const auto [begin, end] = byKey.equal_range({kind, name});
+                                for (auto at = begin; at != end; ++at)
+                                    if (used.insert(at->second).second) open.push_back(at->second);
+                                return std::nullopt;
+                            });
     }
     return used;
 }
@@ -127,10 +121,7 @@ std::set<const CSDObject*> UsedStyles(CSDObject* user, CSDObject* automatic) {
 /// Moves or copies what the parts have in common.
 class Parts {
 public:
-    explicit Parts(CSDObject& root) : root_(root) {
-        CTulStringW version;
-        if (GetAttributeText(root, "office:version", version)) version_ = version.utf8();
-    }
+    explicit Parts(CSDObject& root) : root_(root), version_(AttributeOf(root, "office:version")) {}
     template<typename Root>
     std::unique_ptr<Root> make() const {
         std::unique_ptr<Root> part(static_cast<Root*>(Root::Create()));
@@ -173,7 +164,7 @@ void Packing::addOne(CSDObject& root, const std::string& folder) {
         auto& forStyles = styles->Append<COfficeAutomaticStyles>();
         auto& forContent = content->Append<COfficeAutomaticStyles>();
         for (CSDObject& style : automatic->Children()) {
-            const bool isOfMasters = ofMasters.contains(&style) || SpaceOf(style) == StyleSpace::PageLayout;
+            const bool isOfMasters = ofMasters.contains(&style) || style.GetID() == CStylePageLayout::kId;
             if (isOfMasters) forStyles.Append(style.Clone());
             if (!isOfMasters || ofBody.contains(&style)) forContent.Append(style.Clone());
         }
@@ -244,10 +235,9 @@ void Packing::takeOutData(CSDObject& object, CSDObject& data, const std::string&
 
 void Packing::takeOutObject(CSDObject& object, CSDObject& inner, const std::string& folder) {
     const std::string name = "Object " + std::to_string(++count_);
-    CTulStringW mediaType;
-    if (!GetAttributeText(inner, "office:mimetype", mediaType))
-        mediaType = CTulStringW(MediaTypeFor(DocumentKind::Formula));
-    folders_.emplace_back(folder + name + "/", mediaType.utf8());
+    std::string mediaType = AttributeOf(inner, "office:mimetype");
+    if (mediaType.empty()) mediaType = MediaTypeFor(DocumentKind::Formula);
+    folders_.emplace_back(folder + name + "/", std::move(mediaType));
     inner_.push_back({object.Detach(inner), folder + name + "/"});
     SetLink(object, "./" + name);
 }
@@ -278,12 +268,7 @@ Result Pack(Document& flat, Document& package) {
 Result ToPackage(Document& flat, Document& package) {
     if (!flat.IsFlat()) return Result(Status::NothingToSave);
     if (!flat.IsWhole()) return Result(Status::Damaged);
-    try {
-        return flat::Pack(flat, package);
-    } catch (const std::bad_alloc&) {    // NOLINT(bugprone-empty-catch): the status tells
-    } catch (const std::length_error&) { // NOLINT(bugprone-empty-catch)
-    }
-    return Result(Status::OutOfMemory);
+    return Guarded([&] { return flat::Pack(flat, package); });
 }
 
 } // namespace ODF

@@ -7,6 +7,7 @@
 #include <odfmodel/document/part_factories.h>
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace ODF {
 namespace {
@@ -70,13 +71,11 @@ private:
 } // namespace
 
 std::string FreeObjectFolder(const Document& document) {
-    const std::vector<std::string> taken = document.Members();
-    for (unsigned number = 1;; ++number) {
-        std::string folder = "Object " + std::to_string(number);
-        if (std::none_of(taken.begin(), taken.end(),
-                         [&](const std::string& name) { return name.starts_with(folder + '/'); }))
-            return folder;
-    }
+    std::unordered_set<std::string> taken;
+    for (const std::string& name : document.Members())
+        taken.insert(name.substr(0, name.find('/')));
+    for (unsigned number = 1;; ++number)
+        if (std::string folder = "Object " + std::to_string(number); !taken.contains(folder)) return folder;
 }
 
 std::unique_ptr<MemberStore> StoreOf(Document& document) {

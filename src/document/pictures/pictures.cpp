@@ -1,6 +1,7 @@
 #include <odfmodel/document/pictures.h>
 
 #include "core/object_access.h"
+#include "document/links.h"
 #include "document/pictures/image_size.h"
 #include "platform/files.h"
 #include "serial/crypto/base64.h"
@@ -69,14 +70,6 @@ std::unique_ptr<CDrawFrame> MakeFrame(const CSDObject& place, const PictureOptio
     return frame;
 }
 
-template<typename Content>
-void Link(Content& content, const std::string& target) {
-    content.SetXlinkHref(target);
-    content.SetXlinkType("simple");
-    content.SetXlinkShow("embed");
-    content.SetXlinkActuate("onLoad");
-}
-
 /// Puts the frame where it belongs, with the description after its content.
 CDrawFrame* Finish(CSDObject& place, std::unique_ptr<CDrawFrame> frame, const PictureOptions& options) {
     if (!options.description.empty()) SetText(frame->Append<CSvgDesc>(), options.description);
@@ -94,7 +87,7 @@ CDrawFrame* Place(Document& document, CSDObject& place, ByteSpan bytes, std::str
     } else {
         const std::string member = document.AddPicture(bytes, fileName);
         if (member.empty()) return nullptr;
-        Link(image, member);
+        SetLink(image, member);
     }
     return Finish(place, std::move(frame), options);
 }
@@ -136,7 +129,7 @@ CDrawFrame* PlacePicture(CODFDoc& document, CSDObject& place, const std::filesys
     const CODFPart* const part = AddPictureFile(document.GetRootPart(), path);
     if (!part) return nullptr;
     std::unique_ptr<CDrawFrame> frame = MakeFrame(place, options, SizeOfImage(*bytes));
-    Link(frame->Append<CDrawImage>(), ToUtf8(part->GetPackagePath()));
+    SetLink(frame->Append<CDrawImage>(), ToUtf8(part->GetPackagePath()));
     return Finish(place, std::move(frame), options);
 }
 
@@ -146,7 +139,7 @@ CDrawFrame* PlaceObject(Document& document, CSDObject& place, Document& object,
     std::unique_ptr<CDrawFrame> frame = MakeFrame(place, options, {});
     const std::string folder = document.AddObject(object);
     if (folder.empty()) return nullptr;
-    Link(frame->Append<CDrawObject>(), "./" + folder);
+    SetLink(frame->Append<CDrawObject>(), "./" + folder);
     return Finish(place, std::move(frame), options);
 }
 

@@ -71,6 +71,7 @@ constexpr ReferenceRow kReferences[] = {
     {"presentation:style-name", "", kPresentation},
     {"chart:style-name", "", kChart},
     // What else may be named.
+    {"table:style-name", "", kCell}, // of a table template
     {"table:default-cell-style-name", "", kCell},
     {"draw:text-style-name", "", kParagraph},
     {"text:cond-style-name", "", kParagraph},
@@ -175,6 +176,11 @@ std::string NameOfNamed(const CSDObject& object) {
     return {};
 }
 
+std::optional<StyleKey> KeyOf(const CSDObject& object) {
+    const std::optional<NamedKind> kind = KindOfNamed(object);
+    return kind ? std::optional(StyleKey(*kind, NameOfNamed(object))) : std::nullopt;
+}
+
 const std::vector<Reference>& References::of(const ClassDescriptor& table) {
     const auto [at, isNew] = known_.try_emplace(&table);
     if (isNew)
@@ -183,6 +189,24 @@ const std::vector<Reference>& References::of(const ClassDescriptor& table) {
                                                                 table.elementName, std::size(kReferences)))
                 at->second.push_back({row, found->kind});
     return at->second;
+}
+
+void References::visit(CSDObject& object, std::optional<NamedKind> family, const Visit& visit) {
+    const ClassDescriptor* const table = ObjectAccess::table(object);
+    if (!table) return;
+    for (const Reference& reference : of(*table)) {
+        const std::string name = NameAt(object, reference);
+        if (name.empty()) continue;
+        const NamedKind kind = reference.kind == NamedKind::OwnFamily && family ? *family : reference.kind;
+        if (const std::optional<std::string> other = visit(kind, name); other && *other != name)
+            SetNameAt(object, reference, *other);
+    }
+}
+
+void References::visitAll(CSDObject& root, const Visit& visit) {
+    ForEachInStyle(root, [&](CSDObject& object, std::optional<NamedKind> family) {
+        this->visit(object, family, visit);
+    });
 }
 
 std::optional<Reference> StyleReference(const CSDObject& element, std::optional<NamedKind> family) {

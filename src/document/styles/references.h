@@ -6,10 +6,12 @@
 #include <odfmodel/elements/enumerations.h>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 // Which attributes name a style or something like it, and what.
@@ -46,6 +48,11 @@ std::optional<NamedKind> KindOfElement(std::string_view elementName) noexcept;
 /// Its name; empty for none.
 std::string NameOfNamed(const CSDObject& object);
 
+/// What tells two styles of one list apart.
+using StyleKey = std::pair<NamedKind, std::string>;
+/// Nothing for an object that can't be named.
+std::optional<StyleKey> KeyOf(const CSDObject& object);
+
 /// An attribute of a class that names something.
 struct Reference {
     std::uint16_t row; ///< of the class's table
@@ -55,11 +62,29 @@ struct Reference {
 /// The references of each class, made out when a class is first met.
 class References {
 public:
-    const std::vector<Reference>& of(const ClassDescriptor& table);
+    /// Gets each name and what it names; what it returns becomes the new name.
+    using Visit = std::function<std::optional<std::string>(NamedKind kind, const std::string& name)>;
+    /// The names at one object; `family` is what the style is that it is in.
+    void visit(CSDObject& object, std::optional<NamedKind> family, const Visit& visit);
+    /// The names at `root` and all below it.
+    void visitAll(CSDObject& root, const Visit& visit);
 
 private:
+    const std::vector<Reference>& of(const ClassDescriptor& table);
+
     std::unordered_map<const ClassDescriptor*, std::vector<Reference>> known_;
 };
+
+/// Calls `work(object, family)` for `root` and all below it, with what the style is that the object is in.
+template<typename Work>
+void ForEachInStyle(CSDObject& root, Work work) {
+    std::optional<NamedKind> family = KindOfNamed(root);
+    work(root, family);
+    for (CSDObject& object : root.Descendants()) {
+        if (const auto named = KindOfNamed(object)) family = named;
+        work(object, family);
+    }
+}
 
 /// The attribute by which an element names its style, and the family; nothing when it can't have one. Of two
 /// that are possible, the one that is set, or the one for a given family.

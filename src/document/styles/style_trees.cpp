@@ -42,23 +42,6 @@ unsigned ListId(StyleTrees::Place place) noexcept {
     return 0;
 }
 
-std::unique_ptr<CSDObject> MakeList(StyleTrees::Place place) {
-    using enum StyleTrees::Place;
-    switch (place) {
-    case ContentAutomatic:
-    case StylesAutomatic:
-        return std::unique_ptr<CSDObject>(COfficeAutomaticStyles::Create());
-    case Common:
-        return std::unique_ptr<CSDObject>(COfficeStyles::Create());
-    case Master:
-        return std::unique_ptr<CSDObject>(COfficeMasterStyles::Create());
-    case ContentFonts:
-    case StylesFonts:
-        return std::unique_ptr<CSDObject>(COfficeFontFaceDecls::Create());
-    }
-    return nullptr;
-}
-
 /// What the automatic names of a kind begin with, as office suites have it.
 std::string_view NameStart(NamedKind kind) noexcept {
     constexpr std::string_view kOfFamilies[] = {"T",  "P",  "Sect", "Ru", "ta", "co",
@@ -69,10 +52,6 @@ std::string_view NameStart(NamedKind kind) noexcept {
 
 std::size_t HashOf(NamedKind kind, std::string_view text) noexcept {
     return std::hash<std::string_view>()(text) * 31 + static_cast<std::size_t>(kind);
-}
-
-std::string ShownNameOf(const CSDObject& object) {
-    return AttributeOf(object, kShownName);
 }
 
 void AddField(std::string& key, std::string_view text) {
@@ -161,7 +140,7 @@ void StyleList::enter(const CSDObject& object, std::uint32_t place) {
     const std::optional<NamedKind> kind = KindOfNamed(object);
     if (!kind) return;
     byName_.emplace(HashOf(*kind, NameOfNamed(object)), place);
-    if (const std::string shown = ShownNameOf(object); !shown.empty())
+    if (const std::string shown = AttributeOf(object, kShownName); !shown.empty())
         byShownName_.emplace(HashOf(*kind, shown), place);
     if (hasContents_) byContent_.emplace(HashOf(*kind, ContentKey(object)), place);
 }
@@ -214,7 +193,7 @@ CSDObject* StyleList::find(CSDObject* list, NamedKind kind, std::string_view nam
 
 CSDObject* StyleList::findShown(CSDObject* list, NamedKind kind, std::string_view name) {
     return lookUp(list, byShownName_, HashOf(kind, name), [&](const CSDObject& object) {
-        return KindOfNamed(object) == kind && ShownNameOf(object) == name;
+        return KindOfNamed(object) == kind && AttributeOf(object, kShownName) == name;
     });
 }
 
@@ -289,7 +268,10 @@ CSDObject* StyleTrees::add(Place place, std::unique_ptr<CSDObject> object) {
     if (!root && !isOfContent && makeStylesRoot) root = styles_ = makeStylesRoot();
     if (!root || !object) return nullptr;
     CSDObject* own = list(place);
-    if (!own) own = &InsertByRank(*root, MakeList(place), &RankInRoot);
+    if (!own) {
+        std::unique_ptr<CSDObject> made(ObjectAccess::makeLoose(*FindClass(ListId(place))));
+        own = &InsertByRank(*root, std::move(made), &RankInRoot);
+    }
     return &index(place).append(*own, std::move(object));
 }
 

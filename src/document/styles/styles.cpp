@@ -62,25 +62,21 @@ CSDObject* detail::PropertiesOf(CSDObject* style, unsigned id) {
     return style ? style->GetObjectByID(id) : nullptr;
 }
 
-struct Styles::State {
-    StyleTrees trees;
-};
-
 Styles::Styles(CSDObject* content, CSDObject* styles)
-    : state_(std::make_unique<State>(State{StyleTrees(content, styles)})) {}
-Styles::Styles(Document& document) : state_(std::make_unique<State>(State{TreesOf(document)})) {}
-Styles::Styles(CODFDoc& document) : state_(std::make_unique<State>(State{TreesOf(document)})) {}
+    : trees_(std::make_unique<StyleTrees>(content, styles)) {}
+Styles::Styles(Document& document) : trees_(std::make_unique<StyleTrees>(TreesOf(document))) {}
+Styles::Styles(CODFDoc& document) : trees_(std::make_unique<StyleTrees>(TreesOf(document))) {}
 
 Styles::Styles(Styles&& other) noexcept = default;
 Styles& Styles::operator=(Styles&& other) noexcept = default;
 Styles::~Styles() = default;
 
 CStyleStyle* Styles::Find(ST_StyleFamily family, std::string_view name) const {
-    return AsStyle(state_->trees.find(ToNamedKind(family), name));
+    return AsStyle(trees_->find(ToNamedKind(family), name));
 }
 
 CStyleDefaultStyle* Styles::Default(ST_StyleFamily family) const {
-    CSDObject* const list = state_->trees.list(StyleTrees::Place::Common);
+    CSDObject* const list = trees_->list(StyleTrees::Place::Common);
     if (list)
         for (CStyleDefaultStyle& style : list->Children<CStyleDefaultStyle>())
             if (style.GetStyleFamily() == family) return &style;
@@ -88,18 +84,15 @@ CStyleDefaultStyle* Styles::Default(ST_StyleFamily family) const {
 }
 
 CSDObject* Styles::FindObject(unsigned id, std::string_view name) const {
-    const auto classes = Classes();
-    const auto at = std::partition_point(classes.begin(), classes.end(),
-                                         [&](const ClassDescriptor* table) { return table->id < id; });
-    const std::optional<NamedKind> kind =
-        at != classes.end() && (*at)->id == id ? KindOfElement((*at)->elementName) : std::nullopt;
-    CSDObject* const found = kind ? state_->trees.find(*kind, name) : nullptr;
+    const ClassDescriptor* const table = FindClass(id);
+    const std::optional<NamedKind> kind = table ? KindOfElement(table->elementName) : std::nullopt;
+    CSDObject* const found = kind ? trees_->find(*kind, name) : nullptr;
     return found && found->GetID() == id ? found : nullptr;
 }
 
 std::vector<CStyleStyle*> Styles::Common(ST_StyleFamily family) const {
     std::vector<CStyleStyle*> result;
-    if (CSDObject* const list = state_->trees.list(StyleTrees::Place::Common))
+    if (CSDObject* const list = trees_->list(StyleTrees::Place::Common))
         for (CStyleStyle& style : list->Children<CStyleStyle>())
             if (style.GetStyleFamily() == family) result.push_back(&style);
     return result;
@@ -112,8 +105,8 @@ bool Styles::IsAutomatic(const CSDObject& style) noexcept {
 CStyleStyle* Styles::StyleOf(const CSDObject& element) const {
     const std::optional<Reference> reference = StyleReference(element);
     if (!reference) return nullptr;
-    const StyleTrees::Part part = state_->trees.partOf(element);
-    return AsStyle(state_->trees.find(reference->kind, NameAt(element, *reference), part));
+    const StyleTrees::Part part = trees_->partOf(element);
+    return AsStyle(trees_->find(reference->kind, NameAt(element, *reference), part));
 }
 
 std::vector<CSDObject*> Styles::Chain(const CSDObject& styleOrElement) const {
@@ -134,7 +127,7 @@ std::vector<CSDObject*> Styles::Chain(const CSDObject& styleOrElement) const {
         CTulStringW parent;
         const CStyleStyle* const style = AsStyle(at);
         at = style && style->GetStyleParentStyleName(parent)
-                 ? state_->trees.find(*kind, parent.utf8(), state_->trees.partOf(*style))
+                 ? trees_->find(*kind, parent.utf8(), trees_->partOf(*style))
                  : nullptr;
     }
     if (CStyleDefaultStyle* const last = Default(static_cast<ST_StyleFamily>(*kind))) chain.push_back(last);
@@ -142,13 +135,12 @@ std::vector<CSDObject*> Styles::Chain(const CSDObject& styleOrElement) const {
 }
 
 CStyleStyle* Styles::Make(ST_StyleFamily family, std::string_view name, std::string_view parent) {
-    StyleTrees& trees = state_->trees;
     const NamedKind kind = ToNamedKind(family);
-    if (CSDObject* const found = trees.find(kind, name); found && !IsAutomaticStyle(*found))
+    if (CSDObject* const found = trees_->find(kind, name); found && !IsAutomaticStyle(*found))
         return AsStyle(found);
     const std::string encoded = EncodedName(name);
     if (encoded.empty()) return nullptr;
-    if (CSDObject* const found = trees.findIn(StyleTrees::Place::Common, kind, encoded))
+    if (CSDObject* const found = trees_->findIn(StyleTrees::Place::Common, kind, encoded))
         return AsStyle(found);
     std::unique_ptr<CStyleStyle> style = Draft(family);
     style->SetStyleName(encoded);
@@ -157,7 +149,7 @@ CStyleStyle* Styles::Make(ST_StyleFamily family, std::string_view name, std::str
         const CStyleStyle* const above = Find(family, parent);
         style->SetStyleParentStyleName(above ? above->GetStyleName() : CTulStringW(EncodedName(parent)));
     }
-    return AsStyle(trees.add(StyleTrees::Place::Common, std::move(style)));
+    return AsStyle(trees_->add(StyleTrees::Place::Common, std::move(style)));
 }
 
 std::unique_ptr<CStyleStyle> Styles::Draft(ST_StyleFamily family, std::string_view parent) {
@@ -179,14 +171,14 @@ std::unique_ptr<CStyleStyle> Styles::DraftFor(const CSDObject& element) const {
 }
 
 CStyleStyle* Styles::Automatic(std::unique_ptr<CStyleStyle> draft) {
-    return AsStyle(state_->trees.addAutomatic(StyleTrees::Place::ContentAutomatic, std::move(draft)));
+    return AsStyle(trees_->addAutomatic(StyleTrees::Place::ContentAutomatic, std::move(draft)));
 }
 
 bool Styles::Use(CSDObject& element, std::unique_ptr<CStyleStyle> draft) {
     const std::optional<Reference> reference = StyleReference(element);
     if (!draft || !reference || ToNamedKind(draft->GetStyleFamily()) != reference->kind) return false;
-    const StyleTrees::Place place = StyleTrees::automaticOf(state_->trees.partOf(element));
-    const CSDObject* const style = state_->trees.addAutomatic(place, std::move(draft));
+    const StyleTrees::Place place = StyleTrees::automaticOf(trees_->partOf(element));
+    const CSDObject* const style = trees_->addAutomatic(place, std::move(draft));
     if (!style) return false;
     SetNameAt(element, *reference, NameOfNamed(*style));
     return true;

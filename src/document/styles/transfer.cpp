@@ -1,6 +1,7 @@
 #include <odfmodel/document/transfer.h>
 
 #include "core/object_access.h"
+#include "document/links.h"
 #include "document/pictures/member_store.h"
 #include "document/styles/style_trees.h"
 #include "serial/crypto/base64.h"
@@ -54,8 +55,6 @@ struct Transfer::State {
     void fitAll();
 
 private:
-    void fitOne(CSDObject& object, std::optional<NamedKind> family, Part sourcePart, Part targetPart,
-                unsigned depth);
     std::string bring(NamedKind kind, const std::string& name, Part sourcePart, Part targetPart,
                       unsigned depth);
     void bringMember(CSDObject& object);
@@ -66,13 +65,12 @@ private:
 };
 
 void Transfer::State::fit(CSDObject& object, Part sourcePart, Part targetPart, unsigned depth) {
-    const std::optional<NamedKind> kind = KindOfNamed(object);
-    fitOne(object, kind, sourcePart, targetPart, depth);
-    std::optional<NamedKind> family = kind; // of the style that is being walked through
-    for (CSDObject& below : object.Descendants()) {
-        if (const auto named = KindOfNamed(below)) family = named;
-        fitOne(below, family, sourcePart, targetPart, depth);
-    }
+    ForEachInStyle(object, [&](CSDObject& each, std::optional<NamedKind> family) {
+        references.visit(each, family, [&](NamedKind kind, const std::string& name) {
+            return bring(kind, name, sourcePart, targetPart, depth);
+        });
+        bringMember(each);
+    });
 }
 
 void Transfer::State::fitAll() {
@@ -81,20 +79,6 @@ void Transfer::State::fitAll() {
         unfinished.pop_front();
         fit(*next.object, next.sourcePart, next.targetPart, 0);
     }
-}
-
-void Transfer::State::fitOne(CSDObject& object, std::optional<NamedKind> family, Part sourcePart,
-                             Part targetPart, unsigned depth) {
-    const ClassDescriptor* const table = ObjectAccess::table(object);
-    if (!table) return;
-    for (const Reference& reference : references.of(*table)) {
-        const std::string name = NameAt(object, reference);
-        if (name.empty()) continue;
-        const NamedKind kind = reference.kind == NamedKind::OwnFamily && family ? *family : reference.kind;
-        const std::string own = bring(kind, name, sourcePart, targetPart, depth);
-        if (own != name) SetNameAt(object, reference, own);
-    }
-    bringMember(object);
 }
 
 std::string Transfer::State::bring(NamedKind kind, const std::string& name, Part sourcePart, Part targetPart,
@@ -135,12 +119,10 @@ std::string Transfer::State::bring(NamedKind kind, const std::string& name, Part
 }
 
 void Transfer::State::bringMember(CSDObject& object) {
-    CTulStringW href;
-    if (isSame || !GetAttributeText(object, "xlink:href", href) || href.IsEmpty()) return;
-    const std::string link = href.utf8();
-    std::string name = link.starts_with("./") ? link.substr(2) : link;
-    while (name.ends_with('/'))
-        name.pop_back();
+    if (isSame) return;
+    const std::string link = HrefOf(object);
+    const std::string name = MemberOf(link, {});
+    if (name.empty()) return;
     if (const auto known = members.find(name); known != members.end()) {
         if (!known->second.empty()) SetAttributeText(object, "xlink:href", known->second);
         return;
@@ -153,8 +135,7 @@ void Transfer::State::bringMember(CSDObject& object) {
         if (!own.empty() && link.starts_with("./")) own.insert(0, "./");
     } else {
         const auto bytes = from->read(name);
-        // Whatever isn't a member leads out of the document, or into it by an anchor, and stays as it is.
-        if (!bytes) {
+        if (!bytes) { // a link to a file next to the document stays as it is
             if (name.starts_with("Pictures/") || name.starts_with("Object ")) miss(name);
             return;
         }
@@ -184,8 +165,9 @@ std::string Transfer::State::copyObject(const std::string& folder) {
     std::string own = FreeObjectFolder(*goal);
     std::vector<unsigned char> bytes;
     for (const std::string& name : origin.Members())
-        if (name.starts_with(folder + '/') && origin.ReadMember(name, bytes) &&
-            !goal->WriteMember(own + name.substr(folder.size()), bytes, origin.MediaTypeOf(name)))
+        if (name.starts_with(folder + '/') &&
+            !(origin.ReadMember(name, bytes) &&
+              goal->WriteMember(own + name.substr(folder.size()), bytes, origin.MediaTypeOf(name))))
             miss(name);
     goal->SetMediaTypeOf(own + '/', origin.MediaTypeOf(folder + '/'));
     const std::string picture = "ObjectReplacements/" + folder;

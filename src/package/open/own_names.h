@@ -11,9 +11,6 @@
 /// How an Open Packaging file spells names and gives types, where that isn't the customary way.
 namespace SDPackage {
 
-/// The name with all its percent escapes resolved, which stand for bytes of UTF-8.
-CTulStringW Decoded(Units name);
-
 /// Finds the archive's own spelling of a member name. Names there may keep the escapes that targets lose, and
 /// writers on other systems take no care of case.
 class MemberNames {
@@ -30,8 +27,8 @@ public:
         if (byFoldedName_.empty())
             for (const auto& [member, item] : table_)
                 if (item.index >= 0) byFoldedName_.try_emplace(key(member), &member);
-        for (const CTulStringW& spelling :
-             {CTulStringW(name), EscapeTarget(CTulStringW(name)), Decoded(name)}) {
+        for (const CTulStringW& spelling : {CTulStringW(name), EscapeTarget(CTulStringW(name)),
+                                            CTulStringW(Unescaped(ODF::ToUtf8(name)))}) {
             const auto folded = byFoldedName_.find(spelling);
             if (folded != byFoldedName_.end()) return folded->second;
             if (!isLoose_) break;

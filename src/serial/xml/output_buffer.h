@@ -13,7 +13,7 @@ namespace ODF::xml {
 /// Collects UTF-8 output in one buffer and hands it on in large pieces, to a file or into a caller's memory.
 class OutputBuffer {
 public:
-    OutputBuffer() : buffer_(std::make_unique<char[]>(kCapacity)) {}
+    OutputBuffer() : buffer_(std::make_unique_for_overwrite<char[]>(kCapacity)) {}
 
     /// Creates or overwrites the file.
     bool openFile(const platform::Path& path);

@@ -1,11 +1,9 @@
-#include "document/flat/links.h"
+#include "document/links.h"
 
 #include <odfmodel/core/reflection.h>
 #include <odfmodel/elements/elements.h>
 
-#include <algorithm>
-
-namespace ODF::flat {
+namespace ODF {
 
 std::string HrefOf(const CSDObject& object) {
     return AttributeOf(object, "xlink:href");
@@ -26,22 +24,16 @@ std::string MemberOf(std::string_view href, std::string_view folder) {
     return isInside ? std::string(folder).append(href) : std::string();
 }
 
-std::string Unescaped(std::string_view href) {
-    const auto digit = [](char c) {
-        if (c >= '0' && c <= '9') return c - '0';
-        if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-        return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
-    };
-    std::string text;
-    for (std::size_t i = 0; i < href.size(); ++i) {
-        if (href[i] == '%' && i + 2 < href.size() && digit(href[i + 1]) >= 0 && digit(href[i + 2]) >= 0) {
-            text += static_cast<char>(digit(href[i + 1]) * 16 + digit(href[i + 2]));
-            i += 2;
-        } else {
-            text += href[i];
-        }
-    }
-    return text;
+void SetLink(CSDObject& object, std::string_view href) {
+    SetAttributeText(object, "xlink:href", href);
+    SetAttributeText(object, "xlink:type", "simple");
+    SetAttributeText(object, "xlink:show", "embed");
+    SetAttributeText(object, "xlink:actuate", "onLoad");
+}
+
+void UnsetLink(CSDObject& object) {
+    for (const char* const name : {"xlink:href", "xlink:type", "xlink:show", "xlink:actuate"})
+        object.Unset(name);
 }
 
 bool MayHoldData(const CSDObject& object) {
@@ -58,4 +50,4 @@ bool MayHoldData(const CSDObject& object) {
     }
 }
 
-} // namespace ODF::flat
+} // namespace ODF
