@@ -100,7 +100,7 @@ std::string Style(const std::string& color) {
     return "<office:automatic-styles><style:style style:name=\"P1\" style:family=\"paragraph\">"
            "<style:text-properties fo:color=\"" +
            color +
-           "\"/></style:style><style:style style:name=\"same\" "
+           "\"/></style:style><style:style style:name=\"P1\" "
            "style:family=\"text\"/></office:automatic-styles>";
 }
 
@@ -118,7 +118,7 @@ TEST_F(FlatPackage, StylesOfOneNameStayApartAndLinksLeadToTheSamePlace) {
          {"styles.xml",
           Part("document-styles",
                Style("#000002") + "<office:master-styles><style:master-page style:name=\"M\"><style:header>"
-                                  "<text:p text:style-name=\"P1\"><text:span text:style-name=\"same\"/>"
+                                  "<text:p text:style-name=\"P1\"><text:span text:style-name=\"P1\"/>"
                                   "</text:p></style:header></style:master-page></office:master-styles>")},
          {"Pictures/a b.png", "\x89PNG picture"},
          {"Basic/code.xml", "<code/>"}});
@@ -133,27 +133,25 @@ TEST_F(FlatPackage, StylesOfOneNameStayApartAndLinksLeadToTheSamePlace) {
     EXPECT_TRUE(document.Content()) << "the package is as it was";
 
     const auto colorFor = [](CSDObject& paragraph, CSDObject& root) {
-        CTulStringW style;
-        EXPECT_TRUE(ODF::GetAttributeText(paragraph, "text:style-name", style));
-        CTulStringW color;
-        for (const auto& one : root.Child<ODF::COfficeAutomaticStyles>()->Children<ODF::CStyleStyle>()) {
-            CTulStringW named;
-            if (ODF::GetAttributeText(one, "style:name", named) && named.view() == style.view())
-                ODF::GetAttributeText(*one.Child<ODF::CStyleTextProperties>(), "fo:color", color);
-        }
-        return color.utf8();
+        const std::string style = ODF::AttributeOf(paragraph, "text:style-name");
+        std::string color;
+        for (const auto& one : root.Child<ODF::COfficeAutomaticStyles>()->Children<ODF::CStyleStyle>())
+            if (const auto* const look = one.Child<ODF::CStyleTextProperties>())
+                if (ODF::AttributeOf(one, "style:name") == style) color = ODF::AttributeOf(*look, "fo:color");
+        return color;
     };
     ODF::COfficeDocument& root = *flat.Flat();
     auto& inBody = *root.Child<ODF::COfficeBody>()->Descendants<ODF::CTextP>().begin();
     auto& inHeader = *root.Child<ODF::COfficeMasterStyles>()->Descendants<ODF::CTextP>().begin();
     EXPECT_EQ(colorFor(inBody, root), "#000001");
     EXPECT_EQ(colorFor(inHeader, root), "#000002");
+    EXPECT_EQ(ODF::AttributeOf(*inHeader.Child<ODF::CTextSpan>(), "text:style-name"), "P1")
+        << "of another family, and the same in both parts";
     std::vector<std::string> links;
     const auto gather = [&links](CSDObject& from) {
         links.clear();
-        CTulStringW href;
         for (CSDObject& object : from.Descendants())
-            if (ODF::GetAttributeText(object, "xlink:href", href)) links.push_back(href.utf8());
+            if (object.HasAttribute("xlink:href")) links.push_back(ODF::AttributeOf(object, "xlink:href"));
     };
     gather(root);
     EXPECT_EQ(links, (std::vector<std::string>{"x.odt", "http://x.org/"}));
