@@ -4,9 +4,11 @@ file(GLOB ODFMODEL_GENERATOR CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tools/elem
 set(ODFMODEL_GENERATED "${PROJECT_BINARY_DIR}/generated")
 
 set(ODFMODEL_GENERATED_FILES "")
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${ODFMODEL_TABLES})
 foreach(table IN LISTS ODFMODEL_TABLES)
-  if(table MATCHES "/common\\.toml$")
-    continue() # groups and enumerations only
+  file(STRINGS "${table}" elements REGEX "^\\[\\[element\\]\\]")
+  if(NOT elements)
+    continue() # no class of its own
   endif()
   file(RELATIVE_PATH name "${PROJECT_SOURCE_DIR}/src/elements" "${table}")
   string(REGEX REPLACE "\\.toml$" "" name "${name}")
@@ -20,7 +22,7 @@ add_custom_command(
   OUTPUT ${ODFMODEL_GENERATED_FILES}
   COMMAND Python3::Interpreter "${PROJECT_SOURCE_DIR}/tools/elementgen/elementgen.py"
     --tables "${PROJECT_SOURCE_DIR}/src/elements" --output "${ODFMODEL_GENERATED}" --complete
-  DEPENDS ${ODFMODEL_TABLES} ${ODFMODEL_GENERATOR}
+  DEPENDS ${ODFMODEL_TABLES} ${ODFMODEL_GENERATOR} "${PROJECT_SOURCE_DIR}/src/core/namespaces.cpp"
   COMMENT "Making the element classes from their tables"
   VERBATIM)
 add_custom_target(odfmodel_generate DEPENDS ${ODFMODEL_GENERATED_FILES})

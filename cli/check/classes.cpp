@@ -17,9 +17,9 @@ const ClassView* Classes::find(unsigned id) {
     if (info == infos_.end()) return nullptr;
     ClassView view{info->second, {}, {}, false, false};
     for (const ODF::AttributeInfo& attribute : view.info.attributes())
-        view.attributes.emplace(attribute.name, attribute);
+        if (attribute.isListed) view.attributes.emplace(attribute.name, attribute);
     for (const ODF::ChildInfo& child : view.info.children())
-        view.children.emplace(child.name, child.id);
+        if (child.isListed) view.children.emplace(child.name, child.id);
     const std::unique_ptr<CSDObject> object(view.info.create());
     view.isDate = dynamic_cast<const CSDDateTimeValueObject*>(object.get()) != nullptr;
     view.keepsText = view.isDate || dynamic_cast<const CSDStringValueObject*>(object.get()) != nullptr;

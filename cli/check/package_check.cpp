@@ -18,9 +18,6 @@
 namespace command {
 namespace {
 
-/// Findings about a flat document, which has no members.
-constexpr const char* kFlatMember = "(flat document)";
-
 void Fail(CheckResult& result, ExitCode code, std::string reason) {
     result.code = code;
     result.error = std::move(reason);

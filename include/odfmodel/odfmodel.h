@@ -26,6 +26,7 @@
 #include <odfmodel/core/enumeration.h>
 #include <odfmodel/core/fidelity.h>
 #include <odfmodel/core/foreign.h>
+#include <odfmodel/core/format_version.h>
 #include <odfmodel/core/iso_time.h>
 #include <odfmodel/core/length.h>
 #include <odfmodel/core/limits.h>
@@ -37,11 +38,13 @@
 #include <odfmodel/core/serializer.h>
 #include <odfmodel/core/string.h>
 #include <odfmodel/core/value_objects.h>
+#include <odfmodel/core/whole_value.h>
 #include <odfmodel/document/cell_value.h>
 #include <odfmodel/document/document.h>
 #include <odfmodel/document/document_text.h>
 #include <odfmodel/document/fields.h>
 #include <odfmodel/document/flat.h>
+#include <odfmodel/document/format_use.h>
 #include <odfmodel/document/odf_document.h>
 #include <odfmodel/document/open_document.h>
 #include <odfmodel/document/part.h>

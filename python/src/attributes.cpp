@@ -4,6 +4,7 @@
 
 #include <odfmodel/core/foreign.h>
 
+#include <algorithm>
 #include <charconv>
 
 namespace odfpython {
@@ -14,7 +15,23 @@ struct Attributes {
     Element element;
 };
 
-std::optional<std::string> ValueOf(const CSDObject& object, const std::string& name) {
+/// The name by which the class has an attribute that is given as "{namespace}name"; the same name for any
+/// other.
+std::string NameFor(const CSDObject& object, const std::string& name) {
+    std::string_view uri;
+    std::string_view local;
+    if (!SplitForeign(name, uri, local)) return name;
+    const std::string listed = std::string(ODF::PrefixOfNamespace(uri)).append(":").append(local);
+    const auto info = ODF::ClassOf(object);
+    const auto attributes = info ? info->attributes() : std::vector<ODF::AttributeInfo>();
+    const bool isListed =
+        std::any_of(attributes.begin(), attributes.end(),
+                    [&](const ODF::AttributeInfo& attribute) { return attribute.name == listed; });
+    return isListed ? listed : name;
+}
+
+std::optional<std::string> ValueOf(const CSDObject& object, const std::string& given) {
+    const std::string name = NameFor(object, given);
     std::string_view uri;
     std::string_view local;
     if (SplitForeign(name, uri, local)) return ODF::GetForeignAttribute(object, uri, local);
@@ -26,7 +43,8 @@ std::optional<std::string> ValueOf(const CSDObject& object, const std::string& n
     return std::nullopt;
 }
 
-void Set(CSDObject& object, const std::string& name, const std::string& value) {
+void Set(CSDObject& object, const std::string& given, const std::string& value) {
+    const std::string name = NameFor(object, given);
     std::string_view uri;
     std::string_view local;
     const bool isDone = SplitForeign(name, uri, local) ? ODF::SetForeignAttribute(object, uri, local, value)
@@ -36,7 +54,8 @@ void Set(CSDObject& object, const std::string& name, const std::string& value) {
                             "'; set others as '{namespace}name'");
 }
 
-bool Unset(CSDObject& object, const std::string& name) {
+bool Unset(CSDObject& object, const std::string& given) {
+    const std::string name = NameFor(object, given);
     std::string_view uri;
     std::string_view local;
     return SplitForeign(name, uri, local) ? ODF::RemoveForeignAttribute(object, uri, local)

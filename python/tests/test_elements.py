@@ -238,3 +238,20 @@ def test_random_changes_keep_every_held_element_valid():
                 assert element.to_xml().count("<") > 0 and isinstance(element.text, str)
     for document in documents:
         assert shape(odfmodel.open(document.tobytes()).body) == shape(document.body)
+
+
+def test_what_later_versions_brought_is_a_property_too():
+    from odfmodel.db import Query
+    from odfmodel.loext import ContentControl
+    from odfmodel.text import Meta
+
+    paragraph = P(Meta("a"), xml_id="p1")
+    assert paragraph.id is None and paragraph.attrib == {"xml:id": "p1"}
+    xml = "{http://www.w3.org/XML/1998/namespace}id"
+    assert paragraph.attrib[xml] == "p1"
+    paragraph.attrib[xml] = "p2"
+    assert paragraph.xml_id == "p2"
+    del paragraph.attrib[xml]
+    assert paragraph.attrib == {}
+    assert Query(name="q", escape_processing=True).attrib == {"db:name": "q", "db:escape-processing": "true"}
+    assert ContentControl("a", checked=True).checked is True

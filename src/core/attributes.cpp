@@ -31,9 +31,9 @@ void StoreText(std::uint64_t* slot, CTulStringW value) noexcept {
         AttributeSlots::text(slot) = std::move(value);
 }
 
-/// The slot's content for every kind but a text.
+/// The slot's content for every kind but a text. Keys that came later count where `takesAdded`.
 template<typename View>
-std::uint64_t ParseValue(const AttributeRow& row, View text) noexcept {
+std::uint64_t ParseValue(const AttributeRow& row, View text, bool takesAdded) noexcept {
     switch (row.kind) {
     case ValueKind::Bool:
     case ValueKind::BoolWord:
@@ -46,8 +46,11 @@ std::uint64_t ParseValue(const AttributeRow& row, View text) noexcept {
         return FromDouble(ParseDouble(text));
     case ValueKind::Float:
         return FromDouble(static_cast<float>(ParseDouble(text)));
-    case ValueKind::Enumeration:
-        return static_cast<std::uint64_t>(std::max(row.enumeration->find(text), 0));
+    case ValueKind::Enumeration: {
+        const int key = row.enumeration->find(text);
+        const bool isKnown = key >= 0 && (takesAdded || key < row.enumeration->listed);
+        return isKnown ? static_cast<std::uint64_t>(key) : 0;
+    }
     case ValueKind::String:
         break;
     }
@@ -122,7 +125,7 @@ void ObjectAccess::readAttributes(CSDObject& object, const ClassDescriptor& tabl
             if (isCut && supply.kept && text.size() != value.text.size()) keepWords(value);
             StoreText(slotOf(), std::move(made));
         } else {
-            const std::uint64_t made = ParseValue(row, value.text);
+            const std::uint64_t made = ParseValue(row, value.text, supply.kept != nullptr);
             if (supply.kept && !AttributeValue{row, &made}.isSpelled(value.text)) keepWords(value);
             *slotOf() = made;
         }
@@ -323,6 +326,16 @@ bool CSDObject::UnsetAttribute(unsigned row) noexcept {
     return true;
 }
 
+std::optional<ODF::WholeValue> CSDObject::WholeAttribute(unsigned row) const {
+    CTulStringW words;
+    if (!ODF::GetAttributeText(*this, Descriptor()->attributes[row].qualifiedName(), words)) return {};
+    return ODF::WholeValue(words.utf8());
+}
+
+void CSDObject::SetWholeAttribute(unsigned row, std::string_view value) {
+    ODF::SetAttributeText(*this, Descriptor()->attributes[row].qualifiedName(), value);
+}
+
 CTulStringW CSDObject::SpellNumber(double number) {
     return CTulStringW(ODF::PrintExactly(number).view());
 }
@@ -350,7 +363,7 @@ bool CSDObject::SameAttributes(const ClassDescriptor& table, const CSDObject& a,
 bool CSDExtObject::ReadAttribute(CSDAttribute* attributes) {
     const ClassDescriptor* const table = Descriptor();
     if (table && attributes) {
-        for (unsigned i = 0; i < table->attributeCount; ++i) {
+        for (unsigned i = 0; i < table->listedAttributes; ++i) {
             const AttributeRow& row = table->attributes[i];
             const unsigned short* const local = ToUnits(row.localName);
             const unsigned short* const value =
@@ -361,7 +374,7 @@ bool CSDExtObject::ReadAttribute(CSDAttribute* attributes) {
             if (row.kind == ValueKind::String)
                 SetAttribute(*table, i, CTulStringW(value));
             else
-                SetRawAttribute(*table, i, ODF::ParseValue(row, ToView(value)));
+                SetRawAttribute(*table, i, ODF::ParseValue(row, ToView(value), false));
         }
     }
     InitMap(true);

@@ -2,6 +2,7 @@
 
 #include "core/namespaces.h"
 
+#include <odfmodel/core/format_version.h>
 #include <odfmodel/core/object.h>
 
 #include <cstdint>
@@ -15,13 +16,21 @@ class Arena;
 /// How a value looks as text, see codecs.h.
 enum class ValueKind : std::uint8_t { String, Bool, BoolWord, Unsigned, Signed, Double, Float, Enumeration };
 
+// Tables tell what the format has, and which of it the classes have always listed: the rest is typed in a
+// tree of full fidelity alone, and unknown to any other. What is listed comes first in each table.
+
 /// One enumeration: its keys in value order from 0, and the values in the order of their keys.
 struct EnumerationTable {
     const char16_t* typeName;
     const char16_t* const* keys;
     const std::uint16_t* byKey;
     std::uint16_t count;
+    std::uint16_t listed;       ///< keys; the others came later
+    const FormatVersion* added; ///< the versions of those others; null when there are none
 
+    FormatVersion since(int value) const noexcept {
+        return value >= listed && value < count ? added[value - listed] : FormatVersion::Base;
+    }
     /// The value of `key`, or -1. Keys are compared exactly.
     int find(std::u16string_view key) const noexcept;
     int find(std::string_view key) const noexcept;
@@ -50,6 +59,7 @@ struct AttributeRow {
     NamespaceIndex nameSpace;
     ValueKind kind;
     std::uint8_t flags;
+    FormatVersion since;
 
     bool has(Flag flag) const noexcept { return (flags & flag) != 0; }
     std::string_view qualifiedName() const noexcept { return {name, nameLength}; }
@@ -68,6 +78,7 @@ struct ChildRow {
     const char* utf8Name;
     const ClassDescriptor* table; ///< of the class of the child
     NamespaceIndex nameSpace;
+    FormatVersion since;
 };
 
 /// The children of a class, shared by all classes with the same list, in table order and both search orders.
@@ -76,7 +87,9 @@ struct ChildMap {
     const std::uint16_t* byName;
     const std::uint16_t* byId;
     std::uint16_t count;
+    std::uint16_t listed; ///< rows; the others came later
 
+    bool isListed(const ChildRow& row) const noexcept { return &row - rows < listed; }
     const ChildRow* find(std::u16string_view name) const noexcept;
     const ChildRow* find(std::string_view name) const noexcept;
     /// The first row, in table order, with that id.
@@ -97,11 +110,17 @@ struct ClassDescriptor {
     CSDObject* (*make)(unsigned id, Arena* arena); ///< a new object; from the heap with a null arena
     std::uint64_t requiredNamespaces; ///< a bit for each namespace of an attribute that is always written
     std::uint16_t attributeCount;
-    NamespaceIndex nameSpace; ///< of the element
-    bool allOptional;         ///< nothing is written but what is set
-    bool inMaps;              ///< false for a class that no child map lists
+    std::uint16_t listedAttributes; ///< rows; the others came later
+    NamespaceIndex nameSpace;       ///< of the element
+    bool allOptional;               ///< nothing is written but what is set
+    bool inMaps;                    ///< false for a class that no child map lists
+    FormatVersion since;
 
     std::span<const AttributeRow> rows() const noexcept { return {attributes, attributeCount}; }
+    /// The children that the class has always listed; null when it has none.
+    const ChildMap* listedChildren() const noexcept {
+        return children && children->listed > 0 ? children : nullptr;
+    }
     /// Row of the attribute, or -1.
     int findAttribute(NamespaceIndex owner, std::string_view localName) const noexcept;
     /// The same by the name with its customary prefix.

@@ -13,9 +13,10 @@ CSDObject* MakeForeign(unsigned id, Arena* arena) {
 }
 
 /// Lists nothing, so everything that a foreign element holds is foreign too, or is known by its own name.
-constexpr ClassDescriptor kForeignTable{
-    "CForeignElement", "", u"", kForeignElementId, nullptr, nullptr, nullptr, nullptr,
-    &MakeForeign,      0,  0,   kNoNamespace,      true,    false};
+constexpr ClassDescriptor kForeignTable{"CForeignElement", "",      u"",     kForeignElementId,
+                                        nullptr,           nullptr, nullptr, nullptr,
+                                        &MakeForeign,      0,       0,       0,
+                                        kNoNamespace,      true,    false,   FormatVersion::Base};
 
 struct SplitName {
     std::string_view prefix;

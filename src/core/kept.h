@@ -63,6 +63,8 @@ struct KeptMarkup {
     /// Comments and processing instructions before the root element and after it.
     std::vector<CSDObject*> before;
     std::vector<CSDObject*> after;
+    /// The file has the element under its class's name, where the parent lists the class under another.
+    bool hasOwnName = false;
 
     KeptMarkup() = default;
     KeptMarkup(const KeptMarkup&) = delete;

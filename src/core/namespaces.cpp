@@ -55,6 +55,7 @@ constexpr std::array<NamespaceRow, kNamespaceCount> kNamespaces{{
     ODF_ROW("ooo", "http://openoffice.org/2004/office"),
     ODF_ROW("dom", "http://www.w3.org/2001/xml-events"),
     ODF_ROW("msoxl", "http://schemas.microsoft.com/office/excel/formula"),
+    ODF_ROW("grddl", "http://www.w3.org/2003/g/data-view#"),
 }};
 
 #undef ODF_ROW

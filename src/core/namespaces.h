@@ -18,7 +18,7 @@ struct NamespaceRow {
 using NamespaceIndex = std::uint8_t;
 inline constexpr NamespaceIndex kNoNamespace = 0;
 inline constexpr NamespaceIndex kUnknownNamespace = 0xFF;
-inline constexpr std::size_t kNamespaceCount = 39;
+inline constexpr std::size_t kNamespaceCount = 40;
 /// MathML, whose elements' unprefixed attributes are found under its own URI.
 inline constexpr NamespaceIndex kMathNamespace = 19;
 

@@ -175,12 +175,13 @@ const ODF::ClassDescriptor* CSDObject::Descriptor() const noexcept {
 
 int CSDObject::_FindEnumValue(unsigned id, const unsigned short* enumName, const CTulStringW& key) {
     const ODF::EnumerationTable* const table = ODF::FindEnumeration(id, ToView(enumName));
-    return table ? std::max(table->find(key.view()), 0) : 0;
+    const int value = table ? table->find(key.view()) : 0;
+    return value > 0 && value < table->listed ? value : 0;
 }
 
 const unsigned short* CSDObject::_FindEnumKey(unsigned id, const unsigned short* enumName, int value) {
     const ODF::EnumerationTable* const table = ODF::FindEnumeration(id, ToView(enumName));
-    return table ? ToUnits(table->key(value)) : nullptr;
+    return table && value < table->listed ? ToUnits(table->key(value)) : nullptr;
 }
 
 namespace {
@@ -277,9 +278,10 @@ CSDObject* CSDExtObject::Adopt(CSDObject* child) {
 
 CSDObject* CSDExtObject::CreateObject(const unsigned short* name, int addToList) {
     const ODF::ClassDescriptor* const table = Descriptor();
-    if (!table || !table->children || !hasFlag(kMapReady) || !name) return nullptr;
+    const ODF::ChildMap* const map = table ? table->listedChildren() : nullptr;
+    if (!map || !hasFlag(kMapReady) || !name) return nullptr;
     CSDObject* object = nullptr;
-    if (const ODF::ChildRow* const row = table->children->find(ToView(name)))
+    if (const ODF::ChildRow* const row = map->find(ToView(name)); row && map->isListed(*row))
         object = row->table->make(row->id, nullptr);
     if (!object && GetRootpart()) {
         int dummy = 0;

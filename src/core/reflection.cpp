@@ -42,6 +42,9 @@ std::string_view ClassInfo::elementName() const noexcept {
 unsigned ClassInfo::id() const noexcept {
     return table_->id;
 }
+FormatVersion ClassInfo::since() const noexcept {
+    return table_->since;
+}
 bool ClassInfo::isInMaps() const noexcept {
     return table_->inMaps;
 }
@@ -50,7 +53,8 @@ std::vector<AttributeInfo> ClassInfo::attributes() const {
     std::vector<AttributeInfo> result;
     result.reserve(table_->attributeCount);
     for (const AttributeRow& row : table_->rows())
-        result.push_back({row.qualifiedName(), TypeOf(row.kind), row.has(AttributeRow::kOptional)});
+        result.push_back({row.qualifiedName(), TypeOf(row.kind), row.has(AttributeRow::kOptional), row.since,
+                          result.size() < table_->listedAttributes});
     return result;
 }
 
@@ -68,7 +72,7 @@ std::vector<ChildInfo> ClassInfo::children() const {
     std::vector<ChildInfo> result;
     if (const ChildMap* const map = table_->children)
         for (unsigned i = 0; i < map->count; ++i)
-            result.push_back({map->rows[i].utf8Name, map->rows[i].id});
+            result.push_back({map->rows[i].utf8Name, map->rows[i].id, map->rows[i].since, i < map->listed});
     return result;
 }
 

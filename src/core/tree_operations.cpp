@@ -58,6 +58,7 @@ std::unique_ptr<Extras> CloneExtras(const Extras& extras) {
         markup.declarations = extras.markup->declarations;
         markup.before = CloneMarkup(extras.markup->before);
         markup.after = CloneMarkup(extras.markup->after);
+        markup.hasOwnName = extras.markup->hasOwnName;
     }
     return result;
 }

@@ -158,6 +158,8 @@ struct Document::State {
                     const ProgressCallback& progress);
     Status readMainTrees(Diagnostics& diagnostics, const ProgressCallback& progress);
     bool isWhole() const noexcept;
+    /// Writes a tree; one that its caller has given what a later version brought says so in its version.
+    bool writeTree(std::string_view member, Tree& tree, Bytes& bytes, Diagnostics& diagnostics);
     COfficeBody* body();
     /// The kind, by what is in the body.
     DocumentKind kindOfBody();
@@ -306,6 +308,27 @@ bool Document::State::isUnchanged(std::string_view member, const Bytes& written,
     return read.status == Status::Ok && read.root && WriteTree(*read.root, again) && again == written;
 }
 
+bool Document::State::writeTree(std::string_view member, Tree& tree, Bytes& bytes, Diagnostics& diagnostics) {
+    const std::size_t start = bytes.size();
+    FormatVersion needed = FormatVersion::Base;
+    if (!WriteTree(*tree.root, bytes, &needed)) return false;
+    const auto told = ParseVersion(AttributeOf(*tree.root, "office:version"));
+    if (!told || needed <= *told) return true; // what tells no version isn't given one
+    // A file may have had more than it says; that is its own affair.
+    Bytes original;
+    if (!isFlat && package.read(member, original, diagnostics) == Status::Ok && !original.empty()) {
+        const Tree read = ReadTree(original, member, limits, diagnostics);
+        FormatVersion had = FormatVersion::Base;
+        Bytes again;
+        if (read.root && WriteTree(*read.root, again, &had) && had >= needed) return true;
+    }
+    SetAttributeText(*tree.root, "office:version", VersionName(needed));
+    const auto ofPackage = ParseVersion(package.version());
+    if (!isFlat && (!ofPackage || *ofPackage < needed)) package.setVersion(VersionName(needed));
+    bytes.resize(start);
+    return WriteTree(*tree.root, bytes);
+}
+
 Status Document::State::write(const SaveOptions& options, Bytes& bytes, Diagnostics& diagnostics,
                               const ProgressCallback& progress) {
     if (!options.allowsIncomplete && !isWhole()) {
@@ -320,7 +343,8 @@ Status Document::State::write(const SaveOptions& options, Bytes& bytes, Diagnost
         return Status::CouldNotWrite;
     };
     if (isFlat && progress && !progress({Progress::Step::Writing, {}, 0, 1})) return Status::Cancelled;
-    if (isFlat) return WriteTree(*trees.at(std::string(kFlat)).root, bytes) ? Status::Ok : cannotWrite({});
+    if (isFlat)
+        return writeTree({}, trees.at(std::string(kFlat)), bytes, diagnostics) ? Status::Ok : cannotWrite({});
 
     OdfPackage::WriteOptions write;
     write.fixedTime = options.fixedTime;
@@ -334,7 +358,7 @@ Status Document::State::write(const SaveOptions& options, Bytes& bytes, Diagnost
         for (auto& [member, read] : trees) {
             if (!read.root) continue;
             Bytes written;
-            if (!WriteTree(*read.root, written)) return cannotWrite(member);
+            if (!writeTree(member, read, written, diagnostics)) return cannotWrite(member);
             if (!isUnchanged(member, written, diagnostics)) changed.emplace(member, std::move(written));
         }
         write.isChanged = !changed.empty();
@@ -348,7 +372,7 @@ Status Document::State::write(const SaveOptions& options, Bytes& bytes, Diagnost
         }
         const auto at = trees.find(member);
         if (at == trees.end() || !at->second.root) return std::nullopt;
-        return WriteTree(*at->second.root, replaced) ? Status::Ok : cannotWrite(member);
+        return writeTree(member, at->second, replaced, diagnostics) ? Status::Ok : cannotWrite(member);
     };
     return package.write(write, bytes, diagnostics);
 }
@@ -484,6 +508,11 @@ std::string Document::Version() const {
     if (root && GetAttributeText(*root, "office:version", version) && !version.IsEmpty())
         return version.utf8();
     return state_->isFlat ? std::string() : state_->package.version();
+}
+
+std::string Document::VersionOf(std::string_view member) const {
+    const CSDObject* const root = state_ ? state_->root(state_->isFlat ? kFlat : member) : nullptr;
+    return root ? AttributeOf(*root, "office:version") : std::string();
 }
 
 COfficeDocumentContent* Document::Content() {

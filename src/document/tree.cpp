@@ -1,5 +1,6 @@
 #include "document/tree.h"
 
+#include "serial/xml/memory_xml.h"
 #include "serial/xml/root_element.h"
 
 #include <odfmodel/core/reflection.h>
@@ -54,8 +55,10 @@ Tree ReadTree(std::span<const unsigned char> xml, std::string_view member, const
     return tree;
 }
 
-bool WriteTree(CSDObject& root, std::vector<unsigned char>& bytes) {
-    const std::string xml = ToXml(root, {}, Fidelity::Everything);
+bool WriteTree(CSDObject& root, std::vector<unsigned char>& bytes, FormatVersion* newest) {
+    FormatVersion needed = FormatVersion::Base;
+    const std::string xml = xml::ToXml(root, needed);
+    if (newest) *newest = needed;
     bytes.insert(bytes.end(), xml.begin(), xml.end());
     return !xml.empty();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <odfmodel/core/diagnostics.h>
+#include <odfmodel/core/format_version.h>
 #include <odfmodel/core/limits.h>
 #include <odfmodel/core/object.h>
 
@@ -22,8 +23,9 @@ struct Tree {
 /// Reads a member's tree. Notes tell of faults, with line and column.
 Tree ReadTree(std::span<const unsigned char> xml, std::string_view member, const Limits& limits,
               Diagnostics& diagnostics);
-/// The tree as XML, appended to `bytes`; false when it holds what can't be written.
-bool WriteTree(CSDObject& root, std::vector<unsigned char>& bytes);
+/// The tree as XML, appended to `bytes`; false when it holds what can't be written. `newest`, if given, gets
+/// the version of the format that it needs.
+bool WriteTree(CSDObject& root, std::vector<unsigned char>& bytes, FormatVersion* newest = nullptr);
 
 /// The bounds for the trees of a file of that size, which share what it allows: how large its members become
 /// when they are unpacked doesn't count.

@@ -264,3 +264,25 @@ TEST_P(CheckSample, TheFullTripLosesNothing) {
 
 INSTANTIATE_TEST_SUITE_P(Samples, CheckSample, testing::ValuesIn(test::GoodSamples()),
                          [](const auto& given) { return test::NameOf(given.param); });
+
+TEST_F(CheckPackages, TellsWhatReadersOfAnOlderVersionDoNotKnow) {
+    const std::string path =
+        writeText("<text:p xml:id=\"a\">a<text:drop-down/><text:drop-down/><x:y/></text:p>", "");
+    const Result found = RunCommand({"check", "--version", "1.2", path});
+    EXPECT_EQ(found.code, 1);
+    EXPECT_NE(found.out.find("    2 x text:drop-down (1.3)\n    1 x {urn:foreign}y (extended)\n"),
+              found.out.npos)
+        << found.out;
+    EXPECT_EQ(found.out.find("xml:id"), found.out.npos) << "1.2 has it";
+    const json member = Checked({"--version", "1.1", path}, 1).at("files").at(0).at("members").at(0);
+    EXPECT_EQ(member.at("member"), "content.xml");
+    EXPECT_EQ(member.at("later").size(), 3U) << member;
+    EXPECT_EQ(member.at("later").at(0),
+              json::parse(R"({"name": "text:drop-down", "since": "1.3", "count": 2})"));
+
+    const std::string plain = writeText("<text:p/>", "");
+    EXPECT_EQ(RunCommand({"check", "--version", "1.1", plain}).code, 0);
+    EXPECT_EQ(RunCommand({"check", "--version", "2", plain}).code, 2);
+    test::WriteFile(file("none.odt"), "no document");
+    EXPECT_EQ(RunCommand({"check", "--version", "1.2", file("none.odt")}).code, 3);
+}

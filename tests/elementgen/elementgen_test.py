@@ -12,11 +12,15 @@ import unittest
 HERE = pathlib.Path(__file__).resolve().parent
 TOOL = HERE.parents[1] / "tools/elementgen"
 GOLDEN = HERE / "golden"
+SCHEMAS = HERE.parents[2] / "shared/schema"
+# The marks of what a reader of that version knows.
+KNOWN_TO = {"1.2": ("", "1.2"), "1.3": ("", "1.2", "1.3"), "1.4": ("", "1.2", "1.3", "1.4")}
 
 sys.dont_write_bytecode = True
-sys.path.insert(0, str(TOOL))
+sys.path[:0] = [str(TOOL), str(HERE)]
 import names  # noqa: E402
 from model import Model, TableError  # noqa: E402
+from schema import Schema  # noqa: E402
 
 
 def run(tables, output, *options):
@@ -77,6 +81,10 @@ def attributes(*rows):
     return element(more="attributes = [\n" + "".join(f'    "{row}",\n' for row in rows) + "]")
 
 
+def extension(more, table=None):
+    return (table or element()) + f'[[extension]]\nname = "text:p"\n{more}\n'
+
+
 ENUMERATION = '[enumerations]\nST_A = ["a", "b"]\n'
 
 # What is wrong, the table, the line and a part of what is told. The first line of an element is its [[element]].
@@ -130,6 +138,24 @@ BROKEN = [
     ("writing order twice", element(more='attributes = ["text:a s"]\nwrite_order = ["text:a", "text:a"]'), 5, "twice"),
     ("writing before no attribute", element(more='attributes = ["text:a s"]\nwrite_before = [["text:a", "text:c"]]'), 5,
      "no attribute"),
+    ("unknown version", element(more='since = "2.0"'), 3, "outside its range"),
+    ("unknown version of a later one", element(number=0x80000300, more='since = "2.0"'), 4, "unknown version '2.0'"),
+    ("later element in the range of another", element(more='since = "1.3"'), 3, "outside its range"),
+    ("element in the later range", element(number=0x80000300), 3, "outside its range"),
+    ("unknown key of an extension", extension("colour = 1"), 7, "unknown key 'colour'"),
+    ("extension of nothing", '[[extension]]\nname = "text:p"\n', 2, "has no table"),
+    ("added attribute without a version", extension('attributes = ["text:a s?"]'), 7, "has no version"),
+    ("added attribute that isn't optional", extension('attributes = ["text:a s since=1.2"]'), 7, "not optional"),
+    ("added attribute that is there", extension('attributes = ["text:a s? since=1.2"]', attributes("text:a s")), 9,
+     "collide"),
+    ("added child without a version", extension('children = ["text:h"]'), 7, "has no version"),
+    ("added child of an unknown version", extension('children = ["text:h since=9"]'), 7, "unknown version '9'"),
+    ("extension of a date", extension('children = ["text:p since=1.2"]', element(more='base = "date"')), 6, "is a date"),
+    ("whole value of a text", extension('whole = ["text:a"]', attributes("text:a s")), 9, "no narrow type"),
+    ("whole value of nothing", extension('whole = ["text:a"]'), 7, "no narrow type"),
+    ("added key of nothing", '[added_keys]\nST_A = ["c since=1.2"]\n', 2, "unknown enumeration 'ST_A'"),
+    ("added key without a version", ENUMERATION + '[added_keys]\nST_A = ["c"]\n', 2, "has no version"),
+    ("added key that is there", ENUMERATION + '[added_keys]\nST_A = ["b since=1.2"]\n', 2, "a key twice"),
     ("unknown operation by hand", element(more='handwritten = ["Split"]'), 4, "Split"),
 ]
 
@@ -183,6 +209,52 @@ class Broken(unittest.TestCase):
             header = (output / "include/odfmodel/elements/a.h").read_text(encoding="utf-8")
             self.assertIn("SetTextP()", header)
             self.assertNotIn("SetTextH()", header)
+
+
+# What the schemas have and the tables don't, with the reason.
+LEFT_OUT = {}
+# Their content is of other vocabularies.
+ELSEWHERE = ("math:",)
+
+
+@unittest.skipUnless(SCHEMAS.is_dir(), "the schemas aren't here")
+class Schemas(unittest.TestCase):
+    def test_the_tables_have_what_each_version_has(self):
+        elements = {element.qname: element for element in Model(TOOL.parents[1] / "src/elements").elements}
+        for version in ("1.2", "1.3", "1.4"):
+            schema = Schema(SCHEMAS / f"odf{version}.rng")
+            self.assertGreater(len(schema.elements), 590)
+            for name, wanted in schema.elements.items():
+                if name.startswith(ELSEWHERE) or name in LEFT_OUT:
+                    continue
+                with self.subTest(f"{name} of {version}"):
+                    element = elements[name]
+                    for what, rows, words in (("attribute", element.attributes, wanted.attributes),
+                                              ("child", element.children, wanted.children)):
+                        have = {row.qname: row for row in rows}
+                        self.assertEqual([word for word in words if word not in have], [], what)
+                        late = [row for word in words if (row := have[word]).since not in KNOWN_TO[version]]
+                        self.assertEqual([row.qname for row in late], [], f"{what} said to be later")
+
+    def test_enumerations_have_the_words_of_each_version(self):
+        model = Model(TOOL.parents[1] / "src/elements")
+        elements = {element.qname: element for element in model.elements}
+        checked = 0
+        for version in ("1.2", "1.3", "1.4"):
+            for name, wanted in Schema(SCHEMAS / f"odf{version}.rng").elements.items():
+                rows = {row.qname: row for row in elements[name].attributes} if name in elements else {}
+                for word, attribute in wanted.attributes.items():
+                    row = rows.get(word)
+                    if not row or not row.enumeration:
+                        continue
+                    checked += 1
+                    with self.subTest(f"{name}@{word} of {version}"):
+                        keys = model.enumerations[row.enumeration]
+                        self.assertEqual([v for v in attribute.values if v not in keys.keys], [])
+                        self.assertEqual([v for v in attribute.values
+                                          if keys.since.get(v, "") not in KNOWN_TO[version]], [])
+                        self.assertTrue(row.is_whole or not (attribute.types or attribute.is_list))
+        self.assertGreater(checked, 1000)
 
 
 def update():

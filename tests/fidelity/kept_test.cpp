@@ -146,11 +146,12 @@ TEST(Kept, TypedGettersReadAsEverAndSettersReplaceTheWords) {
         {"style:paragraph-properties", "<style:paragraph-properties style:page-number=\"7\"/>",
          [](CSDObject& object) { EXPECT_TRUE(SetAttributeText(object, "style:page-number", "auto")); },
          "<style:paragraph-properties style:page-number=\"auto\"/>"},
-        {"text:p", "<text:p xml:id=\"i\" own=\"v\"/>",
+        {"text:p", "<text:p xml:space=\"i\" own=\"v\"/>",
          [](CSDObject& object) {
              constexpr std::string_view kXml = "http://www.w3.org/XML/1998/namespace";
-             EXPECT_EQ(GetForeignAttribute(object, kXml, "id"), "i");
-             EXPECT_TRUE(SetForeignAttribute(object, kXml, "xml:id", "j"));
+             EXPECT_EQ(GetForeignAttribute(object, kXml, "space"), "i");
+             EXPECT_TRUE(SetForeignAttribute(object, kXml, "xml:space", "j"));
+             EXPECT_FALSE(SetForeignAttribute(object, kXml, "xml:id", "j")) << "the class has it";
              EXPECT_TRUE(RemoveForeignAttribute(object, {}, "own"));
              EXPECT_FALSE(RemoveForeignAttribute(object, {}, "own"));
              EXPECT_FALSE(SetForeignAttribute(object, {}, "1", "v")) << "no name";
@@ -159,7 +160,7 @@ TEST(Kept, TypedGettersReadAsEverAndSettersReplaceTheWords) {
                  << "the class lists it";
              EXPECT_EQ(ForeignAttributesOf(object).size(), 1U);
          },
-         "<text:p xml:id=\"j\"/>"},
+         "<text:p xml:space=\"j\"/>"},
     };
     for (const Row& row : rows) {
         const ReadTree tree = Open(row.element, row.xml);

@@ -60,7 +60,7 @@ std::string NewValue(const ODF::ClassInfo& info, const ODF::AttributeInfo& attri
                      const std::string& present, std::mt19937& random) {
     switch (attribute.type) {
     case ODF::AttributeType::Text:
-        return "probe " + std::to_string(random() % 1000);
+        return "probe-" + std::to_string(random() % 1000);
     case ODF::AttributeType::Bool:
         return present == "true" ? "false" : "true";
     case ODF::AttributeType::Unsigned:

@@ -33,6 +33,11 @@ constexpr std::pair<std::string_view, std::string_view> kNamespaces[] = {
     {"tableooo", "http://openoffice.org/2009/table"},
     {"dc", "http://purl.org/dc/elements/1.1/"},
     {"officeooo", "http://openoffice.org/2009/office"},
+    {"db", "urn:oasis:names:tc:opendocument:xmlns:database:1.0"},
+    {"loext", "urn:org:documentfoundation:names:experimental:office:xmlns:loext:1.0"},
+    {"calcext", "urn:org:documentfoundation:names:experimental:calc:xmlns:calcext:1.0"},
+    {"xhtml", "http://www.w3.org/1999/xhtml"},
+    {"grddl", "http://www.w3.org/2003/g/data-view#"},
 };
 
 std::string Declaration(std::string_view prefix, std::string_view uri) {
@@ -63,9 +68,9 @@ std::unique_ptr<CSDObject> Make(std::string_view element) {
     return std::unique_ptr<CSDObject>(info ? info->create() : nullptr);
 }
 
-std::unique_ptr<CSDObject> Read(std::string_view xml) {
+std::unique_ptr<CSDObject> Read(std::string_view xml, ODF::Fidelity fidelity) {
     auto object = Make(xml.substr(1, xml.find_first_of(" />") - 1));
-    EXPECT_TRUE(object && ODF::FromXml(Declared(xml), *object)) << xml;
+    EXPECT_TRUE(object && ODF::FromXml(Declared(xml), *object, fidelity)) << xml;
     return object;
 }
 

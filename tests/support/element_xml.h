@@ -18,7 +18,7 @@ std::string Bare(std::string xml);
 std::unique_ptr<CSDObject> Make(std::string_view element);
 /// The object of the root element of `xml`, whose prefixes needn't be declared, with all that is read into
 /// it.
-std::unique_ptr<CSDObject> Read(std::string_view xml);
+std::unique_ptr<CSDObject> Read(std::string_view xml, ODF::Fidelity fidelity = ODF::Fidelity::Listed);
 /// What is written for an object, as `Bare` gives it.
 std::string Written(CSDObject& object, ODF::Fidelity fidelity = ODF::Fidelity::Listed);
 /// What becomes of `xml` when it is read and written.

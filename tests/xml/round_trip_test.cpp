@@ -4,6 +4,7 @@
 
 #include <odfmodel/core/reflection.h>
 #include <odfmodel/core/value_objects.h>
+#include <odfmodel/document/format_use.h>
 
 #include <gtest/gtest.h>
 
@@ -11,6 +12,15 @@
 #include <random>
 
 namespace {
+
+/// Whether the key came later than its attribute: a tree of what is listed doesn't know it.
+bool IsLater(const ODF::ClassInfo& info, const ODF::AttributeInfo& attribute, const std::string& key) {
+    const std::unique_ptr<CSDObject> object(info.create());
+    ODF::SetAttributeText(*object, attribute.name, key);
+    const std::vector<ODF::LaterUse> uses = ODF::UsesAfter(ODF::FormatVersion::Base, *object);
+    return std::any_of(uses.begin(), uses.end(),
+                       [&](const ODF::LaterUse& use) { return use.name.ends_with('=' + key); });
+}
 
 /// Makes trees from a seed. Values come from all corners: markup, white space, controls, long texts, bad
 /// numbers.
@@ -22,14 +32,16 @@ public:
         const auto info = ODF::ClassOf(object);
         const unsigned chance = below(4) == 0 ? 100 : 10 + below(40);
         for (const ODF::AttributeInfo& attribute : info->attributes())
-            if (below(100) < chance) ODF::SetAttributeText(object, attribute.name, value(*info, attribute));
+            if (attribute.isListed && below(100) < chance)
+                ODF::SetAttributeText(object, attribute.name, value(*info, attribute));
         auto* const mixed = dynamic_cast<CSDMixedContentObject*>(&object);
         if (mixed && below(20) == 0)
             mixed->Setval(text());
         else if (!mixed)
             fillValue(object);
 
-        const auto rows = info->children();
+        auto rows = info->children();
+        std::erase_if(rows, [](const ODF::ChildInfo& row) { return !row.isListed; });
         const unsigned count = rows.empty() || depth > 6 || objects_ > 200 ? 0 : below(depth < 3 ? 12 : 4);
         object.InitMap(true);
         for (unsigned i = 0; i <= count; ++i) {
@@ -78,7 +90,8 @@ private:
         case ODF::AttributeType::Bool:
             return below(2) ? "true" : "no";
         case ODF::AttributeType::Enumeration: {
-            const auto keys = info.keys(attribute.name);
+            auto keys = info.keys(attribute.name);
+            std::erase_if(keys, [&](const std::string& key) { return IsLater(info, attribute, key); });
             return below(8) == 0 ? "none of them" : keys[below(static_cast<unsigned>(keys.size()))];
         }
         default:
@@ -116,7 +129,7 @@ unsigned CheckRoundTrip(const ODF::ClassInfo& info, unsigned seed) {
 TEST(RoundTrip, RandomTrees) {
     unsigned objects = 0;
     for (const ODF::ClassInfo& info : ODF::AllClasses())
-        objects += CheckRoundTrip(info, info.id());
+        if (info.since() == ODF::FormatVersion::Base) objects += CheckRoundTrip(info, info.id());
     EXPECT_GT(objects, 15'000U);
     for (unsigned seed = 1; seed <= 60; ++seed)
         for (const char* const root :

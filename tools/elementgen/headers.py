@@ -24,6 +24,10 @@ def comment(text, indent=""):
     return [f"{indent}/// {line}" for line in lines]
 
 
+def since_note(since):
+    return {"": "", "extended": "an extension of office suites"}.get(since, f"since ODF {since}")
+
+
 def attribute_note(attribute):
     if attribute.enumeration:
         kind = f"`{attribute.enumeration}`"
@@ -33,6 +37,7 @@ def attribute_note(attribute):
     if not attribute.optional:
         notes.append("written always" if "kNonEmpty" not in attribute.flags else "")
     notes += [FLAG_NOTES[flag] for flag in attribute.flags]
+    notes.append(since_note(attribute.since))
     return ", ".join(note for note in notes if note) + "."
 
 
@@ -40,14 +45,16 @@ def element_comment(element):
     about = element.about.rstrip(".")
     head = f"`{element.qname}`" + (f": {about[:1].lower() + about[1:]}" if about else "")
     if element.section:
-        head += f" (ODF 1.2, section {element.section})"
+        head += f" (ODF {element.since if element.since in ('1.3', '1.4') else '1.2'}, section {element.section})"
+    elif element.since:
+        head += f" ({since_note(element.since)})"
     lines = comment(head + ".")
     if element.base in ("value", "mixed"):
         lines += comment("Its character content is kept as text runs between its children."
                          if element.base == "mixed" else "Its character content is its value.")
     if element.base == "date":
         lines += comment("Its character content is a date and time.")
-    if element.in_no_map:
+    if element.in_no_map and not element.since:
         lines += comment("No class lists it as a child, so in a document it counts as unknown.")
     elif element.parents:
         lines += comment("Child of " + shorten([f"`{parent}`" for parent in element.parents]) + ".")
@@ -71,6 +78,13 @@ def optional_getter(attribute, kind, row):
             f"        if (HasAttribute(*Descriptor(), {row})) return Get{name}();",
             "        return {};",
             "    }"]
+
+
+def whole_accessors(attribute, row):
+    """Of an attribute that may hold more than its type: all of the value, as a file has it."""
+    name = attribute.accessor
+    return [f"    std::optional<WholeValue> Whole{name}() const {{ return WholeAttribute({row}); }}",
+            f"    void SetWhole{name}(std::string_view value) {{ SetWholeAttribute({row}, value); }}"]
 
 
 def class_declaration(element):
@@ -97,6 +111,8 @@ def class_declaration(element):
         if kind == "bool" and "kTruthy" not in attribute.flags:
             lines.append(f"    template<PointerLike T> void Set{attribute.accessor}(const T&) = delete; ///< no text")
         lines.append(f"    bool Unset{attribute.accessor}() noexcept {{ return UnsetAttribute({row}); }}")
+        if attribute.is_whole:
+            lines += whole_accessors(attribute, row)
         if "kTruthy" in attribute.flags:
             lines.append(f"    void Set{attribute.accessor}(const CTulStringW& text);")
             for pointer in ("unsigned short", "char16_t", "char"):
@@ -105,8 +121,8 @@ def class_declaration(element):
     if element.children:
         lines += ["", "    /// @name Children", "    /// Each operation appends a new child, owned by this object, and "
                   "returns it.", "    /// @{"]
-        for child in element.children:
-            lines.append(f"    {child.class_name}* Set{child.class_name[1:]}();")
+        for class_name in element.child_classes:
+            lines.append(f"    {class_name}* Set{class_name[1:]}();")
         lines.append("    /// @}")
     if element.equality:
         lines += ["", "    /// 1 when both agree in every attribute, else 0. Ids and children don't count.",
@@ -125,7 +141,7 @@ def family_header(family, model):
     classes |= {element.class_name for element in family.elements}
     lines = [MADE_FROM.format(family.name + ".toml"), "#pragma once", "",
              "#include <odfmodel/core/value_objects.h>", "#include <odfmodel/elements/enumerations.h>", "",
-             "#include <optional>", "", f"/// @file", *comment(family.about), "", "namespace ODF {", ""]
+             "#include <optional>", "#include <string_view>", "", f"/// @file", *comment(family.about), "", "namespace ODF {", ""]
     lines += [f"class {name};" for name in sorted(classes)]
     lines.append("")
     for element in family.elements:
@@ -139,13 +155,14 @@ def enumerations_header(model):
              "#include <odfmodel/core/enumeration.h>", "", "/// @file",
              "/// The enumerated attribute values. The key of each, as it is in a file, is its comment; "
              "`KeyOf` and", "/// `ParseKey` go between them.", "", "namespace ODF {", ""]
-    for name, (family, keys) in sorted(model.enumerations.items()):
+    for name, enumeration in sorted(model.enumerations.items()):
         users = sorted({attribute.qname for element in model.elements for attribute in element.attributes
                         if attribute.enumeration == name})
         lines += comment("Values of " + shorten([f"`{user}`" for user in users]) + ".")
         lines.append(f"enum class {name} : int {{")
-        for value, key in enumerate(keys):
-            lines.append(f"    {names.enumerator(key)} = {value}, ///< \"{key}\"")
+        for value, key in enumerate(enumeration.keys):
+            note = since_note(enumeration.since.get(key, ""))
+            lines.append(f"    {names.enumerator(key)} = {value}, ///< \"{key}\"" + (f", {note}" if note else ""))
         lines += ["};", f"constexpr std::u16string_view EnumerationName({name}) noexcept {{ return u\"{name}\"; }}", ""]
     lines += ["} // namespace ODF", ""]
     return "\n".join(lines)

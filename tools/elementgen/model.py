@@ -16,15 +16,21 @@ ID_RANGES = {
     "xforms": (0x216, 0x216), "math": (0x217, 0x2CB),
 }
 LATER_IDS = (0x2CD, 0x2D0)
+# Ids of the elements that later versions of the format and office suites brought.
+ADDED_IDS = (0x300, 0x3FF)
 ID_BASE = 0x80000000
 
 KINDS = {"s": "String", "b": "Bool", "B": "BoolWord", "u": "Unsigned", "i": "Signed", "d": "Double", "f": "Float"}
 BASES = {None: "CSDExtObject", "value": "CSDStringValueObject", "mixed": "CSDMixedContentObject",
          "date": "CSDDateTimeValueObject", "named": "CSDNamedObject"}
-PREFIXES = set(ID_RANGES) | {"fo", "smil", "xlink", "tableooo", "officeooo"}
+PREFIXES = set(ID_RANGES) | {"fo", "smil", "xlink", "tableooo", "officeooo", "db", "xml", "xhtml", "grddl", "loext",
+                             "calcext"}
 ELEMENT_KEYS = {"name", "id", "base", "class", "about", "section", "attributes", "children", "write_order",
-                "write_before", "in_no_map", "equality", "handwritten"}
-FAMILY_KEYS = {"about", "child_groups", "attribute_groups", "enumerations", "element"}
+                "write_before", "in_no_map", "equality", "handwritten", "since"}
+EXTENSION_KEYS = {"name", "attributes", "children", "whole"}
+FAMILY_KEYS = {"about", "child_groups", "attribute_groups", "enumerations", "element", "extension", "added_keys"}
+# The version of the format that brought something; "extended" is what office suites added on their own.
+VERSIONS = ("1.2", "1.3", "1.4", "extended")
 WORD_FLAGS = {"nonempty": "kNonEmpty", "firstfont": "kFirstFont", "nonnegative": "kNonNegative", "truthy": "kTruthy"}
 # The kinds that a flag is for, and whether the attribute must be optional; None where that's all the same.
 FLAG_USES = {"nonempty": ("s", False), "firstfont": ("s", None), "nonnegative": ("uid", True), "truthy": ("bB", None)}
@@ -51,6 +57,9 @@ class Attribute:
     accessor: str
     default: int = 0
     flags: tuple = ()
+    since: str = ""
+    is_added: bool = False  # by an extension: unknown to a tree that holds what the classes list
+    is_whole: bool = False  # the format allows more than the type holds, so there is an accessor for the words
 
     @property
     def local(self):
@@ -65,6 +74,19 @@ class Attribute:
 class Child:
     qname: str
     class_name: str
+    since: str = ""
+    is_added: bool = False
+
+
+@dataclasses.dataclass
+class Enumeration:
+    family: "Family"
+    keys: list
+    since: dict = dataclasses.field(default_factory=dict)   # of the keys that were added
+
+    @property
+    def listed(self):
+        return len(self.keys) - len(self.since)
 
 
 @dataclasses.dataclass
@@ -83,7 +105,17 @@ class Element:
     in_no_map: bool
     equality: bool
     handwritten: list
+    since: str = ""
     parents: list = dataclasses.field(default_factory=list)
+
+    @property
+    def listed_attributes(self):
+        return sum(not attribute.is_added for attribute in self.attributes)
+
+    @property
+    def child_classes(self):
+        """Each once: a class may be there under two names."""
+        return list(dict.fromkeys(child.class_name for child in self.children))
 
 
 @dataclasses.dataclass
@@ -93,7 +125,6 @@ class Family:
     text: str
     data: dict
     elements: list = dataclasses.field(default_factory=list)
-    enumerations: dict = dataclasses.field(default_factory=dict)
 
     @property
     def about(self):
@@ -118,14 +149,18 @@ class Model:
         self.families = []
         self.child_groups = {}
         self.attribute_groups = {}
-        self.enumerations = {}      # type name -> (family, keys)
+        self.enumerations = {}      # by their type names
         self.elements = []
         self.by_class = {}
         self.pending = {}           # qualified name -> classes that list it
         for path in sorted(pathlib.Path(folder).rglob("*.toml")):
             self._load(path, path.relative_to(folder).with_suffix("").as_posix())
         for family in self.families:
+            self._add_keys(family)
+        for family in self.families:
             self._read_elements(family)
+        for family in self.families:
+            self._read_extensions(family)
         self._link()
 
     def _load(self, path, name):
@@ -153,6 +188,11 @@ class Model:
             family.fail(f"enumeration '{enumeration}' is defined twice", enumeration)
         if not keys or not isinstance(keys, list):
             family.fail(f"enumeration '{enumeration}' has no keys", enumeration)
+        self._check_keys(family, enumeration, keys)
+        self.enumerations[enumeration] = Enumeration(family, keys)
+
+    @staticmethod
+    def _check_keys(family, enumeration, keys):
         if len(set(keys)) != len(keys):
             family.fail(f"enumeration '{enumeration}' has a key twice", enumeration)
         if len({names.enumerator(key) for key in keys}) != len(keys):
@@ -161,8 +201,20 @@ class Model:
             # Keys are compared and written unit by unit, without escaping.
             if not re.fullmatch(r"[ !#-%'-;=?-~]+", key):
                 family.fail(f"key '{key}' of '{enumeration}' isn't plain ASCII", enumeration)
-        self.enumerations[enumeration] = (family, keys)
-        family.enumerations[enumeration] = keys
+
+    def _add_keys(self, family):
+        """Keys that came to an enumeration later: after its own, each with the version that brought it."""
+        for name, added in family.data.get("added_keys", {}).items():
+            if name not in self.enumerations:
+                family.fail(f"unknown enumeration '{name}'", name)
+            enumeration = self.enumerations[name]
+            for row in added:
+                key, _, since = row.rpartition(" since=")
+                if since not in VERSIONS:
+                    family.fail(f"key '{row}' of '{name}' has no version", name)
+                enumeration.keys = enumeration.keys + [key]
+                enumeration.since[key] = since
+            self._check_keys(family, name, enumeration.keys)
 
     def _expand(self, family, rows, groups, line, trail=()):
         for row in rows:
@@ -200,11 +252,13 @@ class Model:
         if entry.get("base") not in BASES:
             family.fail(f"unknown base '{entry['base']}' of '{qname}'", "base", line)
         identifier = entry.get("id")
-        self._check_id(family, qname, identifier, line)
-        attributes = [self._read_attribute(family, qname, row, line)
-                      for row in self._expand(family, entry.get("attributes", []), self.attribute_groups, line)]
-        children = [self._read_child(family, qname, row, line)
-                    for row in self._expand(family, entry.get("children", []), self.child_groups, line)]
+        self._check_id(family, qname, identifier, "since" in entry, line)
+        since = entry.get("since", "")
+        if since and since not in VERSIONS:
+            family.fail(f"unknown version '{since}' of '{qname}'", "since", line)
+        attributes, children = self._read_rows(family, entry, qname, line)
+        for row in (*attributes, *children):
+            row.since = row.since or since
         if entry.get("base") == "date" and (attributes or children):
             family.fail(f"'{qname}' is a date and can't have attributes or children", "", line)
         self._check_members(family, qname, attributes, children, line)
@@ -218,14 +272,57 @@ class Model:
             attributes=attributes, children=children,
             write_order=self._write_order(family, entry, attributes, line),
             in_no_map=entry.get("in_no_map", False), equality=entry.get("equality", False),
-            handwritten=entry.get("handwritten", []))
+            handwritten=entry.get("handwritten", []), since=since)
 
-    def _check_id(self, family, qname, identifier, line):
+    def _read_rows(self, family, entry, qname, line):
+        return ([self._read_attribute(family, qname, row, line)
+                 for row in self._expand(family, entry.get("attributes", []), self.attribute_groups, line)],
+                [self._read_child(family, qname, row, line)
+                 for row in self._expand(family, entry.get("children", []), self.child_groups, line)])
+
+    def _read_extensions(self, family):
+        """What later versions and office suites added to the elements of other tables: after their own rows."""
+        by_name = {element.qname: element for element in self.elements}
+        line = 1
+        for entry in family.data.get("extension", []):
+            qname = entry.get("name", "")
+            line = family.line_of(f'name = "{qname}"', family.line_of("[[extension]]", line))
+            for key in entry:
+                if key not in EXTENSION_KEYS:
+                    family.fail(f"unknown key '{key}' of '{qname}'", key, line)
+            if qname not in by_name:
+                family.fail(f"an extension of '{qname}', which has no table", "", line)
+            self._extend(family, by_name[qname], entry, line)
+            line += 1
+
+    def _extend(self, family, element, entry, line):
+        attributes, children = self._read_rows(family, entry, element.qname, line)
+        for row in (*attributes, *children):
+            if not row.since:
+                family.fail(f"'{row.qname}' of '{element.qname}' has no version", row.qname, line)
+            row.is_added = True
+        for attribute in attributes:
+            if not attribute.optional:
+                family.fail(f"'{attribute.qname}' of '{element.qname}' is added, but not optional", attribute.qname, line)
+        if element.base == "date" and (attributes or children):
+            family.fail(f"'{element.qname}' is a date and can't have attributes or children", "", line)
+        if element.write_order is not None:
+            element.write_order += range(len(element.attributes), len(element.attributes) + len(attributes))
+        element.attributes += attributes
+        element.children += children
+        self._check_members(family, element.qname, element.attributes, element.children, line)
+        by_name = {attribute.qname: attribute for attribute in element.attributes}
+        for qname in entry.get("whole", []):
+            if qname not in by_name or by_name[qname].kind == "s":
+                family.fail(f"'{qname}' of '{element.qname}' has no narrow type", qname, line)
+            by_name[qname].is_whole = True
+
+    def _check_id(self, family, qname, identifier, is_added, line):
         if not isinstance(identifier, int):
             family.fail(f"'{qname}' has no id", "", line)
         serial = identifier - ID_BASE
-        first, last = ID_RANGES.get(names.prefix(qname), (1, 0))
-        if not (first <= serial <= last or LATER_IDS[0] <= serial <= LATER_IDS[1]):
+        first, last = ADDED_IDS if is_added else ID_RANGES.get(names.prefix(qname), (1, 0))
+        if not (first <= serial <= last or (not is_added and LATER_IDS[0] <= serial <= LATER_IDS[1])):
             family.fail(f"id 0x{identifier:08X} of '{qname}' is outside its range", "id", line)
         for other in self.elements:
             if other.id == identifier:
@@ -257,10 +354,12 @@ class Model:
         key, _, value = flag.partition("=")
         if key == "accessor" and value:
             attribute.accessor = value
+        elif key == "since" and value in VERSIONS:
+            attribute.since = value
         elif key == "default" and value and not attribute.optional:
             attribute.flags += ("kGiven",)
             if attribute.enumeration:
-                keys = self.enumerations[attribute.enumeration][1]
+                keys = self.enumerations[attribute.enumeration].keys
                 if value not in keys:
                     family.fail(f"'{value}' is no key of '{attribute.enumeration}'", attribute.qname, line)
                 attribute.default = keys.index(value)
@@ -278,16 +377,19 @@ class Model:
 
     @staticmethod
     def _read_child(family, owner, row, line):
+        row, _, since = row.partition(" since=")
+        if since and since not in VERSIONS:
+            family.fail(f"unknown version '{since}' of '{row}' of '{owner}'", row, line)
         qname, _, class_name = row.partition("=")
         if names.prefix(qname) not in PREFIXES:
             family.fail(f"child '{qname}' of '{owner}' has an unknown prefix", qname, line)
-        return Child(qname, class_name or names.class_name(qname))
+        return Child(qname, class_name or names.class_name(qname), since)
 
     @staticmethod
     def _check_members(family, qname, attributes, children, line):
         # A setter takes an argument and a child operation takes none, so only likes may not share a name.
         for kind, members in (("attributes", [(a.accessor, a.qname) for a in attributes]),
-                              ("children", [(c.class_name, c.qname) for c in children]),
+                              ("children", [(c.class_name, c.qname) for c in children if not c.is_added]),
                               ("children", [(c.qname, c.qname) for c in children])):
             seen = {}
             for member, origin in members:

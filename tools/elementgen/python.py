@@ -35,12 +35,15 @@ def snake(qname):
 
 def properties(element):
     """The attributes of an element by the names of their properties."""
-    count = collections.Counter(attribute.local for attribute in element.attributes)
+    attributes = collections.Counter(attribute.local for attribute in element.attributes)
+    listed = collections.Counter(attribute.local for attribute in element.attributes if not attribute.is_added)
     result = {}
     for attribute in element.attributes:
         name = snake(attribute.local)
         own = attribute.prefix == names.prefix(element.qname)
-        if keyword.iskeyword(name) or name in TAKEN or (count[attribute.local] > 1 and not own):
+        # What came later leaves the names of the others as they are.
+        rivals = attributes if attribute.is_added else listed
+        if keyword.iskeyword(name) or name in TAKEN or (rivals[attribute.local] > 1 and not own) or name in result:
             name = snake(attribute.qname)
         if name in result:
             raise TableError(f"{element.qname}: two attributes would be the property '{name}'")
@@ -57,7 +60,7 @@ def about(element):
 def type_of(attribute, model):
     if not attribute.enumeration:
         return TYPES[attribute.kind]
-    keys = model.enumerations[attribute.enumeration][1]
+    keys = model.enumerations[attribute.enumeration].keys
     return "Literal[" + ", ".join(f'"{key}"' for key in keys) + "]"
 
 

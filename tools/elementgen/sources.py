@@ -45,7 +45,11 @@ def child_map_name(element):
 
 
 def child_key(element):
-    return tuple((child.qname, child.class_name) for child in element.children)
+    return tuple((child.qname, child.class_name, child.since, child.is_added) for child in element.children)
+
+
+def version(since):
+    return "FormatVersion::" + {"": "Base", "extended": "Extended"}.get(since, "V" + since.replace(".", "_"))
 
 
 def attribute_row(attribute, namespaces):
@@ -55,7 +59,7 @@ def attribute_row(attribute, namespaces):
     enumeration = f"&tables::{attribute.enumeration}" if attribute.enumeration else "nullptr"
     return (f'{{"{attribute.qname}", {u16(attribute.local)}, {enumeration}, {attribute.default}, '
             f'{len(attribute.qname)}, {namespaces[attribute.prefix]}, ValueKind::{kind}, '
-            f'{" | ".join(flags) or "0"}}}')
+            f'{" | ".join(flags) or "0"}, {version(attribute.since)}}}')
 
 
 def cpp_bool(value):
@@ -113,17 +117,16 @@ def class_source(element, pool, maps, namespaces):
             f"const ClassDescriptor tables::{name}{{", f'    "{name}", "{element.qname}", {u16(element.qname)}, '
             f"0x{element.id:08X}, {table},", f"    {by_name}, {write_order}, {children},",
             f"    &ObjectAccess::make<ODF::{name}>, 0x{required_namespaces(element, namespaces):X}U, "
-            f"{len(attributes)}, {namespaces[names.prefix(element.qname)]}, "
+            f"{len(attributes)}, {element.listed_attributes}, {namespaces[names.prefix(element.qname)]}, "
             f"{cpp_bool(all(attribute.optional for attribute in attributes))}, "
-            f"{cpp_bool(not element.in_no_map)}}};",
+            f"{cpp_bool(not element.in_no_map)}, {version(element.since)}}};",
             f"CSDObject* {name}::Create(unsigned id) {{", f"    return ObjectAccess::makeLoose(tables::{name}, id);", "}"]
     made = "{}" if element.base == "date" else "{\n    setFlag(kElement, true);\n}"
     body += [f"{name}::{name}(unsigned id) : {BASES[element.base]}(id) {made}"]
     body += [f"{name}::~{name}() {{", f"    ReleaseAttributes(tables::{name});", "}",
              f"const ClassDescriptor* {name}::Descriptor() const noexcept {{", f"    return &tables::{name};", "}"]
     body += accessors(element)
-    for child in element.children:
-        target = child.class_name
+    for target in element.child_classes:
         body += [f"{target}* {name}::Set{target[1:]}() {{",
                  f"    return static_cast<{target}*>(Adopt({target}::Create({target}::kId)));", "}"]
     if element.equality:
@@ -170,21 +173,26 @@ def registry_source(model, maps, namespaces):
              "#include <odfmodel/elements/elements.h>", "", "#include <array>", "", "namespace ODF {", "namespace {"]
     pool = Pool(lines)
     tail = []
-    for name, (_, keys) in sorted(model.enumerations.items()):
+    for name, enumeration in sorted(model.enumerations.items()):
+        keys = enumeration.keys
         stem = f"k{name[3:]}"
         pool.array("const char16_t* const", f"{stem}Keys", [u16(key) for key in keys])
         by_key = pool.array("std::uint16_t", f"{stem}ByKey", sorted(range(len(keys)), key=lambda i: keys[i]))
+        added = pool.array("FormatVersion", f"{stem}Added", [version(enumeration.since[key]) for key in
+                                                             keys[enumeration.listed:]])
         shared = pool.known[("const char16_t* const", tuple(u16(key) for key in keys))]
-        tail.append(f"const EnumerationTable tables::{name}{{{u16(name)}, {shared}, {by_key}, {len(keys)}}};")
+        tail.append(f"const EnumerationTable tables::{name}{{{u16(name)}, {shared}, {by_key}, {len(keys)}, "
+                    f"{enumeration.listed}, {added}}};")
     ids = {element.class_name: element.id for element in model.elements}
     for key, name in maps.items():
         stem = name.removeprefix("k")
         table = pool.array("ChildRow", f"kRowsOf{stem}", [
             f'{{0x{ids[class_name]:08X}, {u16(qname)}, "{qname}", &tables::{class_name}, '
-            f"{namespaces[names.prefix(qname)]}}}" for qname, class_name in key])
+            f"{namespaces[names.prefix(qname)]}, {version(since)}}}" for qname, class_name, since, _ in key])
         by_name = pool.array("std::uint16_t", f"kNamesOf{stem}", sorted(range(len(key)), key=lambda i: key[i][0]))
         by_id = pool.array("std::uint16_t", f"kIdsOf{stem}", sorted(range(len(key)), key=lambda i: (ids[key[i][1]], i)))
-        tail.append(f"const ChildMap tables::{name}{{{table}, {by_name}, {by_id}, {len(key)}}};")
+        listed = sum(not row[3] for row in key)
+        tail.append(f"const ChildMap tables::{name}{{{table}, {by_name}, {by_id}, {len(key)}, {listed}}};")
     by_id = sorted(model.elements, key=lambda element: element.id)
     by_name = {}
     for element in by_id:

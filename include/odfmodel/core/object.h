@@ -19,12 +19,14 @@
 #include <odfmodel/core/date_time.h>
 #include <odfmodel/core/ranges.h>
 #include <odfmodel/core/string.h>
+#include <odfmodel/core/whole_value.h>
 #include <odfmodel/export.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -255,6 +257,8 @@ protected:
     bool UnsetAttribute(unsigned row) noexcept;
     /// A number as the format spells it, with all the digits that it has.
     static CTulStringW SpellNumber(double number);
+    std::optional<ODF::WholeValue> WholeAttribute(unsigned row) const;
+    void SetWholeAttribute(unsigned row, std::string_view value);
     /// True when both objects, of the class of `table`, agree in every attribute.
     static bool SameAttributes(const ODF::ClassDescriptor& table, const CSDObject& a,
                                const CSDObject& b) noexcept;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <odfmodel/core/fidelity.h>
+#include <odfmodel/core/format_version.h>
 #include <odfmodel/core/object.h>
 #include <odfmodel/core/string.h>
 #include <odfmodel/export.h>
@@ -24,7 +25,10 @@ enum class AttributeType { Text, Bool, Unsigned, Signed, Number, Enumeration };
 struct AttributeInfo {
     std::string_view name; ///< qualified, with the customary prefix
     AttributeType type;
-    bool isOptional; ///< false: written always, as 0 or empty while it isn't set
+    bool isOptional;     ///< false: written always, as 0 or empty while it isn't set
+    FormatVersion since; ///< the version of the format that brought it
+    /// False: it came to the class later, and is typed in a tree of full fidelity alone.
+    bool isListed;
 };
 
 /// An attribute as it is written: the qualified name and the value, not escaped, in UTF-8.
@@ -37,6 +41,8 @@ struct AttributeText {
 struct ChildInfo {
     std::string_view name; ///< qualified, with the customary prefix
     unsigned id;           ///< of the child's class
+    FormatVersion since;   ///< the version of the format that allows it there
+    bool isListed;         ///< false: as with attributes
 };
 
 /// One element class. Cheap to copy; what it gives out lives as long as the library is loaded.
@@ -45,6 +51,8 @@ public:
     std::string_view className() const noexcept;   ///< such as "CTextP"
     std::string_view elementName() const noexcept; ///< such as "text:p"
     unsigned id() const noexcept;
+    /// The version of the format that has the element first.
+    FormatVersion since() const noexcept;
     /// False for the one class that no child map lists.
     bool isInMaps() const noexcept;
     std::vector<AttributeInfo> attributes() const;

@@ -17,20 +17,19 @@ namespace ODF {
 namespace {
 
 /// An office suite's own name for the type of a value, which would contradict a new one.
-constexpr std::string_view kCalcNamespace =
-    "urn:org:documentfoundation:names:experimental:calc:xmlns:calcext:1.0";
-
 /// The attributes of a class of cells, by the rows of its table.
 struct CellRows {
     const ClassDescriptor& table;
     int formula, type, value, currency, date, time, boolean, string;
+    int suiteType;                   ///< the type again, as an office suite writes it
     int columnsSpanned, rowsSpanned; ///< -1 for a covered cell
 
     explicit CellRows(const ClassDescriptor& cells) noexcept
         : table(cells), formula(of("table", "formula")), type(of("office", "value-type")),
           value(of("office", "value")), currency(of("office", "currency")), date(of("office", "date-value")),
           time(of("office", "time-value")), boolean(of("office", "boolean-value")),
-          string(of("office", "string-value")), columnsSpanned(of("table", "number-columns-spanned")),
+          string(of("office", "string-value")), suiteType(of("calcext", "value-type")),
+          columnsSpanned(of("table", "number-columns-spanned")),
           rowsSpanned(of("table", "number-rows-spanned")) {}
 
     int of(std::string_view prefix, std::string_view name) const noexcept {
@@ -92,9 +91,8 @@ void Clear(CSDExtObject& cell) {
     if (!ObjectAccess::slots(cell)) return;
     const CellRows& rows = RowsOf(cell);
     for (const int row : {rows.formula, rows.type, rows.value, rows.currency, rows.date, rows.time,
-                          rows.boolean, rows.string})
+                          rows.boolean, rows.string, rows.suiteType})
         ObjectAccess::unset(cell, static_cast<unsigned>(row));
-    if (ObjectAccess::extras(cell)) RemoveForeignAttribute(cell, kCalcNamespace, "value-type");
 }
 
 /// The setters of both classes take the same, but for those of a number and a bool.
@@ -176,6 +174,7 @@ CellValue ReadCellValue(const CSDObject& cell) {
         if (const auto value = rows.find(cell, rows.string)) return ToUtf8(value->text());
         return CellText(cell);
     case ST_OfficeValueType::Void:
+    case ST_OfficeValueType::Error: // its text is the error
         break;
     }
     return TextValue(cell); // a file that tells a type and no value

@@ -263,6 +263,7 @@ private:
     }
 
     void finishManifest() {
+        isManifestNew_ = isManifestNew_ || state_.manifest.isChanged(); // by the version of a member
         if (!isManifestNew_ && sizes_.empty()) {
             copy(*manifest_, *oldManifest_);
             return;

@@ -1,3 +1,5 @@
+#include "serial/xml/memory_xml.h"
+
 #include "serial/xml/xml_writer.h"
 
 #include <odfmodel/core/reflection.h>
@@ -13,6 +15,16 @@ std::string ToXml(CSDObject& object, std::string_view name, Fidelity fidelity) {
     writer.openText(result);
     writer.SetFidelity(fidelity);
     return writer.writeTree(object, name) && writer.Close() >= 0 ? result : std::string();
+}
+
+std::string xml::ToXml(CSDObject& root, FormatVersion& newest) {
+    std::string result;
+    XmlWriter writer;
+    writer.openText(result);
+    writer.SetFidelity(Fidelity::Everything);
+    if (!writer.writeTree(root, {}) || writer.Close() < 0) return {};
+    newest = writer.newest();
+    return result;
 }
 
 bool FromXml(std::string_view xml, CSDObject& root, Fidelity fidelity) {

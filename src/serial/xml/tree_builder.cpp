@@ -81,6 +81,7 @@ void TreeBuilder::startElement(std::string_view name, Attributes attributes) {
     level.firstPending = pending_.size();
     readAttributes(level, element, attributes);
     if (keepsAll_ && hasScope) keepDeclarations(*level.object);
+    if (level.hasOwnName) ObjectAccess::requireExtras(*level.object).requireMarkup().hasOwnName = true;
     open_.push_back(level);
 }
 
@@ -126,7 +127,9 @@ bool TreeBuilder::createChild(Level& child, const ResolvedName& name, std::strin
     if (!parent.names) {
         settle();
         child.object = parent.object->CreateObject(name.canonical16.c_str(), 1);
-    } else if (const ChildMap* const map = parent.names->table->children; map || keepsAll_) {
+    } else if (const ChildMap* const map =
+                   keepsAll_ ? parent.names->table->children : parent.names->table->listedChildren();
+               map || keepsAll_) {
         ClassNames::Child looked;
         ClassNames::Child* const place = Place(parent.names->childRows, name.id, looked);
         ClassNames::Child& known = place ? *place : looked;
@@ -134,11 +137,14 @@ bool TreeBuilder::createChild(Level& child, const ResolvedName& name, std::strin
             const ChildRow* const found = !map || name.nameSpace == kUnknownNamespace
                                               ? nullptr
                                               : map->find(std::string_view(name.canonical));
-            known.row = found ? static_cast<std::int32_t>(found - map->rows) : kUnknown;
-            if (found) known.names = &namesOf(*found->table);
+            const bool isKnown = found && (keepsAll_ || map->isListed(*found));
+            known.row = isKnown ? static_cast<std::int32_t>(found - map->rows) : kUnknown;
+            if (isKnown) known.names = &namesOf(*found->table);
+            known.hasOwnName = isKnown && map->find(found->id) != found;
         }
         if (map && known.row >= 0) {
             make(*known.names->table, map->rows[known.row].id, known.names);
+            child.hasOwnName = known.hasOwnName;
             return true;
         }
         // A part may bring objects of its own for what no class lists.
@@ -151,6 +157,7 @@ bool TreeBuilder::createChild(Level& child, const ResolvedName& name, std::strin
         }
         if (!child.object && keepsAll_) {
             known.names = makeUnlisted(known.names);
+            child.hasOwnName = map && map->find(child.object->GetID());
             return true;
         }
     } else {
@@ -217,7 +224,10 @@ void TreeBuilder::readAttributes(const Level& level, const ResolvedName& element
         std::int32_t looked = kNotLooked;
         std::int32_t* const place = Place(names->attributeRows, name.id, kNotLooked);
         std::int32_t& row = place ? *place : looked;
-        if (row == kNotLooked) row = names->table->findAttribute(name.nameSpace, name.local);
+        if (row == kNotLooked) {
+            row = names->table->findAttribute(name.nameSpace, name.local);
+            if (!keepsAll_ && row >= names->table->listedAttributes) row = kUnknown;
+        }
         if (row >= 0) {
             if (value.size() > limits_.textBytes) {
                 control_.stop("an attribute value is too long", StopKind::Size);

@@ -57,6 +57,7 @@ private:
         struct Child {
             std::int32_t row = kNotLooked;
             ClassNames* names = nullptr; ///< of the child's class
+            bool hasOwnName = false;
         };
         const ClassDescriptor* table = nullptr;
         std::vector<Child> childRows;
@@ -71,6 +72,7 @@ private:
         Arena* arena;             ///< has room reserved for the object's attributes; null for the heap
         std::size_t firstPending; ///< where its own children begin in `pending_`
         bool hasRuns = false;     ///< holds text between children although its class has no place for it
+        bool hasOwnName = false;  ///< the parent lists the class under another name
     };
 
     void flushText();

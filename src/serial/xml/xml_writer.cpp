@@ -173,6 +173,11 @@ void XmlWriter::writeChildren(std::size_t floor) {
     }
 }
 
+bool XmlWriter::hasOwnName(const CSDObject& child) const noexcept {
+    const Extras* const extras = keepsAll_ ? ObjectAccess::extras(child) : nullptr;
+    return extras && extras->markup && extras->markup->hasOwnName;
+}
+
 void XmlWriter::writeChild(Level& parent, CSDObject& child) {
     if (ObjectAccess::isTextRun(child)) {
         // A value that was set, or that is written as one string, stands for the runs that it came from.
@@ -194,7 +199,9 @@ void XmlWriter::writeChild(Level& parent, CSDObject& child) {
         if (!row || row->id != child.GetID()) {
             row = parent.table->children ? parent.table->children->find(child.GetID()) : nullptr;
             parent.lastRow = row;
+            if (row) need(row->since);
         }
+        if (row && row->nameSpace != table->nameSpace && hasOwnName(child)) row = nullptr;
         // An object of a class that its parent doesn't list is written under its own name rather than lost.
         startElement(child, *table, row ? row->utf8Name : table->elementName,
                      row ? row->nameSpace : table->nameSpace);
@@ -238,6 +245,7 @@ void XmlWriter::startElement(CSDObject& object, const ClassDescriptor& table, st
 /// A start tag with everything that the object holds.
 void XmlWriter::startWhole(CSDObject& object, const ClassDescriptor& table, std::string_view tag,
                            NamespaceIndex nameSpace) {
+    need(table.since);
     const NamespaceScopes::Mark outer = scopes_.mark();
     const std::uint64_t* const slot =
         AttributeSlots::find(ObjectAccess::slots(object), table.words(), table.attributeCount);
@@ -351,11 +359,14 @@ void XmlWriter::writeWholeAttributes(const CSDObject& object, const ClassDescrip
             putAttribute(foreignName(kept.name, true), kept.value.view());
         else
             putAttribute(nameOf(table.attributes[kept.row]), kept.value.view());
+        if (kept.row != KeptAttribute::kNotListed) need(table.attributes[kept.row].since);
     };
     const auto write = [&](const AttributeRow& row, const std::uint64_t* slot) {
         const AttributeValue value{row, slot};
         // No reader takes a number that has no key, which only a caller's cast gives.
         if (value.isKey() && !row.enumeration->key(static_cast<int>(value.whole()))) return;
+        need(row.since);
+        if (value.isKey()) need(row.enumeration->since(static_cast<int>(value.whole())));
         const std::string_view name = nameOf(row);
         if (value.isText()) {
             const std::u16string_view text = value.text();

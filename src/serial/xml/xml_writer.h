@@ -35,6 +35,8 @@ public:
     void openText(std::string& target) noexcept { out_.openText(target); }
     /// Writes the declaration and the tree; `name` empty for the root's own name.
     bool writeTree(CSDObject& root, std::string_view name);
+    /// The version of the format that what was written with full fidelity needs; extensions don't count.
+    FormatVersion newest() const noexcept { return newest_; }
 
 private:
     /// An element whose start tag is written and whose children are under way.
@@ -49,8 +51,12 @@ private:
         bool skipsRuns = false; ///< the text was written as a value
     };
 
+    void need(FormatVersion since) noexcept {
+        if (since > newest_ && since != FormatVersion::Extended) newest_ = since;
+    }
     bool open(const unsigned short* path);
     void writeChildren(std::size_t floor);
+    bool hasOwnName(const CSDObject& child) const noexcept;
     void writeChild(Level& parent, CSDObject& child);
     void startElement(CSDObject& object, const ClassDescriptor& table, std::string_view tag,
                       NamespaceIndex nameSpace);
@@ -78,6 +84,7 @@ private:
     bool rootWritten_ = false;
     bool keepsAll_ = false;
     bool failed_ = false; ///< something can't be written at all
+    FormatVersion newest_ = FormatVersion::Base;
     NamespaceScopes scopes_;
     /// How a foreign name is written, as an element and as an attribute.
     struct ForeignText {
