@@ -140,20 +140,24 @@ ExitCode SaveCsv(ODF::Document& document, const std::string& path, const std::st
     bool isCut = false;
     const std::string csv = WriteCsv(*sheet, {options.separatorFor(target.extension)}, isCut);
     const ExitCode code = WriteBytes(csv, to);
-    return isCut ? Worst(code, Fail(path, "repeated cells are too many; some copies are left out")) : code;
+    return isCut ? Worst(code, Fail(path, kCut)) : code;
 }
 
 ExitCode SaveText(ODF::Document& document, const std::string& path, const std::string& to, Format format) {
-    std::string text;
-    bool isCut = false;
-    if (format == Format::Text)
-        isCut = !ODF::ForEachLine(document, [&](std::string_view line) { text += Printable(line) + '\n'; });
-    else if (format == Format::Markdown)
-        text = ToMarkdown(document, isCut);
+    Markup markup;
+    if (format == Format::Markdown)
+        markup = ToMarkdown(document);
+    else if (format == Format::Html)
+        markup = ToHtml(document);
     else
-        text = ToHtml(document, isCut);
-    const ExitCode code = WriteBytes(text, to);
-    return isCut ? Worst(code, Fail(path, "repeated cells are too many; some copies are left out")) : code;
+        markup.isCut = !ODF::ForEachLine(
+            document, [&](std::string_view line) { markup.text += Printable(line) + '\n'; });
+    ExitCode code = WriteBytes(markup.text, to);
+    if (markup.isCut) code = Worst(code, Fail(path, kCut));
+    // A document that isn't whole was told already.
+    if (!markup.pictures && document.IsWhole())
+        code = Worst(code, Fail(path, "its pictures are left out: " + markup.pictures.Text()));
+    return code;
 }
 
 ExitCode ConvertOne(const std::string& path, const std::string& argument, const Target& target,

@@ -14,9 +14,9 @@ ExitCode PrintText(const std::string& path, const Passwords& passwords, const OD
     const ExitCode opened = OpenDocument(document, path, passwords);
     if (!document.IsOpen()) return opened;
     const auto print = [](std::string_view line) { std::cout << Printable(line) << '\n'; };
-    if (!ODF::ForEachLine(document, print, options))
-        Complain(path, "repeated cells or rows are too many; some copies are left out");
-    return opened;
+    if (ODF::ForEachLine(document, print, options)) return opened;
+    Complain(path, kCut);
+    return ExitCode::Failure;
 }
 
 } // namespace
