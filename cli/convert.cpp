@@ -16,6 +16,7 @@
 
 #include <filesystem>
 #include <iostream>
+#include <set>
 
 namespace command {
 namespace {
@@ -30,6 +31,7 @@ struct ConvertOptions : Files {
     bool isCsvInput = false;
     bool isTextOnly = false;
     bool isForced = false;
+    std::set<std::string> written; ///< so far
 
     char separatorFor(std::string_view extension) const {
         if (separator.empty()) return extension == "tsv" ? '\t' : ',';
@@ -161,10 +163,14 @@ ExitCode SaveText(ODF::Document& document, const std::string& path, const std::s
 }
 
 ExitCode ConvertOne(const std::string& path, const std::string& argument, const Target& target,
-                    const ConvertOptions& options) {
+                    ConvertOptions& options) {
     Source source = Load(path, argument, options);
     if (!source.document.IsOpen()) return source.code;
     const std::string to = TargetPath(argument, source.document, target, options);
+    if (to != kStandardStream && !options.written.insert(to).second) {
+        Complain(path, "its result would replace that of another FILE: " + to);
+        return ExitCode::CannotWrite;
+    }
     std::error_code error;
     if (to != kStandardStream && !options.isForced && std::filesystem::is_regular_file(to, error)) {
         Complain(to, "is there already; --force replaces it");
@@ -197,8 +203,14 @@ ExitCode Run(ConvertOptions& options) {
         Complain({}, "-o must name a folder for several files");
         return ExitCode::Usage;
     }
-    if (options.separator.size() > 1 && options.separator != kTab) {
-        Complain({}, "--separator is one character, or the word tab");
+    constexpr std::string_view kQuotesAndEnds = "\"\r\n";
+    const bool isWord = options.separator == kTab;
+    if (!isWord && (options.separator.size() > 1 || options.separator.find_first_of(kQuotesAndEnds) == 0)) {
+        Complain({}, "--separator is one character of ASCII, but no quote or line end, or the word tab");
+        return ExitCode::Usage;
+    }
+    if (!options.sheet.empty() && target->format != Format::Csv) {
+        Complain({}, "--sheet is for csv and tsv; other forms have all sheets");
         return ExitCode::Usage;
     }
     return options.forEach([&](const std::string& path, const std::string& argument) {

@@ -126,7 +126,13 @@ ExitCode Run(DiffOptions& options) {
     if (before.IsFlat() != after.IsFlat() &&
         (!Flatten(before, options.before) || !Flatten(after, options.after)))
         return ExitCode::Failure;
-    const std::vector<MemberDifference> found = CompareDocuments(before, after, options.part);
+    if (!options.part.empty() &&
+        (before.IsFlat() || !(before.HasMember(options.part) || after.HasMember(options.part)))) {
+        Complain({}, before.IsFlat() ? "--part: documents in one XML file have no members"
+                                     : "there is no member " + options.part + " in either document");
+        return ExitCode::Failure;
+    }
+    const auto [found, unread] = CompareDocuments(before, after, options.part);
     if (options.isJson) {
         nlohmann::json members = nlohmann::json::array();
         for (const MemberDifference& member : found)
@@ -136,6 +142,10 @@ ExitCode Run(DiffOptions& options) {
         for (const MemberDifference& member : found)
             Print(member);
     }
+    for (const UnreadMember& member : unread)
+        Complain(member.isOfBefore ? options.before : options.after,
+                 member.member + ": " + member.why.Text());
+    if (!unread.empty()) return ExitCode::CannotOpen;
     return Worst(opened, found.empty() ? ExitCode::Ok : ExitCode::Lost);
 }
 

@@ -50,11 +50,7 @@ bool Choose(const ODF::Document& document, const ExtractOptions& options, std::v
 
 /// Where a member goes below a folder; empty for a name that would lead out of it.
 std::filesystem::path PlaceOf(const std::string& folder, const std::string& member) {
-    const std::filesystem::path name(member);
-    if (name.is_absolute() || member.find('\0') != std::string::npos) return {};
-    for (const std::filesystem::path& step : name)
-        if (step == ".." || step == "." || step.empty()) return {};
-    return std::filesystem::path(folder) / name;
+    return IsSafeName(member) ? std::filesystem::path(folder) / member : std::filesystem::path();
 }
 
 /// A folder on the way that is a link could lead anywhere.

@@ -2,6 +2,7 @@
 #include "console.h"
 #include "edit.h"
 #include "package/open_document.h"
+#include "package/reason.h"
 
 #include <iostream>
 
@@ -18,16 +19,21 @@ struct InsertOptions : Edit {
 /// Reads a file that is to come into a document; false, with a complaint, when that can't be done.
 bool ReadInput(const std::string& path, MemberBytes& bytes) {
     bytes = ReadWholeFile(path);
-    if (!bytes.isWhole) Complain(path, "the file can't be read");
+    if (!bytes.isWhole) Complain(path, OpenReason(path, ODF::Status::NotReadable, {}));
     return bytes.isWhole;
 }
 
 bool AddMember(ODF::Document& document, const std::string& path, const std::string& argument,
                const std::string& mediaType) {
     const std::size_t equals = argument.find('=');
+    const std::string name = argument.substr(0, equals);
+    if (!IsSafeName(name) || Quoted(name) != name) {
+        Complain(path, name + ": no member may have this name");
+        return false;
+    }
     MemberBytes bytes;
     if (!ReadInput(argument.substr(equals + 1), bytes)) return false;
-    const ODF::Result added = document.WriteMember(argument.substr(0, equals), bytes.bytes, mediaType);
+    const ODF::Result added = document.WriteMember(name, bytes.bytes, mediaType);
     if (!added) Complain(path, added.Text());
     return static_cast<bool>(added);
 }

@@ -35,6 +35,9 @@ struct MetaOptions : Edit {
             if (!IsSettable(change.name)) {
                 Complain({}, "there is no field " + change.name + " to set; there are " + SettableNames());
                 return false;
+            } else if (!IsWritable(change.name + change.value)) {
+                Complain({}, "--set " + change.name + ": there are characters that no document can hold");
+                return false;
             }
         return true;
     }
@@ -97,7 +100,7 @@ ExitCode Run(MetaOptions& options) {
 void AddMeta(CLI::App& app, ExitCode& exitCode) {
     CLI::App* const verb = app.add_subcommand(
         "meta", "Shows the metadata of documents, or changes it: title, people, keywords and "
-                "fields of one's own");
+                "user-defined fields");
     const auto options = std::make_shared<MetaOptions>();
     options->addOptions(*verb);
     verb->add_option("--set", options->set,

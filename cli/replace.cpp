@@ -39,6 +39,10 @@ ExitCode Run(ReplaceOptions& options) {
         Complain({}, "an empty text is found nowhere");
         return ExitCode::Usage;
     }
+    if (!IsWritable(options.to)) {
+        Complain({}, "TO has characters that no document can hold");
+        return ExitCode::Usage;
+    }
     nlohmann::json files = nlohmann::json::array();
     const ExitCode code = options.run([&](ODF::Document& document, const std::string& path) {
         const std::size_t count = options.isField ? FillIn(document, options.from, options.to)

@@ -94,6 +94,10 @@ ExitCode Run(RoundtripOptions& options) {
             Complain(options.from, std::string(ODF::ToText(ODF::Status::Ambiguous)) + " (" + why + ")");
             return ExitCode::CannotOpen;
         }
+    if (options.to == kStandardStream && (isOpenPackaging || options.isListed)) {
+        Complain({}, "an Open Packaging file, and what --listed makes, can't go to the standard output");
+        return ExitCode::Usage;
+    }
     if (isOpenPackaging) return Repack(options);
     if (options.isListed) return RewriteListed(options);
     if (options.to == kStandardStream && !CheckStandardOutput()) return ExitCode::Usage;

@@ -168,7 +168,10 @@ void AddTree(CLI::App& app, ExitCode& exitCode) {
         ->capture_default_str()
         ->type_name("NAME");
     tree->add_option("--depth", options->depth, "Levels below the root to show; all without it")
-        ->type_name("N");
+        ->type_name("N")
+        ->check([](const std::string& text) {
+            return text.starts_with('-') ? std::string("less than 0 levels") : std::string();
+        });
     options->passwords.addOptions(*tree);
     tree->callback([options, &exitCode] {
         options->path = InputPath(options->path);
