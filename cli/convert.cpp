@@ -10,6 +10,7 @@
 #include "kinds.h"
 #include "package/open_document.h"
 #include "package/reason.h"
+#include "verb.h"
 
 #include <odfmodel/document/document_text.h>
 #include <odfmodel/document/flat.h>
@@ -221,32 +222,30 @@ ExitCode Run(ConvertOptions& options) {
 } // namespace
 
 void AddConvert(CLI::App& app, ExitCode& exitCode) {
-    CLI::App* const verb = app.add_subcommand(
-        "convert",
+    const auto [verb, options] = AddVerb<ConvertOptions>(
+        app, exitCode, Run, "convert",
         "Converts documents: a package to one XML file and back, text, Markdown, HTML, a sheet to CSV, and\n"
         "CSV to a spreadsheet. The form comes from the name of OUT, or from --to");
-    const auto options = std::make_shared<ConvertOptions>();
-    options->addOptions(*verb);
-    verb->add_option(
-            "--to", options->to,
+    options.addOptions(verb);
+    verb.add_option(
+            "--to", options.to,
             "Form to convert to: txt, md, html, csv, tsv, flat (one XML file), package, or an extension\n"
             "such as fodt")
         ->type_name("FORM");
-    verb->add_option(
-            "-o,--output", options->output,
+    verb.add_option(
+            "-o,--output", options.output,
             "File to write, or a folder for files of the same names; without it, or as -, the standard\n"
             "output")
         ->type_name("OUT");
-    verb->add_flag("--force", options->isForced, "Replace files that are there already");
-    verb->add_option("--sheet", options->sheet, "Sheet to write as CSV; the first without it")
+    verb.add_flag("--force", options.isForced, "Replace files that are there already");
+    verb.add_option("--sheet", options.sheet, "Sheet to write as CSV; the first without it")
         ->type_name("NAME");
-    verb->add_option("--separator", options->separator,
-                     "What separates the cells of CSV: a character, or the word tab; a comma without it")
+    verb.add_option("--separator", options.separator,
+                    "What separates the cells of CSV: a character, or the word tab; a comma without it")
         ->type_name("CHARACTER");
-    verb->add_flag("--csv", options->isCsvInput, "The input is CSV, whatever its name");
-    verb->add_flag("--text-cells", options->isTextOnly,
-                   "All cells of a CSV input are texts, also what looks like a number or date");
-    verb->callback([options, &exitCode] { exitCode = Run(*options); });
+    verb.add_flag("--csv", options.isCsvInput, "The input is CSV, whatever its name");
+    verb.add_flag("--text-cells", options.isTextOnly,
+                  "All cells of a CSV input are texts, also what looks like a number or date");
 }
 
 } // namespace command

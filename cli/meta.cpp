@@ -6,6 +6,7 @@
 #include "json.h"
 #include "meta/changes.h"
 #include "package/open_document.h"
+#include "verb.h"
 
 #include <odfmodel/elements/office/document.h>
 
@@ -98,20 +99,19 @@ ExitCode Run(MetaOptions& options) {
 } // namespace
 
 void AddMeta(CLI::App& app, ExitCode& exitCode) {
-    CLI::App* const verb = app.add_subcommand(
-        "meta", "Shows the metadata of documents, or changes it: title, people, keywords and "
-                "user-defined fields");
-    const auto options = std::make_shared<MetaOptions>();
-    options->addOptions(*verb);
-    verb->add_option("--set", options->set,
-                     "Set a field: " + SettableNames() + "; keywords are separated by commas")
+    const auto [verb, options] =
+        AddVerb<MetaOptions>(app, exitCode, Run, "meta",
+                             "Shows the metadata of documents, or changes it: title, people, keywords and "
+                             "user-defined fields");
+    options.addOptions(verb);
+    verb.add_option("--set", options.set,
+                    "Set a field: " + SettableNames() + "; keywords are separated by commas")
         ->type_name("NAME=VALUE")
         ->allow_extra_args(false);
-    verb->add_option("--unset", options->unset, "Take a field away")
+    verb.add_option("--unset", options.unset, "Take a field away")
         ->type_name("NAME")
         ->allow_extra_args(false);
-    verb->add_flag("--json", options->isJson, kJsonHelp);
-    verb->callback([options, &exitCode] { exitCode = Run(*options); });
+    verb.add_flag("--json", options.isJson, kJsonHelp);
 }
 
 } // namespace command

@@ -11,8 +11,7 @@
 #include "package/reason.h"
 #include "package/repack.h"
 #include "password.h"
-
-#include <CLI/CLI.hpp>
+#include "verb.h"
 
 #include <iomanip>
 #include <iostream>
@@ -107,23 +106,19 @@ ExitCode Run(RoundtripOptions& options) {
 } // namespace
 
 void AddRoundtrip(CLI::App& app, ExitCode& exitCode) {
-    CLI::App* const roundtrip = app.add_subcommand(
-        "roundtrip",
+    const auto [verb, options] = AddVerb<RoundtripOptions>(
+        app, exitCode, Run, "roundtrip",
         "Opens a document and saves it to another file with all that it has, encrypted when it was. An\n"
         "Open Packaging file is packed anew with every member as it is; its members are listed");
-    const auto options = std::make_shared<RoundtripOptions>();
-    roundtrip->add_option("IN", options->from, "Document to read")->required()->type_name("");
-    roundtrip->add_option("OUT", options->to, "File to write; an old one is replaced")
-        ->required()
-        ->type_name("");
-    roundtrip->add_flag("--listed", options->isListed,
-                        "Keep what the element classes list alone, in their own spelling");
-    roundtrip->add_flag("--decrypt", options->isDecrypted, "Write an encrypted document in clear");
-    roundtrip->add_flag("--incomplete", options->allowsIncomplete,
-                        "Write a document that can't be read whole, too, with what could be read");
-    roundtrip->add_flag("--strict", options->isStrict, kStrictHelp);
-    options->passwords.addOptions(*roundtrip);
-    roundtrip->callback([options, &exitCode] { exitCode = Run(*options); });
+    verb.add_option("IN", options.from, "Document to read")->required()->type_name("");
+    verb.add_option("OUT", options.to, "File to write; an old one is replaced")->required()->type_name("");
+    verb.add_flag("--listed", options.isListed,
+                  "Keep what the element classes list alone, in their own spelling");
+    verb.add_flag("--decrypt", options.isDecrypted, "Write an encrypted document in clear");
+    verb.add_flag("--incomplete", options.allowsIncomplete,
+                  "Write a document that can't be read whole, too, with what could be read");
+    verb.add_flag("--strict", options.isStrict, kStrictHelp);
+    options.passwords.addOptions(verb);
 }
 
 } // namespace command

@@ -147,7 +147,7 @@ const Flow kFlows[] = {
      {{{"insert", "--member", "content.xml=@marks.xml", "@in.odt", "-o", "@m.odt"}},
       {{"convert", "@m.odt", "--to", "md"},
        0,
-       "a \\&lt; \\& AT\\&T &\\\n\\- x\\\n\\# y\n\nLook\\![l](javascript&amp;#58;alert%281%29)\n\n# C more "
+       "a \\&lt; \\& AT\\&T & \\\n\\- x\\\n\\# y\n\nLook\\![l](javascript&amp;#58;alert%281%29)\n\n# C more "
        "\\#\n\n"
        "n[^1]\n\n\\\\x9b\n\n[^1]: x\n\n    1. first\n"}}},
     {"WhatCantBeReadIsNotAlike",
