@@ -91,6 +91,16 @@ std::string Printable(std::string_view text) {
     return Escaped(text, [](char32_t c) { return IsControl(c) && c != U'\n' && c != U'\t'; });
 }
 
+bool IsWritable(std::string_view text) {
+    while (!text.empty()) {
+        const Character c = Decode(text);
+        const bool isControl = c.value < 0x20 && c.value != '\t' && c.value != '\n' && c.value != '\r';
+        if (!c.isValid || isControl || c.value == 0xFFFE || c.value == 0xFFFF) return false;
+        text.remove_prefix(c.length);
+    }
+    return true;
+}
+
 bool IsReaderGone() {
     pollfd output{STDOUT_FILENO, POLLOUT, 0};
     return poll(&output, 1, 0) > 0 && (output.revents & (POLLERR | POLLHUP)) != 0;

@@ -13,6 +13,9 @@ std::string Quoted(std::string_view text);
 /// Running text: line ends and tabs stay, all other control characters stand as escapes.
 std::string Printable(std::string_view text);
 
+/// Whether a document can hold `text`: UTF-8 without most control characters.
+bool IsWritable(std::string_view text);
+
 /// One line on the standard error stream: "odfmodel: <about>: <reason>". `about` may be empty.
 void Complain(std::string_view about, std::string_view reason);
 

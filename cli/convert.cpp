@@ -10,12 +10,14 @@
 #include "kinds.h"
 #include "package/open_document.h"
 #include "package/reason.h"
+#include "verb.h"
 
 #include <odfmodel/document/document_text.h>
 #include <odfmodel/document/flat.h>
 
 #include <filesystem>
 #include <iostream>
+#include <set>
 
 namespace command {
 namespace {
@@ -30,6 +32,7 @@ struct ConvertOptions : Files {
     bool isCsvInput = false;
     bool isTextOnly = false;
     bool isForced = false;
+    std::set<std::string> written; ///< so far
 
     char separatorFor(std::string_view extension) const {
         if (separator.empty()) return extension == "tsv" ? '\t' : ',';
@@ -140,27 +143,35 @@ ExitCode SaveCsv(ODF::Document& document, const std::string& path, const std::st
     bool isCut = false;
     const std::string csv = WriteCsv(*sheet, {options.separatorFor(target.extension)}, isCut);
     const ExitCode code = WriteBytes(csv, to);
-    return isCut ? Worst(code, Fail(path, "repeated cells are too many; some copies are left out")) : code;
+    return isCut ? Worst(code, Fail(path, kCut)) : code;
 }
 
 ExitCode SaveText(ODF::Document& document, const std::string& path, const std::string& to, Format format) {
-    std::string text;
-    bool isCut = false;
-    if (format == Format::Text)
-        isCut = !ODF::ForEachLine(document, [&](std::string_view line) { text += Printable(line) + '\n'; });
-    else if (format == Format::Markdown)
-        text = ToMarkdown(document, isCut);
+    Markup markup;
+    if (format == Format::Markdown)
+        markup = ToMarkdown(document);
+    else if (format == Format::Html)
+        markup = ToHtml(document);
     else
-        text = ToHtml(document, isCut);
-    const ExitCode code = WriteBytes(text, to);
-    return isCut ? Worst(code, Fail(path, "repeated cells are too many; some copies are left out")) : code;
+        markup.isCut = !ODF::ForEachLine(
+            document, [&](std::string_view line) { markup.text += Printable(line) + '\n'; });
+    ExitCode code = WriteBytes(markup.text, to);
+    if (markup.isCut) code = Worst(code, Fail(path, kCut));
+    // A document that isn't whole was told already.
+    if (!markup.pictures && document.IsWhole())
+        code = Worst(code, Fail(path, "its pictures are left out: " + markup.pictures.Text()));
+    return code;
 }
 
 ExitCode ConvertOne(const std::string& path, const std::string& argument, const Target& target,
-                    const ConvertOptions& options) {
+                    ConvertOptions& options) {
     Source source = Load(path, argument, options);
     if (!source.document.IsOpen()) return source.code;
     const std::string to = TargetPath(argument, source.document, target, options);
+    if (to != kStandardStream && !options.written.insert(to).second) {
+        Complain(path, "its result would replace that of another FILE: " + to);
+        return ExitCode::CannotWrite;
+    }
     std::error_code error;
     if (to != kStandardStream && !options.isForced && std::filesystem::is_regular_file(to, error)) {
         Complain(to, "is there already; --force replaces it");
@@ -193,8 +204,14 @@ ExitCode Run(ConvertOptions& options) {
         Complain({}, "-o must name a folder for several files");
         return ExitCode::Usage;
     }
-    if (options.separator.size() > 1 && options.separator != kTab) {
-        Complain({}, "--separator is one character, or the word tab");
+    constexpr std::string_view kQuotesAndEnds = "\"\r\n";
+    const bool isWord = options.separator == kTab;
+    if (!isWord && (options.separator.size() > 1 || options.separator.find_first_of(kQuotesAndEnds) == 0)) {
+        Complain({}, "--separator is one character of ASCII, but no quote or line end, or the word tab");
+        return ExitCode::Usage;
+    }
+    if (!options.sheet.empty() && target->format != Format::Csv) {
+        Complain({}, "--sheet is for csv and tsv; other forms have all sheets");
         return ExitCode::Usage;
     }
     return options.forEach([&](const std::string& path, const std::string& argument) {
@@ -205,32 +222,30 @@ ExitCode Run(ConvertOptions& options) {
 } // namespace
 
 void AddConvert(CLI::App& app, ExitCode& exitCode) {
-    CLI::App* const verb = app.add_subcommand(
-        "convert",
+    const auto [verb, options] = AddVerb<ConvertOptions>(
+        app, exitCode, Run, "convert",
         "Converts documents: a package to one XML file and back, text, Markdown, HTML, a sheet to CSV, and\n"
         "CSV to a spreadsheet. The form comes from the name of OUT, or from --to");
-    const auto options = std::make_shared<ConvertOptions>();
-    options->addOptions(*verb);
-    verb->add_option(
-            "--to", options->to,
+    options.addOptions(verb);
+    verb.add_option(
+            "--to", options.to,
             "Form to convert to: txt, md, html, csv, tsv, flat (one XML file), package, or an extension\n"
             "such as fodt")
         ->type_name("FORM");
-    verb->add_option(
-            "-o,--output", options->output,
+    verb.add_option(
+            "-o,--output", options.output,
             "File to write, or a folder for files of the same names; without it, or as -, the standard\n"
             "output")
         ->type_name("OUT");
-    verb->add_flag("--force", options->isForced, "Replace files that are there already");
-    verb->add_option("--sheet", options->sheet, "Sheet to write as CSV; the first without it")
+    verb.add_flag("--force", options.isForced, "Replace files that are there already");
+    verb.add_option("--sheet", options.sheet, "Sheet to write as CSV; the first without it")
         ->type_name("NAME");
-    verb->add_option("--separator", options->separator,
-                     "What separates the cells of CSV: a character, or the word tab; a comma without it")
+    verb.add_option("--separator", options.separator,
+                    "What separates the cells of CSV: a character, or the word tab; a comma without it")
         ->type_name("CHARACTER");
-    verb->add_flag("--csv", options->isCsvInput, "The input is CSV, whatever its name");
-    verb->add_flag("--text-cells", options->isTextOnly,
-                   "All cells of a CSV input are texts, also what looks like a number or date");
-    verb->callback([options, &exitCode] { exitCode = Run(*options); });
+    verb.add_flag("--csv", options.isCsvInput, "The input is CSV, whatever its name");
+    verb.add_flag("--text-cells", options.isTextOnly,
+                  "All cells of a CSV input are texts, also what looks like a number or date");
 }
 
 } // namespace command

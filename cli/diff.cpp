@@ -7,13 +7,11 @@
 #include "package/open_document.h"
 #include "package/reason.h"
 #include "password.h"
+#include "verb.h"
 
 #include <odfmodel/document/flat.h>
 
-#include <CLI/CLI.hpp>
-
 #include <iostream>
-#include <memory>
 
 namespace command {
 namespace {
@@ -126,7 +124,13 @@ ExitCode Run(DiffOptions& options) {
     if (before.IsFlat() != after.IsFlat() &&
         (!Flatten(before, options.before) || !Flatten(after, options.after)))
         return ExitCode::Failure;
-    const std::vector<MemberDifference> found = CompareDocuments(before, after, options.part);
+    if (!options.part.empty() &&
+        (before.IsFlat() || !(before.HasMember(options.part) || after.HasMember(options.part)))) {
+        Complain({}, before.IsFlat() ? "--part: documents in one XML file have no members"
+                                     : "there is no member " + options.part + " in either document");
+        return ExitCode::Failure;
+    }
+    const auto [found, unread] = CompareDocuments(before, after, options.part);
     if (options.isJson) {
         nlohmann::json members = nlohmann::json::array();
         for (const MemberDifference& member : found)
@@ -136,24 +140,27 @@ ExitCode Run(DiffOptions& options) {
         for (const MemberDifference& member : found)
             Print(member);
     }
+    for (const UnreadMember& member : unread)
+        Complain(member.isOfBefore ? options.before : options.after,
+                 member.member + ": " + member.why.Text());
+    if (!unread.empty()) return ExitCode::CannotOpen;
     return Worst(opened, found.empty() ? ExitCode::Ok : ExitCode::Lost);
 }
 
 } // namespace
 
 void AddDiff(CLI::App& app, ExitCode& exitCode) {
-    CLI::App* const verb = app.add_subcommand(
-        "diff", "Tells what differs between two documents: elements, attributes and text by their path, and\n"
-                "members. Exit code 1 when anything does");
-    const auto options = std::make_shared<DiffOptions>();
-    verb->add_option("A", options->before, "Document; - is the standard input")->required()->type_name("");
-    verb->add_option("B", options->after, "Document to compare it with")->required()->type_name("");
-    verb->add_option("--part", options->part, "Compare this member alone, such as content.xml")
+    const auto [verb, options] = AddVerb<DiffOptions>(
+        app, exitCode, Run, "diff",
+        "Tells what differs between two documents: elements, attributes and text by their path, and\n"
+        "members. Exit code 1 when anything does");
+    verb.add_option("A", options.before, "Document; - is the standard input")->required()->type_name("");
+    verb.add_option("B", options.after, "Document to compare it with")->required()->type_name("");
+    verb.add_option("--part", options.part, "Compare this member alone, such as content.xml")
         ->type_name("NAME");
-    verb->add_flag("-q,--quiet", options->isQuiet, "Print nothing; the exit code tells");
-    verb->add_flag("--json", options->isJson, "Print the differences as one JSON document");
-    options->passwords.addOptions(*verb);
-    verb->callback([options, &exitCode] { exitCode = Run(*options); });
+    verb.add_flag("-q,--quiet", options.isQuiet, "Print nothing; the exit code tells");
+    verb.add_flag("--json", options.isJson, "Print the differences as one JSON document");
+    options.passwords.addOptions(verb);
 }
 
 } // namespace command

@@ -1,6 +1,7 @@
 #include "commands.h"
 #include "console.h"
 #include "edit.h"
+#include "verb.h"
 
 namespace command {
 namespace {
@@ -60,33 +61,29 @@ ExitCode Decrypt(Edit& options) {
 } // namespace
 
 void AddEncrypt(CLI::App& app, ExitCode& exitCode) {
-    CLI::App* const verb = app.add_subcommand(
-        "encrypt",
+    const auto [verb, options] = AddVerb<EncryptOptions>(
+        app, exitCode, Encrypt, "encrypt",
         "Encrypts documents with a password, or gives encrypted ones a new one. Without an option\n"
         "the new password is asked for");
-    const auto options = std::make_shared<EncryptOptions>();
-    options->addOptions(*verb);
-    auto* const text = verb->add_option("--new-password", options->text,
-                                        "Password to encrypt with (other users of the machine may see it in "
-                                        "the list of processes)");
+    options.addOptions(verb);
+    auto* const text = verb.add_option("--new-password", options.text,
+                                       "Password to encrypt with (other users of the machine may see it in "
+                                       "the list of processes)");
     text->type_name("TEXT");
-    verb->add_option("--new-password-file", options->file, "File whose first line is that password")
+    verb.add_option("--new-password-file", options.file, "File whose first line is that password")
         ->type_name("FILE")
         ->excludes(text);
-    verb->add_option(
-            "--scheme", options->scheme,
-            "cbc: AES-256 in CBC mode, which all office suites since 2011 read; gcm: AES-256 in GCM\n"
-            "mode with Argon2id, for newer ones alone. Without it that of the file, else cbc")
+    verb.add_option("--scheme", options.scheme,
+                    "cbc: AES-256 in CBC mode, which all office suites since 2011 read; gcm: AES-256 in GCM\n"
+                    "mode with Argon2id, for newer ones alone. Without it that of the file, else cbc")
         ->type_name("SCHEME")
         ->check(CLI::IsMember({"cbc", "gcm"}));
-    verb->callback([options, &exitCode] { exitCode = Encrypt(*options); });
 }
 
 void AddDecrypt(CLI::App& app, ExitCode& exitCode) {
-    CLI::App* const verb = app.add_subcommand("decrypt", "Writes encrypted documents in clear");
-    const auto options = std::make_shared<Edit>();
-    options->addOptions(*verb);
-    verb->callback([options, &exitCode] { exitCode = Decrypt(*options); });
+    const auto [verb, options] =
+        AddVerb<Edit>(app, exitCode, Decrypt, "decrypt", "Writes encrypted documents in clear");
+    options.addOptions(verb);
 }
 
 } // namespace command

@@ -4,6 +4,7 @@
 #include "io/output.h"
 #include "json.h"
 #include "package/open_document.h"
+#include "verb.h"
 
 #include <filesystem>
 #include <fnmatch.h>
@@ -50,11 +51,7 @@ bool Choose(const ODF::Document& document, const ExtractOptions& options, std::v
 
 /// Where a member goes below a folder; empty for a name that would lead out of it.
 std::filesystem::path PlaceOf(const std::string& folder, const std::string& member) {
-    const std::filesystem::path name(member);
-    if (name.is_absolute() || member.find('\0') != std::string::npos) return {};
-    for (const std::filesystem::path& step : name)
-        if (step == ".." || step == "." || step.empty()) return {};
-    return std::filesystem::path(folder) / name;
+    return IsSafeName(member) ? std::filesystem::path(folder) / member : std::filesystem::path();
 }
 
 /// A folder on the way that is a link could lead anywhere.
@@ -152,20 +149,19 @@ ExitCode Run(ExtractOptions& options) {
 } // namespace
 
 void AddExtract(CLI::App& app, ExitCode& exitCode) {
-    CLI::App* const verb = app.add_subcommand(
-        "extract", "Takes members out of a package, decrypted: one to the standard output, several into a\n"
-                   "folder");
-    const auto options = std::make_shared<ExtractOptions>();
-    verb->add_option("FILE", options->path, "Document; - is the standard input")->required()->type_name("");
-    verb->add_option("MEMBER", options->members, "Members, such as content.xml or \"Pictures/*\"")
+    const auto [verb, options] = AddVerb<ExtractOptions>(
+        app, exitCode, Run, "extract",
+        "Takes members out of a package, decrypted: one to the standard output, several into a\n"
+        "folder");
+    verb.add_option("FILE", options.path, "Document; - is the standard input")->required()->type_name("");
+    verb.add_option("MEMBER", options.members, "Members, such as content.xml or \"Pictures/*\"")
         ->type_name("");
-    verb->add_flag("--pictures", options->isPictures, "All pictures");
-    verb->add_option("-o,--output", options->output, "Folder to write to, made when it isn't there")
+    verb.add_flag("--pictures", options.isPictures, "All pictures");
+    verb.add_option("-o,--output", options.output, "Folder to write to, made when it isn't there")
         ->type_name("FOLDER");
-    verb->add_flag("--force", options->isForced, "Replace files that are there already");
-    verb->add_flag("--json", options->isJson, "Print what was written as one JSON document");
-    options->passwords.addOptions(*verb);
-    verb->callback([options, &exitCode] { exitCode = Run(*options); });
+    verb.add_flag("--force", options.isForced, "Replace files that are there already");
+    verb.add_flag("--json", options.isJson, "Print what was written as one JSON document");
+    options.passwords.addOptions(verb);
 }
 
 } // namespace command

@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <exception>
 #include <functional>
 #include <new>
 #include <string>
@@ -15,6 +16,8 @@
 namespace command {
 
 inline constexpr const char* kStrictHelp = "Refuse archives in which other programs may read another content";
+/// Told with `ExitCode::Failure` where the copies that a document asks for are bounded.
+inline constexpr const char* kCut = "repeated cells or blanks are too many; some copies are left out";
 
 /// The arguments of a subcommand that works on one file after the other.
 struct Files {
@@ -38,6 +41,8 @@ struct Files {
                 code = path.empty() ? ExitCode::CannotOpen : work(path, argument);
             } catch (const std::bad_alloc&) {
                 Complain(path, "out of memory");
+            } catch (const std::exception& error) {
+                Complain(path, error.what());
             }
             worst = Worst(worst, code);
         }

@@ -2,6 +2,8 @@
 #include "console.h"
 #include "edit.h"
 #include "package/open_document.h"
+#include "package/reason.h"
+#include "verb.h"
 
 #include <iostream>
 
@@ -18,16 +20,21 @@ struct InsertOptions : Edit {
 /// Reads a file that is to come into a document; false, with a complaint, when that can't be done.
 bool ReadInput(const std::string& path, MemberBytes& bytes) {
     bytes = ReadWholeFile(path);
-    if (!bytes.isWhole) Complain(path, "the file can't be read");
+    if (!bytes.isWhole) Complain(path, OpenReason(path, ODF::Status::NotReadable, {}));
     return bytes.isWhole;
 }
 
 bool AddMember(ODF::Document& document, const std::string& path, const std::string& argument,
                const std::string& mediaType) {
     const std::size_t equals = argument.find('=');
+    const std::string name = argument.substr(0, equals);
+    if (!IsSafeName(name) || Quoted(name) != name) {
+        Complain(path, name + ": no member may have this name");
+        return false;
+    }
     MemberBytes bytes;
     if (!ReadInput(argument.substr(equals + 1), bytes)) return false;
-    const ODF::Result added = document.WriteMember(argument.substr(0, equals), bytes.bytes, mediaType);
+    const ODF::Result added = document.WriteMember(name, bytes.bytes, mediaType);
     if (!added) Complain(path, added.Text());
     return static_cast<bool>(added);
 }
@@ -78,25 +85,24 @@ ExitCode Run(InsertOptions& options) {
 } // namespace
 
 void AddInsert(CLI::App& app, ExitCode& exitCode) {
-    CLI::App* const verb = app.add_subcommand(
-        "insert", "Puts members into packages or takes them out, such as another picture for a logo");
-    const auto options = std::make_shared<InsertOptions>();
-    options->addOptions(*verb);
-    verb->add_option("--member", options->members,
-                     "Add the bytes of a file as a member, or replace one, such as Pictures/logo.png=new.png")
+    const auto [verb, options] = AddVerb<InsertOptions>(
+        app, exitCode, Run, "insert",
+        "Puts members into packages or takes them out, such as another picture for a logo");
+    options.addOptions(verb);
+    verb.add_option("--member", options.members,
+                    "Add the bytes of a file as a member, or replace one, such as Pictures/logo.png=new.png")
         ->type_name("NAME=FILE")
         ->allow_extra_args(false);
-    verb->add_option("--media-type", options->mediaType,
-                     "Media type of these members; without it that of their kind")
+    verb.add_option("--media-type", options.mediaType,
+                    "Media type of these members; without it that of their kind")
         ->type_name("TYPE");
-    verb->add_option("--picture", options->pictures,
-                     "Add a picture under a free name, which is printed. It shows once an image refers to it")
+    verb.add_option("--picture", options.pictures,
+                    "Add a picture under a free name, which is printed. It shows once an image refers to it")
         ->type_name("FILE")
         ->allow_extra_args(false);
-    verb->add_option("--remove", options->removed, "Remove a member")
+    verb.add_option("--remove", options.removed, "Remove a member")
         ->type_name("NAME")
         ->allow_extra_args(false);
-    verb->callback([options, &exitCode] { exitCode = Run(*options); });
 }
 
 } // namespace command

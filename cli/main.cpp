@@ -1,5 +1,6 @@
 #include "commands.h"
 #include "console.h"
+#include "io/input.h"
 #include "usage/suggestion.h"
 
 #include <odfmodel/version.h>
@@ -27,6 +28,27 @@ constexpr void (*kVerbs[])(CLI::App&, command::ExitCode&) = {
     command::AddDecrypt, command::AddRoundtrip, command::AddHelp,    command::AddPages,
 };
 
+/// The parser takes an argument in brackets for a list. With a mark before it it is none.
+constexpr char kMark = '\x1F';
+
+std::vector<std::string> Marked(int argc, char** argv) {
+    std::vector<std::string> arguments;
+    for (int i = argc; i-- > 1;) { // the parser wants the last one first
+        const std::string_view argument = argv[i];
+        const bool isList = argument.starts_with('[') && argument.ends_with(']');
+        arguments.emplace_back(isList ? kMark + std::string(argument) : std::string(argument));
+    }
+    return arguments;
+}
+
+void TakeMarksAway(CLI::App& app) {
+    for (CLI::App* const verb : app.get_subcommands({}))
+        for (CLI::Option* const option : verb->get_options())
+            option->transform([](const std::string& text) {
+                return text.starts_with(std::string{kMark, '['}) ? text.substr(1) : text;
+            });
+}
+
 command::ExitCode Run(int argc, char** argv) {
     using command::ExitCode;
     CLI::App app("Looks into OpenDocument files, changes and converts them.", "odfmodel");
@@ -36,8 +58,9 @@ command::ExitCode Run(int argc, char** argv) {
     ExitCode exitCode = ExitCode::Ok;
     for (const auto add : kVerbs)
         add(app, exitCode);
+    TakeMarksAway(app);
     try {
-        app.parse(argc, argv);
+        app.parse(Marked(argc, argv));
     } catch (const CLI::Success& success) { // --help and --version
         app.exit(success);
     } catch (const CLI::ParseError& error) {
@@ -59,6 +82,7 @@ int main(int argc, char** argv) {
     command::ExitCode exitCode = command::ExitCode::Failure;
     try {
         std::ios::sync_with_stdio(false);
+        command::HoldStandardStreams();
         // When the reader of a pipe goes away the write fails, and the program can still clean up.
         std::signal(SIGPIPE, SIG_IGN);
         exitCode = Run(argc, argv);

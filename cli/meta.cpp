@@ -6,6 +6,7 @@
 #include "json.h"
 #include "meta/changes.h"
 #include "package/open_document.h"
+#include "verb.h"
 
 #include <odfmodel/elements/office/document.h>
 
@@ -34,6 +35,9 @@ struct MetaOptions : Edit {
         for (const MetaChange& change : changes)
             if (!IsSettable(change.name)) {
                 Complain({}, "there is no field " + change.name + " to set; there are " + SettableNames());
+                return false;
+            } else if (!IsWritable(change.name + change.value)) {
+                Complain({}, "--set " + change.name + ": there are characters that no document can hold");
                 return false;
             }
         return true;
@@ -95,20 +99,19 @@ ExitCode Run(MetaOptions& options) {
 } // namespace
 
 void AddMeta(CLI::App& app, ExitCode& exitCode) {
-    CLI::App* const verb = app.add_subcommand(
-        "meta", "Shows the metadata of documents, or changes it: title, people, keywords and "
-                "fields of one's own");
-    const auto options = std::make_shared<MetaOptions>();
-    options->addOptions(*verb);
-    verb->add_option("--set", options->set,
-                     "Set a field: " + SettableNames() + "; keywords are separated by commas")
+    const auto [verb, options] =
+        AddVerb<MetaOptions>(app, exitCode, Run, "meta",
+                             "Shows the metadata of documents, or changes it: title, people, keywords and "
+                             "user-defined fields");
+    options.addOptions(verb);
+    verb.add_option("--set", options.set,
+                    "Set a field: " + SettableNames() + "; keywords are separated by commas")
         ->type_name("NAME=VALUE")
         ->allow_extra_args(false);
-    verb->add_option("--unset", options->unset, "Take a field away")
+    verb.add_option("--unset", options.unset, "Take a field away")
         ->type_name("NAME")
         ->allow_extra_args(false);
-    verb->add_flag("--json", options->isJson, kJsonHelp);
-    verb->callback([options, &exitCode] { exitCode = Run(*options); });
+    verb.add_flag("--json", options.isJson, kJsonHelp);
 }
 
 } // namespace command

@@ -4,13 +4,11 @@
 #include "io/output.h"
 #include "kinds.h"
 #include "package/reason.h"
+#include "verb.h"
 
 #include <odfmodel/document/flat.h>
 
-#include <CLI/CLI.hpp>
-
 #include <filesystem>
-#include <memory>
 
 namespace command {
 namespace {
@@ -22,7 +20,7 @@ struct NewOptions {
     bool isForced = false;
 };
 
-ExitCode Run(const NewOptions& options) {
+ExitCode Run(NewOptions& options) {
     const FileKind told = KindOfFileName(options.target);
     const ODF::DocumentKind kind = options.kind.empty() ? told.kind : KindOfWord(options.kind);
     if (kind == ODF::DocumentKind::Unknown) {
@@ -49,18 +47,17 @@ ExitCode Run(const NewOptions& options) {
 } // namespace
 
 void AddNew(CLI::App& app, ExitCode& exitCode) {
-    CLI::App* const verb = app.add_subcommand(
-        "new", "Writes a new document without content, of the kind that its name tells, such as report.odt");
-    const auto options = std::make_shared<NewOptions>();
-    verb->add_option("OUT", options->target, "File to write; - is the standard output")
+    const auto [verb, options] = AddVerb<NewOptions>(
+        app, exitCode, Run, "new",
+        "Writes a new document without content, of the kind that its name tells, such as report.odt");
+    verb.add_option("OUT", options.target, "File to write; - is the standard output")
         ->required()
         ->type_name("");
-    verb->add_option("--kind", options->kind, "Kind of the document, whatever its name")
+    verb.add_option("--kind", options.kind, "Kind of the document, whatever its name")
         ->type_name("KIND")
         ->check(CLI::IsMember(KindWords()));
-    verb->add_flag("--flat", options->isFlat, "Write one XML file in place of a package");
-    verb->add_flag("--force", options->isForced, "Replace a file that is there already");
-    verb->callback([options, &exitCode] { exitCode = Run(*options); });
+    verb.add_flag("--flat", options.isFlat, "Write one XML file in place of a package");
+    verb.add_flag("--force", options.isForced, "Replace a file that is there already");
 }
 
 } // namespace command

@@ -2,6 +2,7 @@
 #include "console.h"
 #include "edit.h"
 #include "json.h"
+#include "verb.h"
 
 #include <odfmodel/core/string.h>
 #include <odfmodel/document/fields.h>
@@ -39,6 +40,10 @@ ExitCode Run(ReplaceOptions& options) {
         Complain({}, "an empty text is found nowhere");
         return ExitCode::Usage;
     }
+    if (!IsWritable(options.to)) {
+        Complain({}, "TO has characters that no document can hold");
+        return ExitCode::Usage;
+    }
     nlohmann::json files = nlohmann::json::array();
     const ExitCode code = options.run([&](ODF::Document& document, const std::string& path) {
         const std::size_t count = options.isField ? FillIn(document, options.from, options.to)
@@ -56,20 +61,18 @@ ExitCode Run(ReplaceOptions& options) {
 } // namespace
 
 void AddReplace(CLI::App& app, ExitCode& exitCode) {
-    CLI::App* const verb = app.add_subcommand(
-        "replace",
+    const auto [verb, options] = AddVerb<ReplaceOptions>(
+        app, exitCode, Run, "replace",
         "Replaces a text in paragraphs and headings, headers and footers included. A match may go\n"
         "across changes of formatting, and gets the formatting of its first character");
-    const auto options = std::make_shared<ReplaceOptions>();
-    verb->add_option("FROM", options->from, "Text to look for, in the case that it has")
+    verb.add_option("FROM", options.from, "Text to look for, in the case that it has")
         ->required()
         ->type_name("");
-    verb->add_option("TO", options->to, "Text to put in its place; may be empty")->required()->type_name("");
-    options->addOptions(*verb);
-    verb->add_flag("--field", options->isField,
-                   "FROM is the name of a user field, variable or placeholder, which gets the value TO");
-    verb->add_flag("--json", options->isJson, kJsonHelp);
-    verb->callback([options, &exitCode] { exitCode = Run(*options); });
+    verb.add_option("TO", options.to, "Text to put in its place; may be empty")->required()->type_name("");
+    options.addOptions(verb);
+    verb.add_flag("--field", options.isField,
+                  "FROM is the name of a user field, variable or placeholder, which gets the value TO");
+    verb.add_flag("--json", options.isJson, kJsonHelp);
 }
 
 } // namespace command

@@ -11,8 +11,7 @@
 #include "package/reason.h"
 #include "package/repack.h"
 #include "password.h"
-
-#include <CLI/CLI.hpp>
+#include "verb.h"
 
 #include <iomanip>
 #include <iostream>
@@ -94,6 +93,10 @@ ExitCode Run(RoundtripOptions& options) {
             Complain(options.from, std::string(ODF::ToText(ODF::Status::Ambiguous)) + " (" + why + ")");
             return ExitCode::CannotOpen;
         }
+    if (options.to == kStandardStream && (isOpenPackaging || options.isListed)) {
+        Complain({}, "an Open Packaging file, and what --listed makes, can't go to the standard output");
+        return ExitCode::Usage;
+    }
     if (isOpenPackaging) return Repack(options);
     if (options.isListed) return RewriteListed(options);
     if (options.to == kStandardStream && !CheckStandardOutput()) return ExitCode::Usage;
@@ -103,23 +106,19 @@ ExitCode Run(RoundtripOptions& options) {
 } // namespace
 
 void AddRoundtrip(CLI::App& app, ExitCode& exitCode) {
-    CLI::App* const roundtrip = app.add_subcommand(
-        "roundtrip",
+    const auto [verb, options] = AddVerb<RoundtripOptions>(
+        app, exitCode, Run, "roundtrip",
         "Opens a document and saves it to another file with all that it has, encrypted when it was. An\n"
         "Open Packaging file is packed anew with every member as it is; its members are listed");
-    const auto options = std::make_shared<RoundtripOptions>();
-    roundtrip->add_option("IN", options->from, "Document to read")->required()->type_name("");
-    roundtrip->add_option("OUT", options->to, "File to write; an old one is replaced")
-        ->required()
-        ->type_name("");
-    roundtrip->add_flag("--listed", options->isListed,
-                        "Keep what the element classes list alone, in their own spelling");
-    roundtrip->add_flag("--decrypt", options->isDecrypted, "Write an encrypted document in clear");
-    roundtrip->add_flag("--incomplete", options->allowsIncomplete,
-                        "Write a document that can't be read whole, too, with what could be read");
-    roundtrip->add_flag("--strict", options->isStrict, kStrictHelp);
-    options->passwords.addOptions(*roundtrip);
-    roundtrip->callback([options, &exitCode] { exitCode = Run(*options); });
+    verb.add_option("IN", options.from, "Document to read")->required()->type_name("");
+    verb.add_option("OUT", options.to, "File to write; an old one is replaced")->required()->type_name("");
+    verb.add_flag("--listed", options.isListed,
+                  "Keep what the element classes list alone, in their own spelling");
+    verb.add_flag("--decrypt", options.isDecrypted, "Write an encrypted document in clear");
+    verb.add_flag("--incomplete", options.allowsIncomplete,
+                  "Write a document that can't be read whole, too, with what could be read");
+    verb.add_flag("--strict", options.isStrict, kStrictHelp);
+    options.passwords.addOptions(verb);
 }
 
 } // namespace command

@@ -5,18 +5,16 @@
 #include "package/open_document.h"
 #include "package/sax.h"
 #include "password.h"
+#include "verb.h"
 
 #include <odfmodel/core/foreign.h>
 #include <odfmodel/core/reflection.h>
 #include <odfmodel/elements/office/document.h>
 #include <odfmodel/serial/default_handler.h>
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <iostream>
 #include <limits>
-#include <memory>
 
 namespace command {
 namespace {
@@ -157,24 +155,28 @@ ExitCode Run(const TreeOptions& options) {
     return opened;
 }
 
+ExitCode Show(TreeOptions& options) {
+    options.path = InputPath(options.path);
+    const bool isReady = !options.path.empty() && options.passwords.prepare();
+    return isReady ? Run(options) : ExitCode::CannotOpen;
+}
+
 } // namespace
 
 void AddTree(CLI::App& app, ExitCode& exitCode) {
-    CLI::App* const tree = app.add_subcommand(
-        "tree", "Shows the element tree of a part, a line an element: class, element name, attributes, text");
-    const auto options = std::make_shared<TreeOptions>();
-    tree->add_option("FILE", options->path, "OpenDocument file")->required()->type_name("");
-    tree->add_option("--part", options->part, "Part to show, such as styles.xml or \"Object 1/content.xml\"")
+    const auto [verb, options] = AddVerb<TreeOptions>(
+        app, exitCode, Show, "tree",
+        "Shows the element tree of a part, a line an element: class, element name, attributes, text");
+    verb.add_option("FILE", options.path, "OpenDocument file")->required()->type_name("");
+    verb.add_option("--part", options.part, "Part to show, such as styles.xml or \"Object 1/content.xml\"")
         ->capture_default_str()
         ->type_name("NAME");
-    tree->add_option("--depth", options->depth, "Levels below the root to show; all without it")
-        ->type_name("N");
-    options->passwords.addOptions(*tree);
-    tree->callback([options, &exitCode] {
-        options->path = InputPath(options->path);
-        const bool isReady = !options->path.empty() && options->passwords.prepare();
-        exitCode = isReady ? Run(*options) : ExitCode::CannotOpen;
-    });
+    verb.add_option("--depth", options.depth, "Levels below the root to show; all without it")
+        ->type_name("N")
+        ->check([](const std::string& text) {
+            return text.starts_with('-') ? std::string("less than 0 levels") : std::string();
+        });
+    options.passwords.addOptions(verb);
 }
 
 } // namespace command

@@ -25,7 +25,7 @@ int main(int argc, char** argv) {
     const std::vector<std::string> files(argv + 1, argv + argc);
     std::vector<std::string> answers(files.size());
     std::atomic<std::size_t> next = 0;
-    std::atomic<bool> isEnding = false; // set by whoever ends the service: what is being read then ends, too
+    std::atomic<bool> isEnding = false; // set to end the service: documents that are being read then stop
     {
         std::vector<std::jthread> workers;
         for (unsigned i = 0; i < std::max(1U, std::thread::hardware_concurrency()); ++i)

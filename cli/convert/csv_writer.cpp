@@ -1,12 +1,11 @@
 #include "convert/csv_writer.h"
 
+#include "convert/bounds.h"
+
 #include <algorithm>
 
 namespace command {
 namespace {
-
-/// What repeats and gaps may add: a few bytes of a file can ask for billions of cells.
-constexpr std::size_t kMaxCopied = std::size_t{64} << 20;
 
 class CsvSheet {
 public:

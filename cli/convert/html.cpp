@@ -1,6 +1,6 @@
 #include "convert/html.h"
 
-#include "convert/markup.h"
+#include "console.h"
 
 #include <odfmodel/core/reflection.h>
 #include <odfmodel/document/flat.h>
@@ -53,6 +53,7 @@ public:
         out_ += ">";
     }
     void endCell() override { out_ += "</td>"; }
+    void coveredCell() override {} // the attributes of the merged one tell
     void separate() override { out_ += "<hr>\n"; }
 
     void text(std::string_view utf8) override { escape(utf8); }
@@ -88,7 +89,7 @@ public:
         const std::string_view mediaType = MediaTypeOf(base64);
         const bool isClean = base64.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
                                                       "0123456789+/=") == std::string::npos;
-        const bool isLink = mediaType.empty() && target.starts_with("http");
+        const bool isLink = mediaType.empty() && IsHarmlessLink(target) && target.starts_with("http");
         if ((mediaType.empty() || !isClean) && !isLink) return escape(about);
         out_ += "<img src=\"";
         if (isLink)
@@ -111,7 +112,7 @@ public:
     void endNote() override { out_ += "</div>\n"; }
 
     void escape(std::string_view text) {
-        for (const char c : text)
+        for (const char c : Printable(text))
             switch (c) {
             case '<':
                 out_ += "&lt;";
@@ -126,8 +127,7 @@ public:
                 out_ += "&quot;";
                 break;
             default:
-                // XML 1.0 lets some control characters through that HTML doesn't.
-                if (c != '\x7F') out_ += c;
+                out_ += c;
             }
     }
     std::string take() { return std::move(out_); }
@@ -148,16 +148,20 @@ std::string TitleOf(ODF::Document& document) {
 
 } // namespace
 
-std::string ToHtml(ODF::Document& document, bool& isCut) {
-    // In one XML file the pictures stand where they are shown, as text that a page can have, too.
+Markup ToHtml(ODF::Document& document) {
+    Markup markup;
+    // In one XML file the pictures stand where they are shown, as text that a page can have, too. A formula
+    // has no such form, and no pictures.
     ODF::Document flat;
-    ODF::Document& source = ODF::ToFlat(document, flat) ? flat : document;
+    if (!document.IsFlat() && !document.Formula()) markup.pictures = ODF::ToFlat(document, flat);
+    ODF::Document& source = flat.IsOpen() ? flat : document;
     Html body;
-    isCut = !WriteMarkup(source, body);
+    markup.isCut = !WriteMarkup(source, body);
     Html title;
     title.escape(TitleOf(source));
-    return "<!DOCTYPE html>\n<html>\n<head>\n<meta charset=\"utf-8\">\n<title>" + title.take() +
-           "</title>\n</head>\n<body>\n" + body.take() + "</body>\n</html>\n";
+    markup.text = "<!DOCTYPE html>\n<html>\n<head>\n<meta charset=\"utf-8\">\n<title>" + title.take() +
+                  "</title>\n</head>\n<body>\n" + body.take() + "</body>\n</html>\n";
+    return markup;
 }
 
 } // namespace command

@@ -1,13 +1,11 @@
 #pragma once
 
-#include <odfmodel/document/open_document.h>
-
-#include <string>
+#include "convert/markup.h"
 
 namespace command {
 
-/// The text of a document as one HTML page, with its pictures in it. It has no scripts, and links only to the
-/// web, by mail and within itself. `isCut` is true when repeated cells were too many.
-std::string ToHtml(ODF::Document& document, bool& isCut);
+/// Converts a document to one HTML page that contains its pictures. The page has no scripts. Its links are
+/// those that `IsHarmlessLink` allows.
+Markup ToHtml(ODF::Document& document);
 
 } // namespace command

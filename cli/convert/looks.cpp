@@ -8,7 +8,24 @@ namespace {
 
 constexpr std::size_t kMaxParents = 32; // styles may go in a circle
 
+constexpr bool Look::*kParts[] = {&Look::isBold, &Look::isItalic, &Look::isStruck, &Look::isRaised,
+                                  &Look::isLowered};
+
 } // namespace
+
+Look Look::without(const Look& other) const {
+    Look rest;
+    for (bool Look::*const part : kParts)
+        rest.*part = this->*part && !(other.*part);
+    return rest;
+}
+
+Look Look::with(const Look& other) const {
+    Look sum;
+    for (bool Look::*const part : kParts)
+        sum.*part = this->*part || other.*part;
+    return sum;
+}
 
 Looks::Looks(ODF::Document& document) {
     const CSDObject* const roots[] = {document.Styles(), document.Flat(), document.Content()};

@@ -17,6 +17,9 @@ struct Look {
     bool isLowered = false;
 
     friend bool operator==(const Look&, const Look&) = default;
+    /// What this look has and `other` hasn't.
+    Look without(const Look& other) const;
+    Look with(const Look& other) const;
 };
 
 /// The looks of text styles and the kinds of lists of a document.

@@ -1,13 +1,11 @@
 #pragma once
 
-#include <odfmodel/document/open_document.h>
-
-#include <string>
+#include "convert/markup.h"
 
 namespace command {
 
-/// The text of a document as Markdown with tables and notes, as most programs read it. Pictures are links to
-/// the names that they have in the package. `isCut` is true when repeated cells were too many.
-std::string ToMarkdown(ODF::Document& document, bool& isCut);
+/// Converts a document to Markdown, with the tables and footnotes that most programs know. A picture becomes
+/// a link to its name in the package.
+Markup ToMarkdown(ODF::Document& document);
 
 } // namespace command

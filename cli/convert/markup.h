@@ -9,8 +9,8 @@
 
 namespace command {
 
-/// What a document consists of, in reading order, for writers of marked-up text. Every start has its end, and
-/// blocks within a paragraph come after it.
+/// Receives the text of a document in reading order and writes it with markup. Each start has an end, and a
+/// block that stands in a paragraph, such as the text of a shape, comes after that paragraph.
 class MarkupSink {
 public:
     MarkupSink() = default;
@@ -31,11 +31,14 @@ public:
     virtual void endRow() = 0;
     virtual void startCell(unsigned columns, unsigned rows) = 0;
     virtual void endCell() = 0;
+    /// The place of a cell that is merged with one to its left or above.
+    virtual void coveredCell() = 0;
     /// A line between slides.
     virtual void separate() = 0;
 
     virtual void text(std::string_view utf8) = 0;
     virtual void lineBreak() = 0;
+    /// `look` is what is new: it isn't told again inside of itself.
     virtual void startLook(const Look& look) = 0;
     virtual void endLook() = 0;
     virtual void startLink(std::string_view target) = 0;
@@ -49,12 +52,19 @@ public:
     virtual void endNote() = 0;
 };
 
-/// Tells `sink` what is in a document. Comments, deleted text, forms, embedded objects and speaker's notes
-/// are left out. False when repeated cells were too many, and some copies are left out.
+/// Text with markup, made from a document.
+struct Markup {
+    std::string text;
+    bool isCut = false;     ///< repeated cells or blanks were too many: some copies are missing
+    ODF::Result pictures{}; ///< why pictures are missing
+};
+
+/// Sends the text of a document to `sink`, without comments, deleted text, forms, embedded objects and
+/// speaker's notes. Copies of cells and blanks end at 64 MiB: it returns false when some are missing.
 bool WriteMarkup(ODF::Document& document, MarkupSink& sink);
 
-/// Whether a link may be followed by whoever reads the converted text: to the web, by mail, or in the
-/// document.
+/// Whether a link is safe to follow: it goes to the web, to a mail address, or to a file or place by a
+/// relative path.
 bool IsHarmlessLink(std::string_view target);
 
 } // namespace command

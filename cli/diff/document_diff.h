@@ -17,10 +17,21 @@ struct MemberDifference {
     std::vector<Difference> differences; ///< of trees
 };
 
+/// A member that can't be read to its end, so that what follows in it isn't compared.
+struct UnreadMember {
+    bool isOfBefore;
+    std::string member;
+    ODF::Result why;
+};
+
+struct Comparison {
+    std::vector<MemberDifference> found;
+    std::vector<UnreadMember> unread; ///< but for what the opening of the documents told
+};
+
 /// Compares two documents member by member: those that have a tree by their trees, the others by their bytes.
 /// Two flat documents are compared as one tree. The manifest and the type of the package don't count. With a
 /// name of `only` that member alone.
-std::vector<MemberDifference> CompareDocuments(ODF::Document& before, ODF::Document& after,
-                                               const std::string& only);
+Comparison CompareDocuments(ODF::Document& before, ODF::Document& after, const std::string& only);
 
 } // namespace command

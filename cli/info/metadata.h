@@ -18,7 +18,7 @@ struct UserField {
     std::string type; ///< such as "boolean"; empty for a text
     std::string value;
 };
-/// What a document tells of itself.
+/// The metadata of a document.
 struct Metadata {
     bool isThere = false;
     std::vector<MetaField> fields;

@@ -7,6 +7,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -45,6 +46,7 @@ bool CopyInput(int file) {
 } // namespace
 
 std::string InputPath(const std::string& argument) {
+    if (argument.empty()) Complain({}, "an empty name names no file");
     if (argument != kStandardStream) return argument;
     struct stat kind {};
     if (fstat(STDIN_FILENO, &kind) == 0 && S_ISREG(kind.st_mode)) return kPath;
@@ -56,6 +58,12 @@ std::string InputPath(const std::string& argument) {
     if (isCopied) return kPath;
     Complain(kStandardStream, std::string("the standard input can't be read: ") + std::strerror(cause));
     return {};
+}
+
+void HoldStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(stream, F_GETFD) < 0) // the lowest free number is this one
+            static_cast<void>(open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY));
 }
 
 } // namespace command

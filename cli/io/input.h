@@ -12,4 +12,8 @@ inline constexpr const char* kStandardStream = "-";
 /// with a complaint, when that can't be done.
 std::string InputPath(const std::string& argument);
 
+/// Puts something that can't be read or written in the place of closed standard streams, so that no file that
+/// is opened gets their numbers, and with them what is printed.
+void HoldStandardStreams();
+
 } // namespace command

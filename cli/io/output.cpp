@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <iostream>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -33,7 +34,8 @@ ExitCode SaveDocument(ODF::Document& document, const std::string& target, const 
         ComplainNotes(target, saved.Notes());
         return ExitCode::Ok;
     }
-    if (target != kStandardStream || !IsReaderGone())
+    // What is wrong with the standard output is told at the end.
+    if (target != kStandardStream || std::cout)
         Complain(target, WriteReason(target, saved.Code(), saved.Notes()));
     // A member that was to be copied and can't be read is a fault of the document.
     return saved.Code() == ODF::Status::Damaged ? ExitCode::CannotOpen : ExitCode::CannotWrite;
@@ -57,9 +59,15 @@ bool WriteAll(int file, std::string_view bytes) {
     return true;
 }
 
-/// Writes a file that takes the place of `target` when it is complete, with the rights of the old one.
-bool ReplaceFile(std::string_view bytes, const std::string& target) {
-    std::string partial = target + ".XXXXXX";
+/// Writes a file that takes the place of the one at `path` when it is complete, with the rights of the old
+/// one.
+bool ReplaceFile(std::string_view bytes, const std::string& path) {
+    // A link stays, and so does the length of a name that may be as long as names can be.
+    std::error_code error;
+    const std::filesystem::path target = std::filesystem::exists(path, error)
+                                             ? std::filesystem::canonical(path, error)
+                                             : std::filesystem::path(path);
+    std::string partial = (target.parent_path() / ".odfmodel-XXXXXX").string();
     const int file = mkstemp(partial.data());
     if (file < 0) return false;
     const mode_t mask = umask(0);

@@ -23,6 +23,9 @@ struct MemberBytes {
     std::string_view text() const { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
 };
 
+/// Whether a member of that name stays in the folder that its package is extracted to.
+bool IsSafeName(std::string_view name);
+
 /// The members of a package, with `mimetype` and manifest, wherever they come from.
 class MemberSource {
 public:

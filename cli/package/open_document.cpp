@@ -5,8 +5,10 @@
 #include "package/reason.h"
 #include "password.h"
 
+#include <odfmodel/core/limits.h>
+
+#include <array>
 #include <fstream>
-#include <iterator>
 
 namespace command {
 
@@ -52,7 +54,13 @@ MemberBytes DocumentFile::read(std::string_view name) const {
 MemberBytes ReadWholeFile(const std::string& path) {
     MemberBytes found;
     std::ifstream in(path, std::ios::binary);
-    found.bytes.assign(std::istreambuf_iterator<char>(in), {});
+    const std::uint64_t most = ODF::Limits().memberBytes;
+    std::array<char, 1U << 16> piece{};
+    // A stream tells by its state, an iterator of its bytes would throw.
+    while (in.read(piece.data(), piece.size()) || in.gcount() > 0) {
+        found.bytes.insert(found.bytes.end(), piece.data(), piece.data() + in.gcount());
+        if (found.bytes.size() > most) return found;
+    }
     found.isWhole = in.is_open() && !in.bad();
     return found;
 }

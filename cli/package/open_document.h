@@ -31,7 +31,8 @@ private:
     const ODF::Document& document_;
 };
 
-/// A whole file from the disk, for flat documents, which are one.
+/// A whole file from the disk, for flat documents, which are one. It isn't whole beyond the library's bound
+/// on members.
 MemberBytes ReadWholeFile(const std::string& path);
 
 } // namespace command

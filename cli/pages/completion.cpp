@@ -39,6 +39,7 @@ void WriteBashCompletion(const CLI::App& app, std::ostream& out) {
     const std::vector<VerbText> verbs = VerbsOf(app);
     out << "_odfmodel() {\n"
            "    local word=${COMP_WORDS[COMP_CWORD]} verb=${COMP_WORDS[1]} options=\n"
+           "    COMPREPLY=()\n"
            "    if [ \"$COMP_CWORD\" -eq 1 ]; then\n"
            "        COMPREPLY=($(compgen -W '"
         << Names(verbs)
@@ -52,10 +53,9 @@ void WriteBashCompletion(const CLI::App& app, std::ostream& out) {
     out << "    esac\n"
            "    case $verb:$word in\n"
            "    help:* | *:-*) COMPREPLY=($(compgen -W \"$options\" -- \"$word\")) ;;\n"
-           "    *) COMPREPLY=($(compgen -f -- \"$word\")) ;;\n"
-           "    esac\n"
+           "    esac\n" // nothing found: names of files, which may have blanks
            "}\n"
-           "complete -o filenames -F _odfmodel odfmodel\n";
+           "complete -o default -F _odfmodel odfmodel\n";
 }
 
 void WriteZshCompletion(const CLI::App& app, std::ostream& out) {

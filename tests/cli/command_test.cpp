@@ -32,41 +32,7 @@ bool HasControlCharacter(const std::string& text) {
            text.find("\xC2\x9B") != std::string::npos || text.find("\xE2\x80\xAE") != std::string::npos;
 }
 
-struct UsageCase {
-    std::vector<std::string> arguments;
-    const char* reason;
-};
-
 } // namespace
-
-TEST_F(Command, TellsWrongUsage) {
-    const std::string path = writeText("<text:p/>");
-    const UsageCase cases[] = {
-        {{}, "subcommand"},
-        {{"nonsense"}, "nonsense"},
-        {{"text"}, "FILE"},
-        {{"roundtrip", path}, "OUT"},
-        {{"tree", path, "--depth", "x"}, "--depth"},
-        {{"info", "--nonsense", path}, "--nonsense"},
-        {{"text", path, "--password", "a", "--password-file", "b"}, "excludes"},
-    };
-    for (const UsageCase& row : cases) {
-        const Result result = RunCommand(row.arguments);
-        EXPECT_EQ(result.code, 2);
-        EXPECT_EQ(result.out, "");
-        EXPECT_NE(result.err.find(row.reason), std::string::npos) << result.err;
-    }
-}
-
-TEST_F(Command, HelpsAndTellsItsVersion) {
-    for (const char* const command : {"info", "text", "tree", "roundtrip", "check"}) {
-        const Result result = RunCommand({command, "--help"});
-        EXPECT_EQ(result.code, 0);
-        EXPECT_NE(result.out.find(std::string("odfmodel ") + command), std::string::npos);
-        EXPECT_NE(result.out.find("Exit codes"), std::string::npos);
-    }
-    EXPECT_EQ(RunCommand({"--version"}).out.rfind("odfmodel ", 0), 0U);
-}
 
 TEST_F(Command, TellsWhyAFileCantBeOpened) {
     test::WriteFile(file("plain.odt"), "plain");
@@ -90,29 +56,6 @@ TEST_F(Command, TellsWhyAFileCantBeOpened) {
             EXPECT_NE(result.err.find(reason), std::string::npos) << result.err;
         }
     EXPECT_FALSE(std::filesystem::exists(file("out.odt")));
-}
-
-TEST_F(Command, GoesOnBehindAFailure) {
-    const Result result = RunCommand({"text", file("missing.odt"), writeText("<text:p>there</text:p>")});
-    EXPECT_EQ(result.code, 3);
-    EXPECT_EQ(result.out, "there\n");
-}
-
-TEST_F(Command, TellsOutputThatCantBeWritten) {
-    const std::string path = writeText("<text:p>x</text:p>");
-    for (const auto& [target, reason] :
-         std::map<std::string, std::string>{{file("nowhere/out.odt"), "no such directory"},
-                                            {std::filesystem::path(path).parent_path(), "it is a directory"},
-                                            {"/dev/full", "could not write"}}) {
-        const Result result = RunCommand({"roundtrip", path, target});
-        EXPECT_EQ(result.code, 4) << target;
-        EXPECT_NE(result.err.find(target + ": "), std::string::npos) << result.err;
-        EXPECT_NE(result.err.find(reason), std::string::npos) << result.err;
-    }
-    EXPECT_EQ(test::Run({"sh", "-c", "exec \"$0\" text \"$1\" >/dev/full", ODFMODEL_COMMAND, path},
-                        std::chrono::seconds(60))
-                  .code,
-              4);
 }
 
 TEST_F(Command, OpensEncryptedPackages) {

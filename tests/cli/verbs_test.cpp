@@ -33,6 +33,24 @@ constexpr const char* kStyles =
     R"x(<style:style style:name="b" style:family="text"><style:text-properties xmlns:fo="urn:oasis:names:tc:opendocument:xmlns:xsl-fo-compatible:1.0" fo:font-weight="bold"/></style:style>)x"
     R"x(<text:list-style style:name="L"><text:list-level-style-number text:level="1" style:num-format="1"/><text:list-level-style-bullet text:level="2"/></text:list-style>)x";
 
+constexpr const char* kShapes =
+    R"x(<text:p>a<draw:custom-shape><text:p>in <text:span text:style-name="b">bo<text:span text:style-name="b">ld</text:span></text:span></text:p>)x"
+    R"x(<text:list><text:list-item><text:p>item</text:p></text:list-item></text:list></draw:custom-shape>b)x"
+    R"x(<draw:frame><draw:text-box><text:p>box<draw:rect><text:p>deep</text:p></draw:rect></text:p>)x"
+    R"x(<table:table><table:table-row><table:table-cell><text:p>cell</text:p></table:table-cell></table:table-row></table:table></draw:text-box></draw:frame></text:p>)x"
+    R"x(<table:table><table:table-row><table:table-cell table:number-rows-spanned="2"><text:p>A</text:p></table:table-cell><table:table-cell><text:p>B</text:p></table:table-cell></table:table-row>)x"
+    R"x(<table:table-row><table:covered-table-cell/><table:table-cell><text:p>C</text:p></table:table-cell></table:table-row></table:table>)x"
+    R"x(<text:p><draw:frame><draw:image xmlns:xlink="http://www.w3.org/1999/xlink" xlink:href="Pictures/a|b"/><svg:title xmlns:svg="urn:oasis:names:tc:opendocument:xmlns:svg-compatible:1.0">p</svg:title></draw:frame></text:p>)x";
+constexpr const char* kShapesOfSheet =
+    R"x(<table:table table:name="S"><table:shapes><draw:custom-shape><text:p>floating</text:p></draw:custom-shape></table:shapes>)x"
+    R"x(<table:table-row><table:table-cell><text:p>c</text:p><draw:rect><text:p>hangs</text:p></draw:rect></table:table-cell></table:table-row></table:table>)x";
+constexpr const char* kMarks =
+    R"x(<text:p>a &amp;lt; &amp;<text:s/>AT&amp;T &amp; <text:line-break/>- x<text:line-break/># y<text:line-break/></text:p>)x"
+    R"x(<text:p>Look!<text:a xmlns:xlink="http://www.w3.org/1999/xlink" xlink:href="javascript&amp;#58;alert(1)">l</text:a></text:p>)x"
+    R"x(<text:h text:outline-level="1">C<text:line-break/>more #</text:h>)x"
+    R"x(<text:p>n<text:note><text:note-citation>1</text:note-citation><text:note-body><text:list-item><text:p>x</text:p></text:list-item>)x"
+    R"x(<text:list text:style-name="L"><text:list-item><text:p>first</text:p></text:list-item></text:list></text:note-body></text:note></text:p><text:p>&#x9b;</text:p>)x";
+
 constexpr const char* kCsv = "name,n,day,code\n\"a \"\"q\"\", b\",1.5,2024-01-31,007\n\n\"two\nlines\",,x\n";
 
 const Flow kFlows[] = {
@@ -115,6 +133,72 @@ const Flow kFlows[] = {
        0,
        "## Sheet1\n\n| name | n | day | code |\n| --- | --- | --- | --- |\n"
        "| a \"q\", b | 1.5 | 2024-01-31 | 007 |\n|  |\n| two<br>lines |  | x |\n"}}},
+    {"ShapesAndCoveredCellsAreInTheMarkup",
+     {{{"insert", "--member", "content.xml=@shapes.xml", "@in.odt", "-o", "@s.odt"}},
+      {{"convert", "@s.odt", "--to", "md"},
+       0,
+       "ab\n\nin **bold**\n\n- item\n\nbox\n\ndeep\n\n| cell |\n| --- |\n\n| A | B |\n| --- | --- |\n|  | C "
+       "|\n\n"
+       "![p](Pictures/a%7Cb)\n"},
+      {{"convert", "@s.odt", "--to", "html", "-o", "@s.html"}, 0, ""},
+      {{"insert", "--member", "content.xml=@shapes-of-sheet.xml", "@s.ods", "-i"}},
+      {{"convert", "@s.ods", "--to", "md"}, 0, "## S\n\n| c |\n| --- |\n\nfloating\n\nhangs\n"}}},
+    {"MarkdownTakesNoTextForMarks",
+     {{{"insert", "--member", "content.xml=@marks.xml", "@in.odt", "-o", "@m.odt"}},
+      {{"convert", "@m.odt", "--to", "md"},
+       0,
+       "a \\&lt; \\& AT\\&T & \\\n\\- x\\\n\\# y\n\nLook\\![l](javascript&amp;#58;alert%281%29)\n\n# C more "
+       "\\#\n\n"
+       "n[^1]\n\n\\\\x9b\n\n[^1]: x\n\n    1. first\n"}}},
+    {"WhatCantBeReadIsNotAlike",
+     {{{"insert", "--member", "Object 1/content.xml=@damaged.xml", "@in.odt", "-o", "@d.odt"}},
+      {{"diff", "@d.odt", "@d.odt"}, 3, "", "Object 1/content.xml"},
+      {{"diff", "-q", "--part", "content.xml", "@in.odt", "@d.odt"}, 0, ""},
+      {{"diff", "--part", "none.xml", "@in.odt", "@d.odt"}, 5, "", "none.xml"},
+      {{"convert", "@in.odt", "-o", "@f.fodt"}},
+      {{"diff", "--part", "content.xml", "@f.fodt", "@f.fodt"}, 5, "", "--part"}}},
+    {"NamesLeadNowhereElse",
+     {{{"insert", "--member", "../evil=@picture", "@in.odt", "-o", "@x.odt"}, 5, "", "../evil"},
+      {{"insert", "--member", "/evil=@picture", "@in.odt", "-o", "@x.odt"}, 5, "", "/evil"},
+      {{"insert", "--member", "a\xFF=@picture", "@in.odt", "-o", "@x.odt"}, 5, "", "a\\xff"},
+      {{"insert", "--member", "a=@out", "@in.odt", "-o", "@x.odt"}, 5, "", "it is a directory"},
+      {{"insert", "--member", "a=@picture", "@in.odt", "-o", "@a/no.odt"}, 4, "", "no such directory"},
+      {{"extract", "@in.odt", "[content].xml", "-o", "@out"}, 5, "", "no member [content].xml"}}},
+    {"WordsAreCheckedBeforeAnythingIsDone",
+     {{{"text", ""}, 3, "", "an empty name"},
+      {{"text", "[x]"}, 3, "", "[x]: "},
+      {{"tree", "--depth", "-1", "@in.odt"}, 2, "", "--depth"},
+      {{"replace", "Hello", "a\x01", "-i", "@in.odt"}, 2, "", "no document can hold"},
+      {{"meta", "--set", "title=\xFF", "-i", "@in.odt"}, 2, "", "no document can hold"},
+      {{"convert", "--to", "csv", "--separator", "\"", "@in.odt"}, 2, "", "--separator"},
+      {{"convert", "--to", "md", "--sheet", "S", "@in.odt"}, 2, "", "--sheet"},
+      {{"roundtrip", "--listed", "@in.odt", "-"}, 2, "", "standard output"},
+      {{"replace", "-i", "--", "Hello", "-x", "@in.odt"}, 0, "@in.odt: 1 replaced\n"},
+      {{"replace", "-i", "[", "]", "@in.odt"}, 0, "@in.odt: 0 replaced\n"},
+      {{"replace", "-i", "--", "-x", "[y]", "@in.odt"}, 0, "@in.odt: 1 replaced\n"},
+      {{"replace", "-i", "[y]", "", "@in.odt"}, 0, "@in.odt: 1 replaced\n"}}},
+    {"OneBadFileStopsNoOther",
+     {{{"text", "@missing.odt", "@u.odt"}, 3, "there\n", "no such file"},
+      {{"convert", "@out", "@in.odt", "--to", "txt", "-o", "@out"}, 3, "", "it is a directory"},
+      {{"convert", "@folder.csv", "@t.csv", "--to", "ods", "-o", "@out"}, 3, "", "it is a directory"},
+      {{"convert", "@out/t.ods", "--to", "csv"}, 0, kCsv},
+      {{"convert", "@in.odt", "@out/in.odt", "--to", "md", "-o", "@out", "--force"}, 3, "", "no such file"},
+      {{"convert", "@in.odt", "@in.odt", "--to", "md", "-o", "@out", "--force"}, 4, "", "of another FILE"}}},
+    {"WrongUsageIsTold",
+     {{{}, 2, "", "subcommand"},
+      {{"nonsense"}, 2, "", "nonsense"},
+      {{"text"}, 2, "", "FILE"},
+      {{"roundtrip", "@in.odt"}, 2, "", "OUT"},
+      {{"tree", "@in.odt", "--depth", "x"}, 2, "", "--depth"},
+      {{"info", "--nonsense", "@in.odt"}, 2, "", "--nonsense"},
+      {{"text", "@in.odt", "--password", "a", "--password-file", "b"}, 2, "", "excludes"}}},
+    {"OutputThatCantBeWrittenIsTold",
+     {{{"roundtrip", "@in.odt", "@nowhere/out.odt"},
+       4,
+       "",
+       "@nowhere/out.odt: could not write (there is no such dir"},
+      {{"roundtrip", "@in.odt", "@out"}, 4, "", "@out: could not write (it is a directory"},
+      {{"roundtrip", "@in.odt", "/dev/full"}, 4, "", "/dev/full: could not write"}}},
     {"WrongWordsGetASuggestion",
      {{{"conver"}, 2, "", "did you mean convert?"},
       {{"text", "--pasword", "x", "@in.odt"}, 2, "", "did you mean --password?"},
@@ -124,6 +208,11 @@ const Flow kFlows[] = {
 
 class Verbs : public test::CommandTest<testing::TestWithParam<Flow>> {
 protected:
+    static std::string Content(const std::string& kind, const std::string& body) {
+        return Root("office:document-content", "<office:automatic-styles>" + std::string(kStyles) +
+                                                   "</office:automatic-styles><office:body><office:" + kind +
+                                                   ">" + body + "</office:" + kind + "></office:body>");
+    }
     std::string placed(std::string text) const {
         const std::string folder = file("");
         for (std::size_t at = 0; (at = text.find('@', at)) != std::string::npos; at += folder.size())
@@ -138,6 +227,13 @@ TEST_P(Verbs, DoWhatTheyAreToldTo) {
     std::filesystem::rename(writeText(kBody, kStyles), file("in.odt"));
     test::WriteFile(file("t.csv"), kCsv);
     test::WriteFile(file("picture"), "bytes");
+    std::filesystem::create_directory(file("folder.csv"));
+    test::WriteFile(file("shapes.xml"), Content("text", kShapes));
+    test::WriteFile(file("shapes-of-sheet.xml"), Content("spreadsheet", kShapesOfSheet));
+    test::WriteFile(file("marks.xml"), Content("text", kMarks));
+    test::WriteFile(file("damaged.xml"), Content("text", "<text:p>a</text:q>"));
+    std::filesystem::rename(writeText("<text:p>there</text:p>"), file("u.odt"));
+    ASSERT_EQ(RunCommand({"new", file("s.ods")}).code, 0);
     std::filesystem::create_directory(file("out"));
     for (const Call& call : GetParam().calls) {
         std::vector<std::string> arguments;
@@ -149,7 +245,7 @@ TEST_P(Verbs, DoWhatTheyAreToldTo) {
         if (call.out) {
             EXPECT_EQ(result.out, placed(call.out));
         }
-        EXPECT_NE(result.err.find(call.err), std::string::npos) << result.err;
+        EXPECT_NE(result.err.find(placed(call.err)), std::string::npos) << result.err;
         if (*call.err == '\0') {
             EXPECT_EQ(result.err, "");
         }
@@ -244,18 +340,68 @@ TEST_F(Command, ExtractsIntoItsFolderAlone) {
     EXPECT_TRUE(std::filesystem::is_empty(file("elsewhere")));
 }
 
-TEST_F(Command, BoundsWhatRepeatedCellsBecome) {
-    const std::string path = writeText(
-        "<table:table table:name=\"S\"><table:table-row table:number-rows-repeated=\"1000000000\">"
-        "<table:table-cell table:number-columns-repeated=\"1000000000\"><text:p>x</text:p></table:table-cell>"
-        "</table:table-row></table:table>",
-        {}, "spreadsheet");
-    for (const char* const form : {"csv", "md", "html", "txt"}) {
-        const Result result = RunCommand({"convert", path, "--to", form});
-        EXPECT_EQ(result.code, 5) << form;
-        EXPECT_NE(result.err.find("too many"), std::string::npos) << form;
-        EXPECT_LT(result.out.size(), std::size_t{200} << 20) << form;
+TEST_F(Command, BoundsWhatRepetitionBecomes) {
+    const std::string longText(100'000, 'x');
+    std::string blanks;
+    while (blanks.size() < 600'000)
+        blanks += "<text:s text:c=\"4000\"/>b";
+    const auto table = [](const std::string& text) {
+        return "<table:table table:name=\"S\"><table:table-row table:number-rows-repeated=\"1048576\">"
+               "<table:table-cell table:number-columns-repeated=\"16384\"><text:p>" +
+               text + "</text:p></table:table-cell></table:table-row></table:table>";
+    };
+    const struct {
+        std::string body;
+        const char* kind;
+        std::vector<std::vector<std::string>> verbs;
+    } kBodies[] = {
+        {table("x"), "spreadsheet", {{"csv"}, {"md"}, {"html"}, {"txt"}}},
+        {table(longText), "spreadsheet", {{"csv"}, {"md"}, {"html"}, {"txt"}}},
+        {"<text:p>a<text:s text:c=\"2147483648\"/></text:p>", "text", {{"md"}, {"html"}, {"txt"}}},
+        {"<text:p>a<text:s text:c=\"99999999999\"/></text:p>", "text", {{"md"}, {"html"}, {"txt"}}},
+        {"<text:p>" + blanks + "</text:p>", "text", {{"md"}, {"html"}, {"txt"}}},
+        {"<table:table><table:table-row><table:table-cell table:number-columns-spanned=\"99999999\"/>"
+         "<table:covered-table-cell "
+         "table:number-columns-repeated=\"99999999\"/></table:table-row></table:table>",
+         "text",
+         {{"md"}}}};
+    for (const auto& row : kBodies) {
+        const std::string path = writeText(row.body, {}, row.kind);
+        for (const auto& form : row.verbs) {
+            SCOPED_TRACE(row.body.substr(0, 100) + " to " + form.front());
+            const Result result = RunCommand({"convert", path, "--to", form.front()});
+            EXPECT_EQ(result.code, 5);
+            EXPECT_NE(result.err.find("too many"), std::string::npos);
+            EXPECT_LT(result.out.size(), std::size_t{100} << 20);
+        }
     }
+}
+
+TEST_F(Command, ReplacesWhatALinkLeadsToUnderAnyName) {
+    const std::string path = writeText("<text:p>x</text:p>");
+    const std::string longest = file(std::string(252, 'n') + ".md");
+    EXPECT_EQ(RunCommand({"convert", path, "-o", longest}).code, 0);
+    std::filesystem::create_symlink(longest, file("link.md"));
+    test::WriteFile(longest, "old");
+    EXPECT_EQ(RunCommand({"convert", "--force", path, "-o", file("link.md")}).code, 0);
+    EXPECT_TRUE(std::filesystem::is_symlink(file("link.md")));
+    EXPECT_EQ(test::ReadFile(longest), "x\n");
+}
+
+TEST_F(Command, TellsClosedStreamsOnce) {
+    const std::string path = writeText("<text:p>x</text:p>");
+    const auto run = [&](const std::string& line) {
+        return test::Run({"sh", "-c", line, ODFMODEL_COMMAND, path}, std::chrono::seconds(60));
+    };
+    EXPECT_EQ(run("\"$0\" text - <&-").output,
+              "odfmodel: -: the standard input can't be read: Bad file descriptor\n");
+    for (const std::string end : {">/dev/full", ">&-"})
+        for (const std::string verb : {"text \"$1\"", "roundtrip \"$1\" -", "convert --to md \"$1\"",
+                                       "check --json \"$1\"", "extract \"$1\" content.xml"}) {
+            const test::Ending ending = run("\"$0\" " + verb + ' ' + end);
+            EXPECT_EQ(ending.code, 4) << verb << end;
+            EXPECT_EQ(ending.output, "odfmodel: the output can't be written\n") << verb << end;
+        }
 }
 
 TEST_F(Command, MakesPagesOfItsDefinitions) {
@@ -274,6 +420,16 @@ TEST_F(Command, MakesPagesOfItsDefinitions) {
         if (test::HasProgram(shell)) {
             EXPECT_EQ(test::Run({shell, "-n", file(shell)}, std::chrono::seconds(60)).code, 0) << shell;
         }
+    EXPECT_NE(test::ReadFile(file("bash")).find("complete -o default"), std::string::npos)
+        << "names of files may have blanks";
     EXPECT_EQ(RunCommand({"help"}).out.find("pages"), std::string::npos);
-    EXPECT_EQ(RunCommand({"help", "diff"}).out, RunCommand({"diff", "--help"}).out);
+    EXPECT_EQ(RunCommand({"--version"}).out.rfind("odfmodel ", 0), 0U);
+    for (const std::string verb : {"info", "text", "tree", "meta", "check", "diff", "convert", "new",
+                                   "replace", "extract", "insert", "encrypt", "decrypt", "roundtrip"}) {
+        const Result help = RunCommand({verb, "--help"});
+        EXPECT_EQ(help.code, 0);
+        EXPECT_NE(help.out.find("odfmodel " + verb + " [OPTIONS]"), std::string::npos) << help.out;
+        EXPECT_NE(help.out.find("Exit codes"), std::string::npos);
+        EXPECT_EQ(RunCommand({"help", verb}).out, help.out);
+    }
 }

@@ -3,6 +3,7 @@
 #include "support/corpus.h"
 #include "support/files.h"
 #include "support/packages.h"
+#include "support/texts.h"
 #include "support/trees.h"
 #include "support/workspace.h"
 
@@ -17,10 +18,6 @@ using Bytes = std::vector<unsigned char>;
 namespace {
 
 constexpr std::string_view kPng = "\x89PNG\r\n\x1a\n and so on";
-
-std::span<const unsigned char> AsBytes(std::string_view text) {
-    return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};
-}
 
 class OpenDocument : public test::InWorkspace<> {
 protected:
@@ -120,7 +117,7 @@ TEST_F(OpenDocument, SavesAsOftenAsWantedAndAFailureLosesNothing) {
     EXPECT_EQ(paragraphs(again), (std::vector<std::string>{"one", "two"}));
     // One that can't be opened leaves what is open.
     EXPECT_EQ(again.Open(file("missing.odt")).Code(), Status::NotReadable);
-    EXPECT_EQ(again.Open(AsBytes("no archive")).Code(), Status::NotAnArchive);
+    EXPECT_EQ(again.Open(test::BytesOf("no archive")).Code(), Status::NotAnArchive);
     EXPECT_EQ(paragraphs(again).size(), 2U);
     Document moved = std::move(again);
     EXPECT_EQ(paragraphs(moved).size(), 2U);
@@ -190,18 +187,18 @@ TEST_F(OpenDocument, FlatFilesAreReadAndWrittenAsOneTree) {
     expected.insert(expected.find("</office:text>"), "<text:p>b</text:p>");
     const std::string written = test::ReadFile(file("b.fodt"));
     EXPECT_EQ(written.substr(written.find("<office:body>")), expected.substr(expected.find("<office:body>")));
-    EXPECT_EQ(document.Open(AsBytes("<html/>")).Code(), Status::UnknownType);
+    EXPECT_EQ(document.Open(test::BytesOf("<html/>")).Code(), Status::UnknownType);
 }
 
 TEST_F(OpenDocument, MembersAreListedReadAddedReplacedAndRemoved) {
     Document document = newText("one");
-    EXPECT_EQ(document.AddPicture(AsBytes(kPng), "logo.png"), "Pictures/logo.png");
-    EXPECT_EQ(document.AddPicture(AsBytes(kPng), "folder/logo.png"), "Pictures/logo-2.png");
+    EXPECT_EQ(document.AddPicture(test::BytesOf(kPng), "logo.png"), "Pictures/logo.png");
+    EXPECT_EQ(document.AddPicture(test::BytesOf(kPng), "folder/logo.png"), "Pictures/logo-2.png");
     EXPECT_EQ(document.MediaTypeOf("Pictures/logo-2.png"), "image/png");
-    ASSERT_TRUE(
-        document.WriteMember("Object 1/content.xml", AsBytes(test::TextContent("<text:p>in</text:p>"))));
-    ASSERT_TRUE(document.WriteMember("own/data.bin", AsBytes("1"), "application/x-own"));
-    EXPECT_FALSE(document.WriteMember("mimetype", AsBytes("x"))) << "follows by itself";
+    ASSERT_TRUE(document.WriteMember("Object 1/content.xml",
+                                     test::BytesOf(test::TextContent("<text:p>in</text:p>"))));
+    ASSERT_TRUE(document.WriteMember("own/data.bin", test::BytesOf("1"), "application/x-own"));
+    EXPECT_FALSE(document.WriteMember("mimetype", test::BytesOf("x"))) << "follows by itself";
     EXPECT_EQ(document.Objects(), std::vector<std::string>{"Object 1"});
 
     Document again = open(save(document));
@@ -217,7 +214,7 @@ TEST_F(OpenDocument, MembersAreListedReadAddedReplacedAndRemoved) {
     EXPECT_TRUE(again.RemoveMember("Pictures/logo.png"));
     EXPECT_FALSE(again.RemoveMember("Pictures/logo.png"));
     // Bytes take the place of a tree, and the tree comes from them when it is asked for again.
-    ASSERT_TRUE(again.WriteMember("content.xml", AsBytes(test::TextContent("<text:p>new</text:p>"))));
+    ASSERT_TRUE(again.WriteMember("content.xml", test::BytesOf(test::TextContent("<text:p>new</text:p>"))));
     EXPECT_EQ(paragraphs(again), std::vector<std::string>{"new"});
     Document last = open(save(again));
     EXPECT_FALSE(last.HasMember("Pictures/logo.png"));
@@ -284,7 +281,7 @@ TEST_F(OpenDocument, WhatCouldNotBeReadWholeIsNotSavedWithoutTheCallersWord) {
 
 TEST_F(OpenDocument, ASignatureGoesWhenSomethingHasChanged) {
     Document document = newText("one");
-    ASSERT_TRUE(document.WriteMember("META-INF/documentsignatures.xml", AsBytes("<signed/>")));
+    ASSERT_TRUE(document.WriteMember("META-INF/documentsignatures.xml", test::BytesOf("<signed/>")));
     Document untouched = open(save(document));
     const Bytes first = save(untouched);
     EXPECT_EQ(save(untouched), first);

@@ -2,6 +2,7 @@
 
 #include "support/element_xml.h"
 #include "support/process.h"
+#include "support/texts.h"
 #include "support/workspace.h"
 
 #include <odfmodel/odfmodel.h>
@@ -16,26 +17,21 @@ using namespace ODF;
 
 namespace {
 
-constexpr std::string_view kNames =
-    R"(xmlns:office="urn:oasis:names:tc:opendocument:xmlns:office:1.0" )"
-    R"(xmlns:table="urn:oasis:names:tc:opendocument:xmlns:table:1.0" )"
-    R"(xmlns:text="urn:oasis:names:tc:opendocument:xmlns:text:1.0" )"
-    R"(xmlns:draw="urn:oasis:names:tc:opendocument:xmlns:drawing:1.0" )"
-    R"(xmlns:calcext="urn:org:documentfoundation:names:experimental:calc:xmlns:calcext:1.0" )"
-    R"(xmlns:x="urn:x")";
+Document Opened(std::span<const unsigned char> bytes) {
+    Document document;
+    const Result opened = document.Open(bytes);
+    EXPECT_TRUE(opened) << opened.Text();
+    return document;
+}
 
 /// A flat document whose spreadsheet has this in it.
 Document Flat(std::string_view content) {
-    const std::string xml =
-        "<office:document " + std::string(kNames) +
-        R"( office:version="1.2" office:mimetype="application/vnd.oasis.opendocument.spreadsheet">)" +
-        "<office:body><office:spreadsheet>" + std::string(content) +
-        "</office:spreadsheet></office:body></office:document>";
-    Document document;
-    const Result opened =
-        document.Open(std::span(reinterpret_cast<const unsigned char*>(xml.data()), xml.size()));
-    EXPECT_TRUE(opened) << opened.Text();
-    return document;
+    const std::string xml = test::Declared(
+        R"(<office:document office:version="1.2" xmlns:x="urn:x")"
+        R"( xmlns:calcext="urn:org:documentfoundation:names:experimental:calc:xmlns:calcext:1.0")"
+        R"( office:mimetype="application/vnd.oasis.opendocument.spreadsheet"><office:body><office:spreadsheet>)" +
+        std::string(content) + "</office:spreadsheet></office:body></office:document>");
+    return Opened(test::BytesOf(xml));
 }
 
 Document FlatTable(std::string_view rows) {
@@ -45,10 +41,7 @@ Document FlatTable(std::string_view rows) {
 Document SavedAndOpened(Document& document) {
     std::vector<unsigned char> bytes;
     EXPECT_TRUE(document.Save(bytes));
-    Document again;
-    const Result opened = again.Open(bytes);
-    EXPECT_TRUE(opened) << opened.Text();
-    return again;
+    return Opened(bytes);
 }
 
 std::string Xml(const Sheet& sheet) {

@@ -1,6 +1,8 @@
 // Styles, pictures, and content on its way from one document to another; under both kinds of documents.
 
+#include "support/element_xml.h"
 #include "support/files.h"
+#include "support/texts.h"
 
 #include <odfmodel/odfmodel.h>
 
@@ -9,32 +11,18 @@
 #include <algorithm>
 
 using namespace ODF;
+using test::BytesOf;
 
 namespace {
-
-constexpr std::string_view kNames =
-    R"(xmlns:office="urn:oasis:names:tc:opendocument:xmlns:office:1.0" )"
-    R"(xmlns:style="urn:oasis:names:tc:opendocument:xmlns:style:1.0" )"
-    R"(xmlns:text="urn:oasis:names:tc:opendocument:xmlns:text:1.0" )"
-    R"(xmlns:draw="urn:oasis:names:tc:opendocument:xmlns:drawing:1.0" )"
-    R"(xmlns:xlink="http://www.w3.org/1999/xlink" )"
-    R"(xmlns:number="urn:oasis:names:tc:opendocument:xmlns:datastyle:1.0" )"
-    R"(xmlns:table="urn:oasis:names:tc:opendocument:xmlns:table:1.0" )"
-    R"(xmlns:svg="urn:oasis:names:tc:opendocument:xmlns:svg-compatible:1.0" )"
-    R"(xmlns:fo="urn:oasis:names:tc:opendocument:xmlns:xsl-fo-compatible:1.0" office:version="1.2")";
 
 /// A PNG's first bytes: 96 x 48 pixels without a resolution, so 2.54 x 1.27 cm.
 constexpr std::string_view kPng("\x89PNG\r\n\x1A\n\0\0\0\x0DIHDR\0\0\0\x60\0\0\0\x30\x08\x02\0\0\0\0\0\0\0",
                                 33);
 
-std::span<const unsigned char> BytesOf(std::string_view text) {
-    return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};
-}
-
-void SetMember(Document& document, std::string_view name, std::string_view root, std::string_view content) {
-    const std::string xml = "<office:" + std::string(root) + ' ' + std::string(kNames) + '>' +
-                            std::string(content) + "</office:" + std::string(root) + '>';
-    ASSERT_TRUE(document.WriteMember(name, BytesOf(xml)));
+void SetMember(Document& document, std::string_view name, const std::string& root, std::string_view content) {
+    const std::string xml =
+        "<office:" + root + " office:version=\"1.2\">" + std::string(content) + "</office:" + root + '>';
+    ASSERT_TRUE(document.WriteMember(name, BytesOf(test::Declared(xml))));
 }
 
 constexpr std::string_view kCommon = R"(<office:font-face-decls>

@@ -36,7 +36,8 @@ using LineSink = std::function<void(std::string_view line)>;
 /// left out. Fields have the text that the file has stored. The text isn't escaped: it has the control
 /// characters of its file.
 ///
-/// False when repeated cells or rows were too many, and some copies are left out: they end at 64 MiB.
+/// False when repeated cells, rows or blanks were too many, and some copies are left out: they end at 64 MiB,
+/// and the blanks of one element at 4,096.
 ODFMODEL_API bool ForEachLine(Document& document, const LineSink& line, const ReadingOptions& options = {});
 /// The same of a tree: the root of a content, with that of the styles that its lists and headings are
 /// numbered by (null for none), or the root of a flat document.

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <limits>
 
 namespace ODF::reading {
 namespace {
@@ -124,6 +125,7 @@ unsigned Attributes::number(std::string_view name, unsigned otherwise) const {
     const std::string text = get(name);
     unsigned value = 0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (result.ec == std::errc::result_out_of_range) return std::numeric_limits<unsigned>::max();
     return result.ec == std::errc() ? value : otherwise;
 }
 

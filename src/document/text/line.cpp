@@ -1,9 +1,5 @@
 #include "document/text/line.h"
 
-#include "document/text/paragraph_text.h"
-
-#include <algorithm>
-
 namespace ODF::reading {
 
 void Line::add(std::string_view text) {
@@ -23,7 +19,7 @@ void Line::addVerbatim(std::string_view text) {
 }
 
 void Line::addBlanks(std::size_t count) {
-    addVerbatim(std::string(std::min<std::size_t>(count, kMaxBlanks), ' '));
+    addVerbatim(std::string(count, ' '));
 }
 
 } // namespace ODF::reading

@@ -293,7 +293,7 @@ void Reading::addInline(Element element, const Attributes& attributes) {
     Line& line = paragraphs_.back().line;
     // A cell is part of a line, where tabs and line ends have a meaning of their own.
     const bool isInCell = sheet_.has_value();
-    if (element == Element::Space) line.addBlanks(attributes.number("text:c", 1));
+    if (element == Element::Space) line.addBlanks(budget_.takeBlanks(attributes.number("text:c", 1)));
     if (element == Element::Tab) line.addVerbatim(isInCell ? " " : "\t");
     if (element == Element::LineBreak) line.addVerbatim(isInCell ? " " : "\n");
 }

@@ -38,7 +38,7 @@ public:
 
     /// The root of a content, or of a flat document.
     void read(const CSDObject& root);
-    /// True when repeated cells or rows were too many to hand them all out.
+    /// True when repeated cells, rows or blanks were too many to hand them all out.
     bool isCut() const noexcept { return budget_.isSpent(); }
 
 private:

@@ -1,5 +1,7 @@
 #include "document/text/sheet_row.h"
 
+#include "document/text/paragraph_text.h"
+
 #include <algorithm>
 
 namespace ODF::reading {
@@ -18,13 +20,18 @@ unsigned CopyBudget::take(unsigned repeat, std::size_t length) {
     return static_cast<unsigned>(granted) + 1;
 }
 
+unsigned CopyBudget::takeBlanks(unsigned count) {
+    isSpent_ = isSpent_ || count > kMaxBlanks;
+    return count == 0 ? 0 : take(std::min(count, kMaxBlanks), 0);
+}
+
 void SheetRow::addCell(const std::string& text, unsigned repeat, CopyBudget& budget) {
     if (text.empty()) {
         pendingTabs_ = std::min(pendingTabs_ + std::max(repeat, 1U), kMaxColumns);
         return;
     }
     for (unsigned count = budget.take(repeat, text.size()); count > 0; --count) {
-        line_.append(pendingTabs_, '\t');
+        if (pendingTabs_ > 0) line_.append(budget.take(static_cast<unsigned>(pendingTabs_), 0), '\t');
         line_ += text;
         pendingTabs_ = 1;
     }

@@ -8,12 +8,14 @@
 
 namespace ODF::reading {
 
-/// Bounds what repeated cells and rows may add to the output: a few bytes of a file can ask for billions of
-/// copies.
+/// Bounds what repeated cells, rows and blanks may add to the output: a few bytes of a file can ask for
+/// billions of copies.
 class CopyBudget {
 public:
     /// How often a text of that length, which stands `repeat` times, is printed: at least once.
     unsigned take(unsigned repeat, std::size_t length);
+    /// How many blanks of one element are printed.
+    unsigned takeBlanks(unsigned count);
     bool isSpent() const noexcept { return isSpent_; }
 
 private:
