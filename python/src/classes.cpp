@@ -200,9 +200,9 @@ void BindClasses(py::module_& module) {
                                   {Py_tp_dealloc, reinterpret_cast<void*>(Dealloc)},
                                   {Py_tp_members, members},
                                   {0, nullptr}};
-    static PyType_Spec spec{"odfmodel.Element", sizeof(ElementObject), 0,
-                            Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE, slots};
-    PyObject* const base = PyType_FromSpec(&spec);
+    static PyType_Spec definition{"odfmodel.Element", sizeof(ElementObject), 0,
+                                  Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE, slots};
+    PyObject* const base = PyType_FromSpec(&definition);
     if (!base) throw py::error_already_set();
     TheRegistry().base = reinterpret_cast<PyTypeObject*>(base);
     module.add_object("Element", base);
