@@ -181,7 +181,7 @@ py::list Columns(Sheet& sheet, const py::object& what, std::uint32_t skippedRows
     std::vector<Column> columns;
     {
         const ODF::Sheet& view = *sheet;
-        const Unlocked unlocked(sheet.tree());
+        const Unlocked unlocked(sheet.table().tree());
         if (isEmpty)
             columns.assign(range.last.column - range.first.column + 1, Column(0));
         else
@@ -238,7 +238,7 @@ void AppendColumns(Sheet& sheet, const py::list& arrays, const py::list& missing
     ODF::Sheet& view = *sheet;
     bool isDone = true;
     {
-        const Unlocked unlocked(sheet.tree());
+        const Unlocked unlocked(sheet.table().tree());
         std::vector<ODF::CellValue> row(columns.size());
         for (std::size_t i = 0; i < height && isDone; ++i) {
             for (std::size_t column = 0; column < columns.size(); ++column)

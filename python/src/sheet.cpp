@@ -3,6 +3,8 @@
 #include "attributes.h"
 #include "values.h"
 
+#include <pybind11/stl.h>
+
 #include <odfmodel/core/reflection.h>
 #include <odfmodel/elements/table/structure.h>
 
@@ -57,7 +59,7 @@ py::object ExactValue(const ODF::SheetCell& cell) {
 }
 
 std::uint32_t Index(const py::handle& index, const char* what) {
-    const auto number = index.cast<long long>();
+    const Py_ssize_t number = IndexFrom(index);
     if (number < 0 || number > ODF::kMaxSheetIndex)
         throw py::index_error(std::string("there is no such ") + what);
     return static_cast<std::uint32_t>(number);
@@ -130,12 +132,12 @@ public:
 
     py::list next() {
         if (row_ > range_.last.row) throw py::stop_iteration();
-        const NoCollection noCollection;
         const std::uint32_t width = range_.last.column - range_.first.column + 1;
         py::list values(width);
         for (std::uint32_t i = 0; i < width; ++i)
             values[i] = py::none();
         const ODF::SheetRow row = (*sheet_)->Row(static_cast<std::uint32_t>(row_++));
+        const Pinned pinned(sheet_->table().tree());
         if (!row.Element()) return values;
         for (const ODF::SheetCell& cell : row.UsedCells()) {
             if (cell.Column() > range_.last.column) break;
@@ -191,8 +193,9 @@ void BindCell(py::module_& module) {
                 if (formula.empty()) return py::none();
                 return ToPython(formula);
             },
-            [](const Cell& self, const std::string& formula) {
-                self.sheet->set(self.at.row, self.at.column, self.get().Value(), &formula);
+            [](const Cell& self, const std::optional<Text>& formula) {
+                self.sheet->set(self.at.row, self.at.column, self.get().Value(),
+                                formula ? &*formula : nullptr);
             },
             "Such as 'of:=SUM([.A1:.A9])', or None. Setting it keeps the value as the last result.")
         .def_property_readonly(
@@ -287,8 +290,9 @@ void RequireSize(const ODF::CellRange& range, std::uint64_t maxCells) {
 void BindSheet(py::module_& module) {
     py::class_<ODF::CellValue>(module, "CellValue", "A percentage or an amount of money for a cell.");
     module.def("percentage", &ODF::CellValue::Percentage, py::arg("number"), "0.25 is shown as 25%.");
-    module.def("currency", &ODF::CellValue::Currency, py::arg("number"), py::arg("code"),
-               "An amount with the code of its currency, such as 'EUR'.");
+    module.def(
+        "currency", [](double number, const Text& code) { return ODF::CellValue::Currency(number, code); },
+        py::arg("number"), py::arg("code"), "An amount with the code of its currency, such as 'EUR'.");
     BindCell(module);
     py::class_<Rows>(module, "Rows")
         .def("__iter__", [](const py::object& self) { return self; })
@@ -300,7 +304,7 @@ void BindSheet(py::module_& module) {
         .def_property_readonly("table", &Sheet::table, "The element.")
         .def_property(
             "name", [](Sheet& self) { return ToPython(self->Name()); },
-            [](Sheet& self, const std::string& name) { self->Table().SetTableName(CTulStringW(name)); })
+            [](Sheet& self, const Text& name) { self->Table().SetTableName(CTulStringW(name)); })
         .def_property_readonly(
             "dimensions",
             [](Sheet& self) -> py::object {

@@ -272,7 +272,7 @@ ODF::CellValue FromPython(py::handle value) {
     if (PyBool_Check(object)) {
         result = value.cast<bool>();
     } else if (PyUnicode_Check(object)) {
-        result = value.cast<std::string>();
+        result = TextFrom(value);
     } else if (PyLong_Check(object) || PyFloat_Check(object)) {
         const double number = PyFloat_AsDouble(object);
         if (number == -1 && PyErr_Occurred()) throw py::error_already_set();

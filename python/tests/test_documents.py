@@ -148,7 +148,7 @@ def test_other_threads_run_and_are_kept_off_while_a_document_is_saved(letter):
     thread.start()
     letter.tobytes(progress=progress)
     thread.join()
-    assert refused == ["another thread is working on this document"] * 4
+    assert refused == ["another call is working on this document"] * 4
     assert len(letter.body) == 1003
 
 
