@@ -92,6 +92,7 @@ public:
     py::object member(const std::string& name) const {
         ODF::Result result;
         CSDObject* const root = (**this).Root(name, &result);
+        if (!root && !(**this).HasMember(name)) throw py::key_error(name);
         if (!root) Require(result);
         return WrapOrNone(tree(), root);
     }

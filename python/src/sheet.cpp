@@ -347,6 +347,13 @@ void BindSheet(py::module_& module) {
                 return py::str(ODF::PrintRange(*range));
             },
             py::arg("cell"), "The range that is merged to one cell and has this one in it, or None.")
+        .def("__eq__",
+             [](const Sheet& self, const py::object& other) -> py::object {
+                 if (!py::isinstance<Sheet>(other))
+                     return py::reinterpret_borrow<py::object>(Py_NotImplemented);
+                 return py::bool_(self.table().is(other.cast<const Sheet&>().table()));
+             })
+        .def("__hash__", [](const Sheet& self) { return py::hash(self.table()); })
         .def("__repr__", Repr);
 }
 
