@@ -241,11 +241,20 @@ void BindCell(py::module_& module) {
 
 ODF::Sheet& Sheet::operator*() {
     CSDObject& table = *table_;
-    if (!view_ || version_ != tree().version) {
+    const auto at = tree().written.find(&table);
+    const std::size_t written = at == tree().written.end() ? 0 : at->second;
+    if (!view_ || version_ != tree().version || written_ != written) {
         view_.emplace(static_cast<ODF::CTableTable&>(table));
         version_ = tree().version;
+        written_ = written;
     }
     return *view_;
+}
+
+void Sheet::wrote() {
+    written_ = NextVersion();
+    for (const CSDObject* at = &*table_; at; at = at->Parent())
+        if (at->GetID() == ODF::CTableTable::kId) tree().written[at] = written_;
 }
 
 void Sheet::set(std::uint32_t row, std::uint32_t column, const ODF::CellValue& value,

@@ -41,6 +41,8 @@ public:
     std::unordered_map<CSDObject*, ElementObject*> held;
     /// Is another number after each change that views of the tree have to know, and in each tree.
     std::size_t version = NextVersion();
+    /// The same of what views have written to a table, or to one in it.
+    std::unordered_map<const CSDObject*, std::size_t> written;
     /// Whether a thread works on the tree without the interpreter's lock.
     bool isBusy = false;
 };

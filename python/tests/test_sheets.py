@@ -126,6 +126,22 @@ def test_view_follows_changes_of_the_tree(book):
     assert cell.value == 2 and sheet.name == "Sheet1"
 
 
+def test_views_see_what_others_write_to_their_table(book):
+    sheet, same, other = book.sheets[0], book.sheets[0], book.sheets.add("Other")
+    sheet.append(["a"])
+    same.append(["b"])
+    other.append(["c"])
+    sheet.append(["d"])
+    assert list(sheet.rows()) == list(same.rows()) == [["a"], ["b"], ["d"]] and list(other.rows()) == [["c"]]
+    sheet["B1"].make().append(Table(TableRow(TableCell()), name="Inner"))
+    inner = odfmodel.Sheet(sheet["B1"].element.find(Table))
+    inner["C3"] = "in"
+    assert same.shape == (3, 2) and inner.shape == (3, 3)
+    inner.table.detach()
+    inner.append(["out"])
+    assert sheet.shape == (3, 1) and inner.shape == (4, 3)
+
+
 def test_writing_while_reading_goes_on(book):
     sheet = book.sheets[0]
     for number in range(5):
