@@ -53,6 +53,12 @@ py::list Names(const CSDObject& object) {
     return names;
 }
 
+/// As for any mapping, what can't be a name is none that there is.
+std::string NameFrom(const py::object& key) {
+    if (!PyUnicode_Check(key.ptr())) throw py::key_error(py::repr(key).cast<std::string>());
+    return Utf8From(key);
+}
+
 template<typename T>
 std::optional<T> Parse(std::string_view text) {
     T value{};
@@ -171,7 +177,8 @@ void BindAttributes(py::module_& module) {
         "The attributes of an element by their names, such as 'text:style-name', as texts.\n\n"
         "Those that the class doesn't list are called '{namespace}name'.")
         .def("__getitem__",
-             [](const Attributes& self, const std::string& name) {
+             [](const Attributes& self, const py::object& key) {
+                 const std::string name = NameFrom(key);
                  if (const auto value = ValueOf(*self.element, name)) return ToPython(*value);
                  throw py::key_error(name);
              })
@@ -181,7 +188,8 @@ void BindAttributes(py::module_& module) {
                  Touch(self.element, name);
              })
         .def("__delitem__",
-             [](const Attributes& self, const std::string& name) {
+             [](const Attributes& self, const py::object& key) {
+                 const std::string name = NameFrom(key);
                  if (!Unset(*self.element, name)) throw py::key_error(name);
                  Touch(self.element, name);
              })
@@ -198,8 +206,9 @@ void BindAttributes(py::module_& module) {
     const py::object type = module.attr("Attributes");
     mapping.attr("register")(type);
     for (const char* const name : {"get", "keys", "items", "values", "__contains__", "__eq__", "pop",
-                                   "popitem", "clear", "update", "setdefault"})
+                                   "popitem", "clear", "update", "setdefault", "_MutableMapping__marker"})
         type.attr(name) = mapping.attr(name);
+    type.attr("__hash__") = py::none(); // what can be compared and changed has none
 }
 
 } // namespace odfpython

@@ -67,7 +67,7 @@ std::uint32_t Index(const py::handle& index, const char* what) {
 
 ODF::CellAddress AddressOf(const py::object& key) {
     if (py::isinstance<py::str>(key)) {
-        const auto name = key.cast<std::string>();
+        const std::string name = Utf8From(key);
         if (const auto cell = ODF::ParseCell(name)) return *cell;
         throw py::key_error("'" + name + "' names no cell");
     }
@@ -107,7 +107,7 @@ bool Bounds(const py::handle& key, std::uint32_t count, std::uint32_t& first, st
 
 py::object GetItem(const SheetPointer& sheet, const py::object& key) {
     if (py::isinstance<py::str>(key)) {
-        const auto name = key.cast<std::string>();
+        const std::string name = Utf8From(key);
         if (name.find(':') != std::string::npos) return CellsIn(sheet, RangeOf(*sheet, key));
     } else if (py::isinstance<py::tuple>(key) && py::len(key) == 2) {
         const auto pair = py::reinterpret_borrow<py::tuple>(key);
@@ -284,7 +284,7 @@ ODF::CellRange RangeOf(Sheet& sheet, const py::object& range) {
         const auto used = sheet->UsedRange();
         return used ? ODF::CellRange{{0, 0}, used->last} : ODF::CellRange{{1, 0}, {0, 0}};
     }
-    const auto name = range.cast<std::string>();
+    const std::string name = Utf8From(range);
     if (const auto parsed = ODF::ParseRange(name)) return *parsed;
     throw py::key_error("'" + name + "' names no cells");
 }

@@ -19,13 +19,17 @@ char32_t FirstForbidden(std::string_view utf8) noexcept {
 
 } // namespace
 
-std::string TextFrom(py::handle value) {
+std::string Utf8From(py::handle value) {
     if (!PyUnicode_Check(value.ptr()))
         throw py::type_error(std::string("a str is needed, not ") + Py_TYPE(value.ptr())->tp_name);
     Py_ssize_t size = 0;
     const char* const utf8 = PyUnicode_AsUTF8AndSize(value.ptr(), &size);
-    if (!utf8) throw py::error_already_set(); // for a half of a surrogate pair a ValueError
-    std::string text(utf8, static_cast<std::size_t>(size));
+    if (!utf8) throw py::error_already_set();
+    return {utf8, static_cast<std::size_t>(size)};
+}
+
+std::string TextFrom(py::handle value) {
+    std::string text = Utf8From(value);
     if (const char32_t found = FirstForbidden(text); found != 0x10FFFF) {
         char message[64];
         std::snprintf(message, sizeof message, "no document can hold the character U+%04X",

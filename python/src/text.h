@@ -12,7 +12,9 @@ namespace odfpython {
 /// A str that a document can hold, in UTF-8, as an argument.
 struct Text : std::string {};
 
-/// Throws TypeError for what is no str, ValueError for one with characters that XML doesn't have.
+/// In UTF-8. Throws TypeError for what is no str, ValueError for half of a surrogate pair.
+std::string Utf8From(py::handle value);
+/// The same; throws ValueError for other characters that XML doesn't have, too.
 std::string TextFrom(py::handle value);
 /// A path as the system has it, from a str, bytes or os.PathLike.
 std::string PathFrom(py::handle value);

@@ -77,6 +77,32 @@ def test_number_that_an_attribute_cannot_have_is_refused(element, name, value, e
     assert getattr(element, name) is None
 
 
+@pytest.mark.parametrize("key", [5, None, b"text:style-name", ("a",), "text:nonsense", "", "{", "{}", "{urn:x}", "a\0"])
+def test_attributes_are_a_mapping_for_any_key(key):
+    attributes = P(style_name="x").attrib
+    assert key not in attributes and attributes.get(key, 3) == 3 and attributes.pop(key, 4) == 4
+    for use in (lambda: attributes[key], lambda: attributes.pop(key), lambda: attributes.__delitem__(key)):
+        with pytest.raises(KeyError):
+            use()
+    assert attributes.pop("text:style-name") == "x" and attributes == {}
+    with pytest.raises(TypeError):
+        hash(attributes)
+
+
+@pytest.mark.parametrize("use, error", [
+    (lambda sheet: sheet.rows(5), TypeError), (lambda sheet: sheet.to_numpy(b"A1"), TypeError),
+    (lambda sheet: sheet["\ud800"], ValueError), (lambda sheet: sheet["\ud800:A1"], ValueError),
+    (lambda sheet: sheet[::2, 0], ValueError), (lambda sheet: sheet[0, 0, 0], TypeError), (lambda sheet: sheet["A1:"], KeyError),
+    (lambda sheet: sheet.rows("A1:XFD1048576"), ValueError), (lambda sheet: sheet["A1:XFD1048576"], ValueError),
+    (lambda sheet: sheet.table.find("\ud800"), ValueError), (lambda sheet: next(sheet.table.iter("\ud800")), ValueError),
+    (lambda sheet: sheet.to_pandas(max_cells=0), ValueError), (lambda sheet: odfmodel.Sheet(P()), TypeError)])
+def test_place_or_path_that_is_none_is_told(use, error):
+    sheet = book()
+    sheet["A1"] = 1
+    with pytest.raises(error):
+        use(sheet)
+
+
 @pytest.mark.parametrize("options, error", [
     ({"compression": "fast"}, TypeError), ({"compression": 0}, ValueError), ({"compression": 13}, ValueError),
     ({"compression": 10**30}, ValueError), ({"threads": -1}, ValueError), ({"fixed_time": 1.5}, TypeError),
