@@ -1,4 +1,5 @@
 """Documents, their sheets and members."""
+import io
 from collections.abc import MutableMapping, Sequence
 
 from . import _core
@@ -49,6 +50,10 @@ class Sheets(Sequence):
 
     def __iter__(self):
         return iter(self._document._sheets())
+
+    def __contains__(self, sheet):
+        """Whether there is this sheet, or one of that name."""
+        return sheet in (self.names if isinstance(sheet, str) else self._document._sheets())
 
     @property
     def names(self):
@@ -103,9 +108,10 @@ class Document(_core.Document):
         return list(self.iter(what))
 
     def save(self, path=None, **options):
-        """Writes the document to `path`, or to where it was opened from.
+        """Writes the document to `path`, which may be a file that is open for writing in binary, or to where it was
+        opened from.
 
-        The old file is replaced when the new one is complete. Options: `compression` from 1 (quick) to 12 (small);
+        An old file at a path is replaced when the new one is complete. Options: `compression` from 1 (quick) to 12 (small);
         `threads`; `fixed_time`, in seconds since 1970, for files that come out the same each time;
         `allow_incomplete` for documents that couldn't be read whole; `progress`, a function that is told member,
         done and total, and ends it by returning False.
@@ -113,7 +119,15 @@ class Document(_core.Document):
         path = self.path if path is None else path
         if path is None:
             raise ValueError("the document was opened from no file: say where to save it")
-        self._save(path, **options)
+        if hasattr(path, "write"):
+            rest = memoryview(self.tobytes(**options))
+            while rest:
+                written = path.write(rest)
+                if written is None and isinstance(path, io.RawIOBase):
+                    raise BlockingIOError("the file takes no more at present")
+                rest = rest[len(rest) if written is None else written:]
+        else:
+            self._save(path, **options)
 
     def set_password(self, password):
         """Encrypts the document with this password from now on; None for no longer."""

@@ -10,7 +10,7 @@ def to_numpy(sheet, range=None, *, max_cells=100_000_000):
 
     columns = _core.columns(sheet, range, 0, max_cells)
     is_numeric = all(column.dtype.kind in "if" for column in columns)
-    result = numpy.empty((len(columns[0]), len(columns)), dtype=float if is_numeric else object)
+    result = numpy.empty((len(columns[0]) if columns else 0, len(columns)), dtype=float if is_numeric else object)
     for index, column in enumerate(columns):
         # astype(object) would make numbers of times.
         result[:, index] = column if column.dtype.kind not in "mM" else _objects(column)
@@ -44,25 +44,36 @@ def to_pandas(sheet, range=None, *, header=True, max_cells=100_000_000):
 
 def _unique(names):
     """The names as pandas itself makes them: 'Unnamed: 2' for none, 'a.1' for a second 'a'."""
-    seen = {}
-    result = []
-    for index, name in enumerate(names):
-        name = f"Unnamed: {index}" if name is None else name
-        count = seen.get(name, 0)
-        seen[name] = count + 1
-        result.append(f"{name}.{count}" if count else name)
+    names = [f"Unnamed: {index}" if name is None else name for index, name in enumerate(names)]
+    taken, counts, result = set(names), {}, []
+    for name in names:
+        count = counts.get(name, 0)
+        unique = name
+        while count and unique in taken:
+            unique = f"{name}.{count}"
+            count += 1
+        counts[name] = max(count, 1)
+        taken.add(unique)
+        result.append(unique)
     return result
 
 
 def from_pandas(sheet, frame, *, header=True, index=False):
-    """Appends the rows of a DataFrame behind what the sheet has; missing values are empty cells."""
+    """Appends the rows of a DataFrame behind what the sheet has; missing values are empty cells.
+
+    Names of several levels take a row each. When a value is one that no cell can hold, nothing is written.
+    """
     if index:
         frame = frame.reset_index()
-    if header:
-        sheet.append([str(name) if not isinstance(name, (int, float)) else name for name in frame.columns])
+    names = [_names(level) for level in zip(*frame.columns)] if frame.columns.nlevels > 1 else [_names(frame.columns)]
     columns = [frame.iloc[:, number] for number in range(frame.shape[1])]
     arrays = [column.to_numpy(dtype=None) for column in columns]
-    _core.append_columns(sheet, arrays, [column.isna().to_numpy() for column in columns])
+    _core.append_columns(sheet, names if header else [], arrays, [column.isna().to_numpy() for column in columns])
+
+
+def _names(names):
+    return [None if name is None or name != name else name if isinstance(name, (int, float)) else str(name)
+            for name in names]
 
 
 def register_pandas_engine():

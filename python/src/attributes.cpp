@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 
 namespace odfpython {
 namespace {
@@ -71,6 +72,12 @@ py::list Names(const CSDObject& object) {
     return names;
 }
 
+/// As for any mapping, what can't be a name is none that there is.
+std::string NameFrom(const py::object& key) {
+    if (!PyUnicode_Check(key.ptr())) throw py::key_error(py::repr(key).cast<std::string>());
+    return Utf8From(key);
+}
+
 template<typename T>
 std::optional<T> Parse(std::string_view text) {
     T value{};
@@ -80,20 +87,6 @@ std::optional<T> Parse(std::string_view text) {
 }
 
 } // namespace
-
-py::str ToPython(std::u16string_view text) {
-    int order = 0;
-    PyObject* const made = PyUnicode_DecodeUTF16(reinterpret_cast<const char*>(text.data()),
-                                                 static_cast<Py_ssize_t>(text.size() * 2), "replace", &order);
-    if (!made) throw py::error_already_set();
-    return py::reinterpret_steal<py::str>(made);
-}
-
-py::str ToPython(std::string_view utf8) {
-    PyObject* const made = PyUnicode_DecodeUTF8(utf8.data(), static_cast<Py_ssize_t>(utf8.size()), "replace");
-    if (!made) throw py::error_already_set();
-    return py::reinterpret_steal<py::str>(made);
-}
 
 py::object AttributeType::get(const CSDObject& object) const {
     CTulStringW found;
@@ -131,11 +124,11 @@ void AttributeType::set(CSDObject& object, py::handle value) const {
     switch (type_) {
     case ODF::AttributeType::Text:
         expect(py::isinstance<py::str>(value), "a str");
-        text = value.cast<std::string>();
+        text = TextFrom(value);
         break;
     case ODF::AttributeType::Enumeration:
         expect(py::isinstance<py::str>(value), "a str");
-        text = value.cast<std::string>();
+        text = TextFrom(value);
         if (std::find(keys_.begin(), keys_.end(), text) == keys_.end())
             throw py::value_error("'" + text + "' is not a value of " + std::string(name_));
         break;
@@ -146,19 +139,28 @@ void AttributeType::set(CSDObject& object, py::handle value) const {
     case ODF::AttributeType::Unsigned:
     case ODF::AttributeType::Signed: {
         expect(PyIndex_Check(value.ptr()) && !isBool, "an int");
-        const auto number = value.cast<long long>();
+        int overflow = 0;
+        const long long number = PyLong_AsLongLongAndOverflow(value.ptr(), &overflow);
+        if (number == -1 && PyErr_Occurred()) throw py::error_already_set();
         const bool isSigned = type_ == ODF::AttributeType::Signed;
-        if (number < (isSigned ? INT32_MIN : 0) || number > (isSigned ? INT32_MAX : INT64_C(0xFFFFFFFF)))
-            throw py::value_error(std::to_string(number) + " is out of the range of " + std::string(name_));
+        if (overflow != 0 || number < (isSigned ? INT32_MIN : 0) ||
+            number > (isSigned ? INT32_MAX : INT64_C(0xFFFFFFFF)))
+            throw py::value_error(py::str(value).cast<std::string>() + " is out of the range of " +
+                                  std::string(name_));
         text = std::to_string(number);
         break;
     }
-    case ODF::AttributeType::Number:
+    case ODF::AttributeType::Number: {
         expect((PyFloat_Check(value.ptr()) || PyIndex_Check(value.ptr())) && !isBool, "a float");
-        text = py::str(py::float_(py::reinterpret_borrow<py::object>(value))).cast<std::string>();
+        const py::float_ number(py::reinterpret_borrow<py::object>(value));
+        if (!std::isfinite(static_cast<double>(number)))
+            throw py::value_error(std::string(name_) + " takes finite numbers");
+        text = py::repr(number).cast<std::string>();
         break;
     }
-    ODF::SetAttributeText(object, name_, text);
+    }
+    if (!ODF::SetAttributeText(object, name_, text))
+        throw py::value_error("'" + text + "' is not a value of " + std::string(name_));
 }
 
 std::string AttributeType::describe() const {
@@ -194,17 +196,19 @@ void BindAttributes(py::module_& module) {
         "The attributes of an element by their names, such as 'text:style-name', as texts.\n\n"
         "Those that the class doesn't list are called '{namespace}name'.")
         .def("__getitem__",
-             [](const Attributes& self, const std::string& name) {
+             [](const Attributes& self, const py::object& key) {
+                 const std::string name = NameFrom(key);
                  if (const auto value = ValueOf(*self.element, name)) return ToPython(*value);
                  throw py::key_error(name);
              })
         .def("__setitem__",
-             [](const Attributes& self, const std::string& name, const std::string& value) {
+             [](const Attributes& self, const Text& name, const Text& value) {
                  Set(*self.element, name, value);
                  Touch(self.element, name);
              })
         .def("__delitem__",
-             [](const Attributes& self, const std::string& name) {
+             [](const Attributes& self, const py::object& key) {
+                 const std::string name = NameFrom(key);
                  if (!Unset(*self.element, name)) throw py::key_error(name);
                  Touch(self.element, name);
              })
@@ -221,8 +225,9 @@ void BindAttributes(py::module_& module) {
     const py::object type = module.attr("Attributes");
     mapping.attr("register")(type);
     for (const char* const name : {"get", "keys", "items", "values", "__contains__", "__eq__", "pop",
-                                   "popitem", "clear", "update", "setdefault"})
+                                   "popitem", "clear", "update", "setdefault", "_MutableMapping__marker"})
         type.attr(name) = mapping.attr(name);
+    type.attr("__hash__") = py::none(); // what can be compared and changed has none
 }
 
 } // namespace odfpython

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "text.h"
 #include "tree.h"
 
 #include <odfmodel/core/reflection.h>
@@ -35,7 +36,5 @@ void Touch(const Element& element, std::string_view attribute);
 /// Binds `Attributes`, the mapping of all attributes of an element.
 void BindAttributes(py::module_& module);
 py::object AttributesOf(const Element& element);
-py::str ToPython(std::u16string_view text);
-py::str ToPython(std::string_view utf8);
 
 } // namespace odfpython

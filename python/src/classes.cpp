@@ -47,14 +47,8 @@ PyObject* New(PyTypeObject* type, PyObject*, PyObject*) {
         const unsigned id = IdOf(type);
         const auto at = TheRegistry().classes.find(id);
         if (at == TheRegistry().classes.end()) throw py::type_error("such an element can't be made");
-        auto tree = std::make_shared<LooseTree>(std::unique_ptr<CSDObject>(at->second.create()));
-        PyObject* const made = type->tp_alloc(type, 0);
-        if (!made) throw py::error_already_set();
-        auto* const element = reinterpret_cast<ElementObject*>(made);
-        element->object = tree->object();
-        tree->held.emplace(element->object, element);
-        new (&element->tree) TreePointer(std::move(tree));
-        return made;
+        const auto tree = std::make_shared<LooseTree>(std::unique_ptr<CSDObject>(at->second.create()));
+        return MakeObject(type, tree, *tree->object()).release().ptr();
     });
 }
 
@@ -200,9 +194,9 @@ void BindClasses(py::module_& module) {
                                   {Py_tp_dealloc, reinterpret_cast<void*>(Dealloc)},
                                   {Py_tp_members, members},
                                   {0, nullptr}};
-    static PyType_Spec spec{"odfmodel.Element", sizeof(ElementObject), 0,
-                            Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE, slots};
-    PyObject* const base = PyType_FromSpec(&spec);
+    static PyType_Spec definition{"odfmodel.Element", sizeof(ElementObject), 0,
+                                  Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE, slots};
+    PyObject* const base = PyType_FromSpec(&definition);
     if (!base) throw py::error_already_set();
     TheRegistry().base = reinterpret_cast<PyTypeObject*>(base);
     module.add_object("Element", base);
@@ -214,7 +208,7 @@ void BindClasses(py::module_& module) {
         MakeType("odfmodel", "ForeignElement", ODF::kForeignElementId, "An element that no class lists.");
     module.def("define", Define);
     module.def(
-        "element", [](const std::string& tag) { return WrapLoose(MakeElement(tag)); }, py::arg("tag"),
+        "element", [](const Text& tag) { return WrapLoose(MakeElement(tag)); }, py::arg("tag"),
         "A new element by its tag, such as 'text:p', or '{namespace}name' for one that no class lists.");
 }
 

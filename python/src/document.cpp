@@ -14,6 +14,7 @@
 #include <odfmodel/elements/elements.h>
 
 #include <chrono>
+#include <climits>
 #include <optional>
 
 namespace odfpython {
@@ -61,16 +62,18 @@ public:
     const TreePointer tree() const { return required(); }
     ODF::Document& operator*() const {
         RequireIdle(*required());
-        return tree_->document;
+        return raw();
     }
     ODF::Document* operator->() const { return &**this; }
+    /// The document for the call that works on it.
+    ODF::Document& raw() const { return required()->document; }
     /// The same document as one XML file, or as a package.
     Document convert(ODF::Result (*change)(ODF::Document&, ODF::Document&)) const {
         Document made;
         ODF::Result result;
         ODF::Document& source = **this;
         {
-            const Unlocked unlocked(*tree_);
+            const Unlocked unlocked(tree_);
             result = change(source, made.tree_->document);
         }
         Require(result);
@@ -89,12 +92,13 @@ public:
     py::object member(const std::string& name) const {
         ODF::Result result;
         CSDObject* const root = (**this).Root(name, &result);
+        if (!root && !(**this).HasMember(name)) throw py::key_error(name);
         if (!root) Require(result);
         return WrapOrNone(tree(), root);
     }
 
     void save(const py::object& path, const py::kwargs& options) const {
-        const auto target = py::module_::import("os").attr("fspath")(path).cast<std::string>();
+        const std::string target = PathFrom(path);
         Require(run([&](ODF::Document& document,
                         const ODF::SaveOptions& how) { return document.Save(target, how); },
                     options),
@@ -112,19 +116,22 @@ public:
         if (!(**this).HasMember(name)) throw py::key_error(name);
         Bytes bytes;
         ODF::Result result;
+        ODF::Document& document = **this;
         {
-            const Unlocked unlocked(*tree_);
-            result = tree_->document.ReadMember(name, bytes);
+            const Unlocked unlocked(tree_);
+            result = document.ReadMember(name, bytes);
         }
         Require(result);
         return toPython(bytes);
     }
     void write(const std::string& name, const py::buffer& data, const std::string& mediaType) const {
+        const py::buffer_info info = data.request(); // may run Python
+        const auto bytes = bytesOf(info);
         rescue(name);
-        const py::buffer_info info = data.request();
-        Require((**this).WriteMember(name, bytesOf(info), mediaType));
+        Require((**this).WriteMember(name, bytes, mediaType));
     }
     void remove(const std::string& name) const {
+        if (!(**this).HasMember(name)) throw py::key_error(name);
         rescue(name);
         if (!(**this).RemoveMember(name)) throw py::key_error(name);
     }
@@ -140,28 +147,49 @@ private:
         ODF::Document& document = tree_->document;
         if (PyObject_CheckBuffer(source.ptr())) {
             const py::buffer_info info = py::reinterpret_borrow<py::buffer>(source).request();
-            const Unlocked unlocked(*tree_);
-            return document.Open(bytesOf(info), options);
+            const auto bytes = bytesOf(info);
+            const Unlocked unlocked(tree_);
+            return document.Open(bytes, options);
         }
-        if (py::hasattr(source, "read")) return open(source.attr("read")(), options);
-        const auto path = py::module_::import("os").attr("fspath")(source).cast<std::string>();
-        const Unlocked unlocked(*tree_);
+        if (py::hasattr(source, "read")) {
+            const py::object bytes = source.attr("read")();
+            if (!PyObject_CheckBuffer(bytes.ptr()))
+                throw py::type_error(std::string("a file must be open in binary: its read() returned ") +
+                                     Py_TYPE(bytes.ptr())->tp_name);
+            return open(bytes, options);
+        }
+        const std::string path = PathFrom(source);
+        const Unlocked unlocked(tree_);
         return document.Open(path, options);
     }
 
+    static bool isTrue(py::handle value) {
+        const int answer = PyObject_IsTrue(value.ptr());
+        if (answer < 0) throw py::error_already_set();
+        return answer != 0;
+    }
+    template<typename T>
+    static T wholeOf(const std::string& option, py::handle value, T least, T most) {
+        int overflow = 0;
+        const long long number = PyLong_AsLongLongAndOverflow(value.ptr(), &overflow);
+        if (number == -1 && PyErr_Occurred()) throw py::error_already_set();
+        if (overflow != 0 || number < static_cast<long long>(least) || number > static_cast<long long>(most))
+            throw py::value_error(option + " is out of its range");
+        return static_cast<T>(number);
+    }
     static ODF::SaveOptions optionsOf(const py::kwargs& given) {
         ODF::SaveOptions options;
         for (const auto& [key, value] : given) {
             const auto name = key.cast<std::string>();
             if (name == "compression")
-                options.compression = value.cast<int>();
+                options.compression = wholeOf(name, value, 1, 12);
             else if (name == "threads")
-                options.threads = value.cast<unsigned>();
+                options.threads = wholeOf(name, value, 0U, UINT_MAX);
             else if (name == "allow_incomplete")
-                options.allowsIncomplete = value.cast<bool>();
-            else if (name == "fixed_time")
-                options.fixedTime = value.cast<std::int64_t>();
-            else if (name == "progress")
+                options.allowsIncomplete = isTrue(value);
+            else if (name == "fixed_time") {
+                if (!value.is_none()) options.fixedTime = wholeOf(name, value, INT64_MIN, INT64_MAX);
+            } else if (name == "progress")
                 options.progress = watch(value);
             else
                 throw py::type_error("saving has no option '" + name + "'");
@@ -173,9 +201,9 @@ private:
     template<typename Write>
     ODF::Result run(Write write, const py::kwargs& given) const {
         const ODF::SaveOptions options = optionsOf(given);
-        const std::shared_ptr<DocumentTree> tree = required();
-        const Unlocked unlocked(*tree);
-        return write(tree->document, options);
+        ODF::Document& document = **this;
+        const Unlocked unlocked(tree_);
+        return write(document, options);
     }
 
     /// Asks the caller's function and for signals, such as that of Ctrl+C, a few times a second.
@@ -191,7 +219,7 @@ private:
             if (PyErr_CheckSignals() != 0) throw py::error_already_set();
             if (!isAsked) return true;
             const py::object answer = progress(ToPython(state.member), state.done, state.total);
-            return answer.is_none() || answer.cast<bool>();
+            return answer.is_none() || isTrue(answer);
         };
     }
 
@@ -234,13 +262,19 @@ CSDObject& BodyOf(const Document& document) {
 }
 
 py::object Sheets(const Document& document) {
+    std::vector<Element> tables;
+    {
+        const Pinned pinned(document.tree());
+        for (const ODF::Sheet& sheet : ODF::Sheets(document.raw()))
+            tables.push_back(pinned.wrap(sheet.Table()));
+    }
     py::list sheets;
-    for (const ODF::Sheet& sheet : ODF::Sheets(*document))
-        sheets.append(MakeSheet(Wrap(document.tree(), sheet.Table())));
+    for (const Element& table : tables)
+        sheets.append(MakeSheet(table));
     return sheets;
 }
 
-py::object AddSheet(const Document& document, const std::string& name) {
+py::object AddSheet(const Document& document, const Text& name) {
     ODF::Sheets sheets(*document);
     const ODF::Sheet* const sheet = sheets.Add(name);
     if (!sheet) throw py::value_error("there can't be a sheet '" + name + "' in this document");
@@ -253,7 +287,7 @@ py::list Lines(const Document& document) {
     ODF::Document& source = *document;
     bool isWhole = true;
     {
-        const Unlocked unlocked(*tree);
+        const Unlocked unlocked(tree);
         isWhole = ODF::ForEachLine(source, [&](std::string_view line) { lines.emplace_back(line); });
     }
     if (!isWhole) throw py::value_error("repeated cells make too much text");
@@ -315,7 +349,7 @@ void BindDocument(py::module_& module) {
             "The text of all paragraphs of the body, a line each.")
         .def(
             "replace",
-            [](const Document& self, const std::string& from, const std::string& to) {
+            [](const Document& self, const std::string& from, const Text& to) {
                 return Replace(self.tree(), BodyOf(self), from, to);
             },
             py::arg("old"), py::arg("new"))

@@ -26,19 +26,35 @@ public:
             next_ = find(*root, true);
     }
     py::object next() {
-        if (next_.is_none()) throw py::stop_iteration();
-        py::object present = next_;
-        next_ = find(*py::reinterpret_borrow<Element>(present), isDeep_);
-        return present;
+        // What was to come next may be elsewhere by now; then it goes on after what was last.
+        if (next_ && !isHere(next_))
+            next_ = present_ && isHere(present_) ? find(*present_, isDeep_) : Element();
+        if (!next_) throw py::stop_iteration();
+        present_ = next_;
+        next_ = find(*present_, isDeep_);
+        return present_;
     }
 
 private:
-    /// The element after `at`, which isn't asked itself.
-    py::object find(CSDObject& at, bool entersFirst) {
+    /// The element after `at`, which isn't asked itself; null for none.
+    Element find(CSDObject& at, bool entersFirst) {
         CSDObject& root = *root_;
+        version_ = root_.tree()->version;
         for (CSDObject* object = &at; (object = after(*object, root, entersFirst));)
             if (entersFirst = isDeep_; matches_(*object)) return Wrap(root_.tree(), *object);
-        return py::none();
+        return {};
+    }
+    /// Whether an element that was below the root is so still.
+    bool isHere(const Element& element) const {
+        const Tree& tree = *root_.tree();
+        if (element.tree().get() != &tree) return false;
+        if (version_ == tree.version) return true;
+        const CSDObject* const root = &*root_;
+        if (!isDeep_) return element->Parent() == root;
+        const CSDObject* at = &*element;
+        while (at && at != root)
+            at = at->Parent();
+        return at != nullptr;
     }
     static CSDObject* after(CSDObject& object, const CSDObject& root, bool enters) {
         if (enters)
@@ -54,13 +70,15 @@ private:
     Element root_;
     Matcher matches_;
     bool isDeep_;
-    py::object next_;
+    Element present_;
+    Element next_;
+    std::size_t version_ = 0; ///< of the tree when `next_` was found
 };
 
 /// What takes long enough to let other threads run: what is at the top of a tree.
 std::unique_ptr<Unlocked> UnlockedIfLarge(const Element& element) {
     const bool isLarge = !element->Parent() || !element->Parent()->Parent();
-    return isLarge ? std::make_unique<Unlocked>(*element.tree()) : nullptr;
+    return isLarge ? std::make_unique<Unlocked>(element.tree()) : nullptr;
 }
 
 std::vector<CSDObject*> ElementsIn(const Element& parent) {
@@ -71,15 +89,15 @@ std::vector<CSDObject*> ElementsIn(const Element& parent) {
 }
 
 py::list WrapAll(const TreePointer& tree, const std::vector<CSDObject*>& objects) {
+    const Pinned pinned(tree);
     py::list list(objects.size());
     for (std::size_t i = 0; i < objects.size(); ++i)
-        list[i] = Wrap(tree, *objects[i]);
+        list[i] = pinned.wrap(*objects[i]);
     return list;
 }
 
 py::list FindAll(const Element& root, const py::object& what) {
     const Path path(what);
-    const NoCollection noCollection;
     std::vector<CSDObject*> found;
     {
         const auto unlocked = UnlockedIfLarge(root);
@@ -104,7 +122,7 @@ bool AddText(CSDObject& parent, const std::string& text, CSDObject* before) {
 
 void Put(const Element& parent, const py::object& child, CSDObject* before) {
     if (py::isinstance<py::str>(child)) {
-        if (!AddText(*parent, child.cast<std::string>(), before))
+        if (!AddText(*parent, TextFrom(child), before))
             throw py::type_error(TagOf(*parent) + " holds no text of its own");
         parent.tree()->version = NextVersion();
     } else if (py::isinstance<Element>(child)) {
@@ -114,7 +132,10 @@ void Put(const Element& parent, const py::object& child, CSDObject* before) {
     }
 }
 
-void Insert(const Element& parent, Py_ssize_t index, const py::object& child) {
+void Insert(const Element& parent, const py::object& place, const py::object& child) {
+    Py_ssize_t index =
+        PyNumber_AsSsize_t(place.ptr(), nullptr); // as list.insert: what is too large is the end
+    if (index == -1 && PyErr_Occurred()) throw py::error_already_set();
     const std::vector<CSDObject*> elements = ElementsIn(parent);
     const auto count = static_cast<Py_ssize_t>(elements.size());
     if (index < 0) index = std::max<Py_ssize_t>(index + count, 0);
@@ -143,7 +164,7 @@ void DropChildren(const Element& element) {
             CSDObject::Delete(child);
 }
 
-void SetText(const Element& element, const std::string& text) {
+void SetText(const Element& element, const Text& text) {
     CSDObject& object = *element;
     if (object.GetID() == ODF::kCommentId) {
         static_cast<CSDStringValueObject&>(object).Setval(CTulStringW(text));
@@ -170,25 +191,25 @@ void Clear(const Element& element) {
 
 /// Elements, comments and texts, as they are in the file.
 py::list Content(const Element& element) {
-    const NoCollection noCollection;
-    py::list content;
     const std::string value = ODF::TextOf(*element);
-    if (!value.empty() && element->GetID() != ODF::kCommentId) content.append(ToPython(value));
-    for (CSDObject& child : element->Children())
+    const Pinned pinned(element.tree());
+    py::list content;
+    CSDObject& object = element.raw();
+    if (!value.empty() && object.GetID() != ODF::kCommentId) content.append(ToPython(value));
+    for (CSDObject& child : object.Children())
         if (ODF::IsTextRun(child))
             content.append(ToPython(static_cast<const CSDStringValueObject&>(child).Getval().view()));
         else
-            content.append(Wrap(element.tree(), child));
+            content.append(pinned.wrap(child));
     return content;
 }
 
 py::object GetItem(const Element& parent, const py::object& index) {
-    const NoCollection noCollection;
-    const std::vector<CSDObject*> elements = ElementsIn(parent);
-    if (py::isinstance<py::slice>(index)) return WrapAll(parent.tree(), elements)[index];
+    if (py::isinstance<py::slice>(index)) return WrapAll(parent.tree(), ElementsIn(parent))[index];
     if (!PyIndex_Check(index.ptr())) throw py::type_error("children are got by a number or a slice");
+    const Py_ssize_t at = IndexFrom(index); // may run Python
+    const std::vector<CSDObject*> elements = ElementsIn(parent);
     const auto count = static_cast<Py_ssize_t>(elements.size());
-    const auto at = index.cast<Py_ssize_t>();
     if (at < -count || at >= count) throw py::index_error("there is no such child");
     return Wrap(parent.tree(), *elements[static_cast<std::size_t>(at < 0 ? at + count : at)]);
 }
@@ -295,7 +316,10 @@ void BindChanging() {
     DefineMethod(
         "extend",
         [](const Element& self, const py::iterable& children) {
-            for (const py::handle child : children)
+            // Children that are moved while they are gone through would come again and again.
+            const bool isOfTree = py::isinstance<Element>(children) || py::isinstance<Iteration>(children);
+            const py::iterable given = isOfTree ? py::iterable(py::list(children)) : children;
+            for (const py::handle child : given)
                 Append(self, py::reinterpret_borrow<py::object>(child));
         },
         py::arg("children"), "Appends each of the children.");
@@ -319,7 +343,7 @@ void BindChanging() {
     DefineMethod("clear", Clear, "Removes all children and text; attributes stay.");
     DefineMethod(
         "replace",
-        [](const Element& self, const std::string& from, const std::string& to) {
+        [](const Element& self, const std::string& from, const Text& to) {
             return Replace(self.tree(), *self, from, to);
         },
         py::arg("old"), py::arg("new"),
@@ -358,7 +382,7 @@ std::size_t Replace(const TreePointer& tree, CSDObject& root, const std::string&
                     const std::string& to) {
     std::size_t count = 0;
     KeepInline(tree, root, [&] {
-        const Unlocked unlocked(*tree);
+        const Unlocked unlocked(tree);
         count = ODF::ReplaceText(root, from, to);
     });
     return count;

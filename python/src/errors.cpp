@@ -52,6 +52,21 @@ void BindErrors(py::module_& module) {
         .def_readonly("column", &ODF::Note::column)
         .def_property_readonly("member", [](const ODF::Note& note) { return ToPython(note.member); })
         .def_property_readonly("text", [](const ODF::Note& note) { return ToPython(note.text); })
+        .def(py::pickle(
+            [](const ODF::Note& note) {
+                return py::make_tuple(note.severity, note.line, note.column, ToPython(note.member),
+                                      ToPython(note.text));
+            },
+            [](const py::tuple& state) {
+                if (state.size() != 5) throw py::value_error("no state of a note");
+                ODF::Note note;
+                note.severity = state[0].cast<ODF::Severity>();
+                note.line = state[1].cast<unsigned long>();
+                note.column = state[2].cast<unsigned long>();
+                note.member = state[3].cast<std::string>();
+                note.text = state[4].cast<std::string>();
+                return note;
+            }))
         .def("__repr__", [](const ODF::Note& note) {
             return py::str("<Note {}:{}:{} {!r}>")
                 .format(ToPython(note.member), note.line, note.column, ToPython(note.text));

@@ -174,14 +174,15 @@ private:
 py::list Columns(Sheet& sheet, const py::object& what, std::uint32_t skippedRows, std::uint64_t maxCells) {
     ODF::CellRange range = RangeOf(sheet, what);
     RequireSize(range, maxCells);
-    range.first.row += skippedRows;
     py::list arrays;
+    if (range.first.row > range.last.row) return arrays; // nothing is used
+    range.first.row += skippedRows;
     const bool isEmpty = std::uint64_t{range.first.row} > range.last.row;
     Texts texts;
     std::vector<Column> columns;
     {
         const ODF::Sheet& view = *sheet;
-        const Unlocked unlocked(sheet.tree());
+        const Unlocked unlocked(sheet.table().tree());
         if (isEmpty)
             columns.assign(range.last.column - range.first.column + 1, Column(0));
         else
@@ -193,6 +194,11 @@ py::list Columns(Sheet& sheet, const py::object& what, std::uint32_t skippedRows
         column = Column(0);
     }
     return arrays;
+}
+
+/// Nothing for NaN, which is what numpy has for none.
+ODF::CellValue NumberOrNone(double number) {
+    return std::isnan(number) ? ODF::CellValue() : ODF::CellValue(number);
 }
 
 /// The values of an array of numpy; `missing`, if any, marks those that are none.
@@ -207,25 +213,40 @@ std::vector<ODF::CellValue> ValuesOf(const py::array& array, const py::array_t<b
     const char kind = array.dtype().kind();
     if (kind == 'i' || kind == 'u' || kind == 'f') {
         const auto numbers = py::array_t<double, py::array::c_style | py::array::forcecast>(array);
-        fill([&](std::size_t i) { return ODF::CellValue(numbers.data()[i]); });
+        fill([&](std::size_t i) { return NumberOrNone(numbers.data()[i]); });
     } else if (kind == 'b') {
         const auto truths = py::array_t<bool, py::array::c_style | py::array::forcecast>(array);
         fill([&](std::size_t i) { return ODF::CellValue(truths.data()[i]); });
     } else if (kind == 'M' || kind == 'm') {
-        const auto times = py::array_t<std::int64_t, py::array::c_style | py::array::forcecast>(
-            array.attr("astype")(std::string(1, kind) + "8[ns]").attr("view")("i8"));
+        // By seconds first: the nanoseconds of all years don't fit into 64 bits.
+        using Times = py::array_t<std::int64_t, py::array::c_style | py::array::forcecast>;
+        const py::object seconds = array.attr("astype")(std::string(1, kind) + "8[s]");
+        const Times wholes(seconds.attr("astype")("i8"));
+        const Times rests((array - seconds).attr("astype")("m8[ns]").attr("astype")("i8"));
         fill([&](std::size_t i) {
-            return kind == 'M' ? ODF::CellValue::Date(PrintDate(times.data()[i]))
-                               : ODF::CellValue::Time(PrintDuration(times.data()[i]));
+            if (wholes.data()[i] == kNoTime) return ODF::CellValue();
+            const Seconds time{wholes.data()[i], rests.data()[i]};
+            return kind == 'M' ? DateValue(time) : TimeValue(time);
         });
     } else {
         const py::list objects = array.attr("tolist")();
-        fill([&](std::size_t i) { return FromPython(objects[i]); });
+        fill([&](std::size_t i) {
+            const py::handle object = objects[i];
+            return PyFloat_Check(object.ptr()) ? NumberOrNone(PyFloat_AS_DOUBLE(object.ptr()))
+                                               : FromPython(object);
+        });
     }
     return values;
 }
 
-void AppendColumns(Sheet& sheet, const py::list& arrays, const py::list& missing) {
+/// All or nothing is written of what no cell can hold.
+void AppendColumns(Sheet& sheet, const py::list& header, const py::list& arrays, const py::list& missing) {
+    std::vector<std::vector<ODF::CellValue>> head;
+    for (const py::handle names : header) {
+        head.emplace_back();
+        for (const py::handle name : py::reinterpret_borrow<py::iterable>(names))
+            head.back().push_back(FromPython(name));
+    }
     std::vector<std::vector<ODF::CellValue>> columns;
     for (std::size_t i = 0; i < arrays.size(); ++i)
         columns.push_back(ValuesOf(arrays[i].cast<py::array>(), missing[i].cast<py::array_t<bool>>()));
@@ -238,7 +259,9 @@ void AppendColumns(Sheet& sheet, const py::list& arrays, const py::list& missing
     ODF::Sheet& view = *sheet;
     bool isDone = true;
     {
-        const Unlocked unlocked(sheet.tree());
+        const Unlocked unlocked(sheet.table().tree());
+        for (const auto& names : head)
+            isDone = isDone && view.AppendRow(names).has_value();
         std::vector<ODF::CellValue> row(columns.size());
         for (std::size_t i = 0; i < height && isDone; ++i) {
             for (std::size_t column = 0; column < columns.size(); ++column)
@@ -254,7 +277,8 @@ void AppendColumns(Sheet& sheet, const py::list& arrays, const py::list& missing
 
 void BindFrames(py::module_& module) {
     module.def("columns", Columns, "The columns of a range as arrays of numpy.");
-    module.def("append_columns", AppendColumns, "Appends rows that are given as columns.");
+    module.def("append_columns", AppendColumns,
+               "Appends rows of names, then those that are given as columns.");
 }
 
 } // namespace odfpython

@@ -2,6 +2,7 @@
 
 #include "classes.h"
 #include "element.h"
+#include "text.h"
 
 #include <odfmodel/core/foreign.h>
 
@@ -20,7 +21,7 @@ Matcher::Matcher(py::handle what) {
         if (what.ptr() == reinterpret_cast<PyObject*>(ElementType())) return;
     }
     if (!py::isinstance<py::str>(what)) throw py::type_error("elements are found by a class or a tag");
-    *this = Matcher(std::string_view(what.cast<std::string>()));
+    *this = Matcher(std::string_view(Utf8From(what)));
 }
 
 Matcher::Matcher(std::string_view tag) {
@@ -48,7 +49,7 @@ Path::Path(py::handle what) {
         steps_.push_back({false, Matcher(what)});
         return;
     }
-    const auto text = what.cast<std::string>();
+    const std::string text = Utf8From(what);
     std::string_view rest = text;
     if (rest.starts_with("./")) rest.remove_prefix(rest.starts_with(".//") ? 1 : 2);
     while (!rest.empty()) {

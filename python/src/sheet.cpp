@@ -3,6 +3,8 @@
 #include "attributes.h"
 #include "values.h"
 
+#include <pybind11/stl.h>
+
 #include <odfmodel/core/reflection.h>
 #include <odfmodel/elements/table/structure.h>
 
@@ -57,7 +59,7 @@ py::object ExactValue(const ODF::SheetCell& cell) {
 }
 
 std::uint32_t Index(const py::handle& index, const char* what) {
-    const auto number = index.cast<long long>();
+    const Py_ssize_t number = IndexFrom(index);
     if (number < 0 || number > ODF::kMaxSheetIndex)
         throw py::index_error(std::string("there is no such ") + what);
     return static_cast<std::uint32_t>(number);
@@ -65,7 +67,7 @@ std::uint32_t Index(const py::handle& index, const char* what) {
 
 ODF::CellAddress AddressOf(const py::object& key) {
     if (py::isinstance<py::str>(key)) {
-        const auto name = key.cast<std::string>();
+        const std::string name = Utf8From(key);
         if (const auto cell = ODF::ParseCell(name)) return *cell;
         throw py::key_error("'" + name + "' names no cell");
     }
@@ -105,7 +107,7 @@ bool Bounds(const py::handle& key, std::uint32_t count, std::uint32_t& first, st
 
 py::object GetItem(const SheetPointer& sheet, const py::object& key) {
     if (py::isinstance<py::str>(key)) {
-        const auto name = key.cast<std::string>();
+        const std::string name = Utf8From(key);
         if (name.find(':') != std::string::npos) return CellsIn(sheet, RangeOf(*sheet, key));
     } else if (py::isinstance<py::tuple>(key) && py::len(key) == 2) {
         const auto pair = py::reinterpret_borrow<py::tuple>(key);
@@ -130,12 +132,12 @@ public:
 
     py::list next() {
         if (row_ > range_.last.row) throw py::stop_iteration();
-        const NoCollection noCollection;
         const std::uint32_t width = range_.last.column - range_.first.column + 1;
         py::list values(width);
         for (std::uint32_t i = 0; i < width; ++i)
             values[i] = py::none();
         const ODF::SheetRow row = (*sheet_)->Row(static_cast<std::uint32_t>(row_++));
+        const Pinned pinned(sheet_->table().tree());
         if (!row.Element()) return values;
         for (const ODF::SheetCell& cell : row.UsedCells()) {
             if (cell.Column() > range_.last.column) break;
@@ -191,8 +193,9 @@ void BindCell(py::module_& module) {
                 if (formula.empty()) return py::none();
                 return ToPython(formula);
             },
-            [](const Cell& self, const std::string& formula) {
-                self.sheet->set(self.at.row, self.at.column, self.get().Value(), &formula);
+            [](const Cell& self, const std::optional<Text>& formula) {
+                self.sheet->set(self.at.row, self.at.column, self.get().Value(),
+                                formula ? &*formula : nullptr);
             },
             "Such as 'of:=SUM([.A1:.A9])', or None. Setting it keeps the value as the last result.")
         .def_property_readonly(
@@ -238,11 +241,20 @@ void BindCell(py::module_& module) {
 
 ODF::Sheet& Sheet::operator*() {
     CSDObject& table = *table_;
-    if (!view_ || version_ != tree().version) {
+    const auto at = tree().written.find(&table);
+    const std::size_t written = at == tree().written.end() ? 0 : at->second;
+    if (!view_ || version_ != tree().version || written_ != written) {
         view_.emplace(static_cast<ODF::CTableTable&>(table));
         version_ = tree().version;
+        written_ = written;
     }
     return *view_;
+}
+
+void Sheet::wrote() {
+    written_ = NextVersion();
+    for (const CSDObject* at = &*table_; at; at = at->Parent())
+        if (at->GetID() == ODF::CTableTable::kId) tree().written[at] = written_;
 }
 
 void Sheet::set(std::uint32_t row, std::uint32_t column, const ODF::CellValue& value,
@@ -272,7 +284,7 @@ ODF::CellRange RangeOf(Sheet& sheet, const py::object& range) {
         const auto used = sheet->UsedRange();
         return used ? ODF::CellRange{{0, 0}, used->last} : ODF::CellRange{{1, 0}, {0, 0}};
     }
-    const auto name = range.cast<std::string>();
+    const std::string name = Utf8From(range);
     if (const auto parsed = ODF::ParseRange(name)) return *parsed;
     throw py::key_error("'" + name + "' names no cells");
 }
@@ -287,8 +299,9 @@ void RequireSize(const ODF::CellRange& range, std::uint64_t maxCells) {
 void BindSheet(py::module_& module) {
     py::class_<ODF::CellValue>(module, "CellValue", "A percentage or an amount of money for a cell.");
     module.def("percentage", &ODF::CellValue::Percentage, py::arg("number"), "0.25 is shown as 25%.");
-    module.def("currency", &ODF::CellValue::Currency, py::arg("number"), py::arg("code"),
-               "An amount with the code of its currency, such as 'EUR'.");
+    module.def(
+        "currency", [](double number, const Text& code) { return ODF::CellValue::Currency(number, code); },
+        py::arg("number"), py::arg("code"), "An amount with the code of its currency, such as 'EUR'.");
     BindCell(module);
     py::class_<Rows>(module, "Rows")
         .def("__iter__", [](const py::object& self) { return self; })
@@ -300,7 +313,7 @@ void BindSheet(py::module_& module) {
         .def_property_readonly("table", &Sheet::table, "The element.")
         .def_property(
             "name", [](Sheet& self) { return ToPython(self->Name()); },
-            [](Sheet& self, const std::string& name) { self->Table().SetTableName(CTulStringW(name)); })
+            [](Sheet& self, const Text& name) { self->Table().SetTableName(CTulStringW(name)); })
         .def_property_readonly(
             "dimensions",
             [](Sheet& self) -> py::object {
@@ -343,6 +356,13 @@ void BindSheet(py::module_& module) {
                 return py::str(ODF::PrintRange(*range));
             },
             py::arg("cell"), "The range that is merged to one cell and has this one in it, or None.")
+        .def("__eq__",
+             [](const Sheet& self, const py::object& other) -> py::object {
+                 if (!py::isinstance<Sheet>(other))
+                     return py::reinterpret_borrow<py::object>(Py_NotImplemented);
+                 return py::bool_(self.table().is(other.cast<const Sheet&>().table()));
+             })
+        .def("__hash__", [](const Sheet& self) { return py::hash(self.table()); })
         .def("__repr__", Repr);
 }
 

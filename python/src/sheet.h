@@ -18,8 +18,8 @@ public:
     ODF::Sheet* operator->() { return &**this; }
     const Element& table() const noexcept { return table_; }
     Tree& tree() const noexcept { return *table_.tree(); }
-    /// The view has written, and knows what.
-    void wrote() { version_ = tree().version = NextVersion(); }
+    /// The view has written, and knows what; other views of the table don't.
+    void wrote();
     /// What has to be written to a cell goes by here: texts that Python holds live on.
     void set(std::uint32_t row, std::uint32_t column, const ODF::CellValue& value,
              const std::string* formula = nullptr);
@@ -28,6 +28,7 @@ private:
     Element table_;
     std::optional<ODF::Sheet> view_;
     std::size_t version_ = 0;
+    std::size_t written_ = 0;
 };
 
 py::object MakeSheet(const Element& table);

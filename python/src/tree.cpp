@@ -103,20 +103,33 @@ std::size_t NextVersion() noexcept {
 }
 
 void RequireIdle(const Tree& tree) {
-    if (tree.isBusy) throw std::runtime_error("another thread is working on this document");
+    if (tree.isBusy) throw std::runtime_error("another call is working on this document");
 }
 
 bool Element::isElement(PyObject* object) {
     return PyObject_TypeCheck(object, ElementType());
 }
 
-Element Wrap(const TreePointer& tree, CSDObject& object) {
-    RequireIdle(*tree);
-    const auto at = tree->held.find(&object);
+Pinned::Pinned(TreePointer tree) : tree_(std::move(tree)) {
+    RequireIdle(*tree_);
+    tree_->isBusy = true;
+    collects_ = PyGC_Disable();
+}
+
+Pinned::~Pinned() {
+    if (collects_) PyGC_Enable();
+    tree_->isBusy = false;
+}
+
+Element Pinned::wrap(CSDObject& object) const {
+    const auto at = tree_->held.find(&object);
     // One that is just being freed may still be there.
-    if (at != tree->held.end() && Py_REFCNT(at->second) > 0)
+    if (at != tree_->held.end() && Py_REFCNT(at->second) > 0)
         return py::reinterpret_borrow<Element>(reinterpret_cast<PyObject*>(at->second));
-    PyTypeObject* const type = TypeOf(object); // may run Python
+    return MakeObject(TypeOf(object), tree_, object);
+}
+
+Element MakeObject(PyTypeObject* type, const TreePointer& tree, CSDObject& object) {
     PyObject* const made = type->tp_alloc(type, 0);
     if (!made) throw py::error_already_set();
     auto* const element = reinterpret_cast<ElementObject*>(made);
@@ -125,6 +138,10 @@ Element Wrap(const TreePointer& tree, CSDObject& object) {
     Element result = py::reinterpret_steal<Element>(made);
     tree->held.insert_or_assign(&object, element);
     return result;
+}
+
+Element Wrap(const TreePointer& tree, CSDObject& object) {
+    return Pinned(tree).wrap(object);
 }
 
 Element WrapLoose(std::unique_ptr<CSDObject> object) {

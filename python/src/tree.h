@@ -41,6 +41,8 @@ public:
     std::unordered_map<CSDObject*, ElementObject*> held;
     /// Is another number after each change that views of the tree have to know, and in each tree.
     std::size_t version = NextVersion();
+    /// The same of what views have written to a table, or to one in it.
+    std::unordered_map<const CSDObject*, std::size_t> written;
     /// Whether a thread works on the tree without the interpreter's lock.
     bool isBusy = false;
 };
@@ -65,43 +67,28 @@ private:
     std::unique_ptr<CSDObject> object_;
 };
 
-/// Throws RuntimeError while another thread works on the tree.
+/// Throws RuntimeError while another call works on the tree.
 void RequireIdle(const Tree& tree);
 
 /// Lets other threads run Python while this one works on the tree. Make it only where nothing of Python is
 /// used.
 class Unlocked {
 public:
-    explicit Unlocked(Tree& tree) : tree_(tree) {
-        RequireIdle(tree);
-        tree.isBusy = true;
+    explicit Unlocked(TreePointer tree) : tree_(std::move(tree)) {
+        RequireIdle(*tree_);
+        tree_->isBusy = true;
         state_ = PyEval_SaveThread();
     }
     Unlocked(const Unlocked&) = delete;
     Unlocked& operator=(const Unlocked&) = delete;
     ~Unlocked() {
         PyEval_RestoreThread(state_);
-        tree_.isBusy = false;
+        tree_->isBusy = false;
     }
 
 private:
-    Tree& tree_;
+    TreePointer tree_; // somebody may close the document meanwhile
     PyThreadState* state_;
-};
-
-/// Keeps Python from collecting garbage, which may run code that changes the tree, while pointers into it are
-/// used.
-class NoCollection {
-public:
-    NoCollection() noexcept : was_(PyGC_Disable()) {}
-    NoCollection(const NoCollection&) = delete;
-    NoCollection& operator=(const NoCollection&) = delete;
-    ~NoCollection() {
-        if (was_) PyGC_Enable();
-    }
-
-private:
-    int was_;
 };
 
 /// An element as argument and result of what Python calls.
@@ -123,6 +110,26 @@ private:
     ElementObject& held() const { return *reinterpret_cast<ElementObject*>(ptr()); }
     static bool isElement(PyObject* object);
 };
+
+/// Keeps the tree as it is while pointers to what Python doesn't hold are used and Python's objects are made.
+/// That may run code of others: importing a module lets other threads on, and collecting garbage calls
+/// finalizers.
+class Pinned {
+public:
+    explicit Pinned(TreePointer tree);
+    Pinned(const Pinned&) = delete;
+    Pinned& operator=(const Pinned&) = delete;
+    ~Pinned();
+    /// As `Wrap`.
+    Element wrap(CSDObject& object) const;
+
+private:
+    TreePointer tree_;
+    int collects_;
+};
+
+/// A new Python object for an object of the tree, which knows it from now on.
+Element MakeObject(PyTypeObject* type, const TreePointer& tree, CSDObject& object);
 
 /// The Python object of an element, comment or processing instruction of the tree.
 Element Wrap(const TreePointer& tree, CSDObject& object);

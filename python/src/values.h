@@ -23,8 +23,13 @@ std::optional<std::int64_t> ParseDuration(std::string_view iso) noexcept;
 /// A datetime and a timedelta of them.
 py::object DateToPython(std::int64_t nanoseconds);
 py::object DurationToPython(std::int64_t nanoseconds);
-/// Back again.
-std::string PrintDate(std::int64_t nanoseconds);
-std::string PrintDuration(std::int64_t nanoseconds);
+/// Seconds since 1970, or of a duration, and what comes to them: 0 to 999,999,999 nanoseconds.
+struct Seconds {
+    std::int64_t whole = 0;
+    std::int64_t nanoseconds = 0;
+};
+/// Back again. Throws ValueError for a date before the year 1 or after 9999.
+ODF::CellValue DateValue(const Seconds& since1970);
+ODF::CellValue TimeValue(const Seconds& duration);
 
 } // namespace odfpython

@@ -1,5 +1,6 @@
 import io
 import os
+import pickle
 import threading
 from concurrent.futures import ThreadPoolExecutor
 
@@ -59,6 +60,45 @@ def test_failures_are_exceptions_with_status_and_place(letter, tmp_path):
     with pytest.raises(odfmodel.Error):
         document.tobytes()
     assert odfmodel.open(document.tobytes(allow_incomplete=True)).is_whole
+
+
+@pytest.mark.parametrize("make, kind", [
+    (lambda: odfmodel.open(b"junk"), odfmodel.DamagedError), (lambda: odfmodel.new("text").save("/no/folder/a.odt"), odfmodel.FileError)])
+def test_failure_goes_to_another_process_whole(make, kind):
+    with pytest.raises(kind) as raised:
+        make()
+    error = raised.value
+    copied = pickle.loads(pickle.dumps(error))
+    assert type(copied) is kind and str(copied) == str(error) and copied.status == error.status and error.notes
+    assert [(n.severity, n.member, n.line, n.column, n.text) for n in copied.notes] == [
+        (n.severity, n.member, n.line, n.column, n.text) for n in error.notes]
+
+
+class Slow(io.RawIOBase):
+    """Takes 1000 bytes at a time."""
+    data = b""
+
+    def write(self, data):
+        self.data += data[:1000]
+        return min(len(data), 1000)
+
+
+def test_document_is_saved_to_a_file_that_is_open(letter, tmp_path):
+    memory, slow, path = io.BytesIO(), Slow(), tmp_path / "letter.odt"
+    letter.save(memory)
+    letter.save(slow, compression=1)
+    with path.open("wb") as file:
+        letter.save(file)
+    for data in (memory.getvalue(), slow.data, path.read_bytes()):
+        assert odfmodel.open(data).text() == letter.text()
+    with pytest.raises(TypeError):
+        letter.save(io.StringIO())
+
+
+def test_member_that_is_missing_has_no_root(letter):
+    with pytest.raises(KeyError):
+        letter.root("none.xml")
+    assert letter.root("content.xml") is letter.content
 
 
 def test_password_is_needed_and_kept(letter, again):
@@ -148,7 +188,7 @@ def test_other_threads_run_and_are_kept_off_while_a_document_is_saved(letter):
     thread.start()
     letter.tobytes(progress=progress)
     thread.join()
-    assert refused == ["another thread is working on this document"] * 4
+    assert refused == ["another call is working on this document"] * 4
     assert len(letter.body) == 1003
 
 

@@ -1,10 +1,11 @@
-from datetime import date, datetime, time, timedelta
+from datetime import date, datetime, time, timedelta, timezone
 from decimal import Decimal
 from io import BytesIO
 
 import pytest
 
 import odfmodel
+from odfmodel import _core
 from odfmodel.table import Table, TableCell, TableRow
 from odfmodel.text import P
 
@@ -27,7 +28,15 @@ def book():
     (odfmodel.percentage(0.25), 0.25, "percentage", "25%"), (odfmodel.currency(3, "EUR"), 3, "currency", None),
     (numpy.int64(5), 5, "number", "5"), (numpy.float32(0.5), 0.5, "number", "0.5"),
     (numpy.bool_(False), False, "bool", "FALSE"),
-    (numpy.datetime64("2024-01-02T03:04:05", "ns"), datetime(2024, 1, 2, 3, 4, 5), "date", None)])
+    (numpy.datetime64("2024-01-02T03:04:05", "ns"), datetime(2024, 1, 2, 3, 4, 5), "date", None),
+    (numpy.datetime64("9999-12-31"), datetime(9999, 12, 31), "date", None),
+    (numpy.datetime64("0001", "Y"), datetime(1, 1, 1), "date", None),
+    (numpy.timedelta64(-1, "ms"), timedelta(milliseconds=-1), "time", None), (numpy.longdouble(1.5), 1.5, "number", "1.5"),
+    (numpy.array([5]), 5, "number", "5"),
+    (numpy.array(["2024-02-29"], dtype="M8[D]"), datetime(2024, 2, 29), "date", None),
+    (pandas.Series(pandas.to_datetime(["2024-02-29"])), datetime(2024, 2, 29), "date", None), (timedelta(days=200_000), timedelta(days=200_000), "time", None),
+    (timedelta.max - timedelta(days=1), timedelta.max - timedelta(days=1), "time", None),
+    (timedelta.min + timedelta(days=1), timedelta.min + timedelta(days=1), "time", None)])
 def test_value_is_read_back_with_its_type(book, again, given, read, kind, text):
     book.sheets[0]["C2"] = given
     cell = again(book).sheets[0]["C2"]
@@ -38,8 +47,15 @@ def test_value_is_read_back_with_its_type(book, again, given, read, kind, text):
 def test_value_that_no_cell_holds_is_refused(book):
     sheet = book.sheets[0]
     sheet["A1"] = 1
+    aware = datetime(2024, 1, 1, tzinfo=timezone.utc)
     for wrong, error in [(float("nan"), ValueError), (float("inf"), ValueError), ([], TypeError),
-                         (10**400, OverflowError)]:
+                         (10**400, OverflowError), (b"bytes", TypeError), (1j, TypeError), (numpy.clongdouble(1j), TypeError),
+                         (aware, ValueError), (aware.timetz(), ValueError), (pandas.Timestamp(aware), ValueError),
+                         (pandas.NaT, ValueError), (pandas.NA, TypeError), (numpy.datetime64("NaT"), ValueError),
+                         (numpy.timedelta64("NaT"), ValueError), (numpy.datetime64("20000-01-01"), ValueError),
+                         (numpy.longdouble("inf"), ValueError), (numpy.array([1, 2]), ValueError),
+                         (numpy.array([1, 2], dtype="M8[s]"), ValueError),
+                         (numpy.array(b"x"), TypeError), (Decimal("NaN"), ValueError)]:
         with pytest.raises(error):
             sheet["A1"] = wrong
         with pytest.raises(error):
@@ -110,6 +126,22 @@ def test_view_follows_changes_of_the_tree(book):
     assert cell.value == 2 and sheet.name == "Sheet1"
 
 
+def test_views_see_what_others_write_to_their_table(book):
+    sheet, same, other = book.sheets[0], book.sheets[0], book.sheets.add("Other")
+    sheet.append(["a"])
+    same.append(["b"])
+    other.append(["c"])
+    sheet.append(["d"])
+    assert list(sheet.rows()) == list(same.rows()) == [["a"], ["b"], ["d"]] and list(other.rows()) == [["c"]]
+    sheet["B1"].make().append(Table(TableRow(TableCell()), name="Inner"))
+    inner = odfmodel.Sheet(sheet["B1"].element.find(Table))
+    inner["C3"] = "in"
+    assert same.shape == (3, 2) and inner.shape == (3, 3)
+    inner.table.detach()
+    inner.append(["out"])
+    assert sheet.shape == (3, 1) and inner.shape == (4, 3)
+
+
 def test_writing_while_reading_goes_on(book):
     sheet = book.sheets[0]
     for number in range(5):
@@ -164,8 +196,88 @@ def test_frame_of_odd_sheets(book):
     assert sheet.to_pandas(header=False).shape == (1, 3)
     sheet["A2"] = date(9999, 12, 31)  # more than 64 bits of nanoseconds
     assert sheet.to_pandas()["a"].tolist() == ["9999-12-31"]
-    with pytest.raises(ValueError):
-        sheet.from_pandas(pandas.DataFrame({"x": [float("inf")]}))
+    for wrong, error in [(float("inf"), ValueError), (1j, TypeError), (b"x", TypeError), (10**400, OverflowError),
+                         (pandas.Timestamp("2024-01-01", tz="UTC"), ValueError), ("a\0", ValueError)]:
+        with pytest.raises(error):
+            sheet.from_pandas(pandas.DataFrame({"good": [1, 2], "wrong": [1, wrong]}))
+        assert sheet.shape == (2, 3)
+
+
+@pytest.mark.parametrize("column, values", [
+    (pandas.array([1, None], dtype="Int64"), [1, None]), (pandas.array([True, None], dtype="boolean"), [True, None]),
+    (pandas.array([0.5, 1], dtype="Float64") * numpy.inf * 0, [None, None]), (pandas.array(["x", None], dtype="string"), ["x", None]),
+    (pandas.Categorical(["b", None]), ["b", None]), (pandas.Categorical([7, 8]), [7, 8]), (pandas.arrays.SparseArray([0, 1]), [0, 1]),
+    (numpy.array([1, 2], dtype=numpy.longdouble), [1, 2]), (numpy.array([1.5, 2], dtype=numpy.float16), [1.5, 2]),
+    ([numpy.nan, pandas.NaT], [None, None]), ([datetime(3000, 1, 1), pandas.NA], [datetime(3000, 1, 1), None]),
+    ([numpy.longdouble(2), Decimal("0.5")], [2, 0.5])])
+def test_column_of_any_kind_is_written(book, column, values):
+    book.sheets[0].from_pandas(pandas.DataFrame({"name": column}))
+    assert list(book.sheets[0].rows("A1:A3")) == [["name"]] + [[value] for value in values]
+
+
+@pytest.mark.parametrize("times, values", [
+    (numpy.array(["3000-01-01", "NaT", "0001-01-01T00:00:01"], dtype="M8[s]"), ["3000-01-01T00:00:00", None, "0001-01-01T00:00:01"]),
+    (numpy.array(["1969-12-31T23:59:59.999999999"], dtype="M8[ns]"), ["1969-12-31T23:59:59.999999999"]),
+    (numpy.array([10**10, "NaT", -1], dtype="m8[s]"), ["PT2777777H46M40S", None, "-PT00H00M01S"]),
+    (numpy.array([-1, 10**9 + 1], dtype="m8[ns]"), ["-PT00H00M00.000000001S", "PT00H00M01.000000001S"])])
+def test_times_of_any_unit_are_written_whole(book, times, values):
+    _core.append_columns(book.sheets[0], [["t"]], [times], [numpy.isnat(times)])
+    cells = [row[0].element for row in book.sheets[0]["A2:A9"][:len(values)]]
+    assert [cell and (cell.get("office:date-value") or cell.get("office:time-value")) for cell in cells] == values
+    _core.append_columns(book.sheets[0], [], [times], [numpy.zeros(len(times), dtype=bool)])
+    assert len(book.sheets[0].table.findall(TableRow)) == 1 + 2 * len(values)
+
+
+@pytest.mark.parametrize("iso, value", [
+    ("PT1H", timedelta(hours=1)), ("P1DT1.5S", timedelta(days=1, seconds=1.5)), ("-PT0.25S", timedelta(seconds=-0.25)),
+    ("PT36H", timedelta(hours=36)), *[(text, text) for text in (
+        "P", "PT", "P1DT", "P1M", "P1Y", "PT1H1H", "PT1S1M", "PT1.5H", "P1H", "PT1D", "1H", "PT1", "-P", "PT99999999999999999999S",
+        "P" + "999999999999D" * 2000)]])
+def test_duration_of_a_file_is_a_timedelta_or_its_text(iso, value):
+    table = Table(TableRow(TableCell(value_type="time", time_value=iso)))
+    sheet = odfmodel.Sheet(table)
+    assert sheet["A1"].value == value and list(sheet.rows("A1")) == [[value]]
+    assert sheet.to_pandas("A1", header=False)[0].tolist() == [value]
+
+
+@pytest.mark.parametrize("names, columns", [
+    (["a", "a", "a.1"], ["a", "a.2", "a.1"]), (["a", "a", "a", "a.1", "a.2"], ["a", "a.3", "a.4", "a.1", "a.2"]),
+    (["a.1", "a", "a", "a"], ["a.1", "a", "a.2", "a.3"]), ([1, 1, 2.5], [1, "1.1", 2.5])])
+def test_names_of_columns_are_those_of_pandas(book, names, columns):
+    book.sheets[0].append(names)
+    book.sheets[0].append(range(len(names)))
+    assert list(book.sheets[0].to_pandas().columns) == columns
+    assert list(pandas.read_excel(BytesIO(book.tobytes()), engine="odf").columns) == columns
+
+
+@pytest.mark.parametrize("columns, header", [
+    ([numpy.nan, None], [[None, None]]), ([1, "x"], [[1, "x"]]), (["a", "a"], [["a", "a"]]),
+    (pandas.MultiIndex.from_tuples([("a", "x"), ("a", "y")]), [["a", "a"], ["x", "y"]])])
+def test_names_of_any_frame_are_written(book, columns, header):
+    book.sheets[0].from_pandas(pandas.DataFrame([[1, 2]], columns=columns))
+    assert list(book.sheets[0].rows()) == header + [[1, 2]]
+
+
+def test_sheet_without_cells_is_an_empty_frame_and_array(book):
+    sheet = book.sheets[0]
+    assert sheet.to_pandas().shape == sheet.to_numpy().shape == (0, 0)
+    for empty in (pandas.DataFrame({"a": []}), pandas.DataFrame(index=[1, 2], columns=["a"])):
+        sheet.from_pandas(empty)
+    assert list(sheet.rows("A1:A4")) == [["a"], ["a"], [None], [None]]
+
+
+def test_sheets_are_the_same_when_their_tables_are(book):
+    other = book.sheets.add("Other")
+    assert book.sheets[0] == book.sheets["Sheet1"] != other and len({*book.sheets, *book.sheets}) == 2
+    assert other in book.sheets and "Other" in book.sheets and "None" not in book.sheets and 1 not in book.sheets
+    assert book.sheets.index(other) == 1 and odfmodel.Sheet(Table()) not in book.sheets and other != 1
+
+
+def test_formula_goes_by_none(book):
+    cell = book.sheets[0]["A1"]
+    cell.value, cell.formula = 3, "of:=1+2"
+    cell.formula = None
+    assert (cell.value, cell.formula) == (3, None)
 
 
 def test_array_is_of_numbers_or_objects(book):
