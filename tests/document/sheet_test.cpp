@@ -28,7 +28,6 @@ Document Opened(std::span<const unsigned char> bytes) {
 Document Flat(std::string_view content) {
     const std::string xml = test::Declared(
         R"(<office:document office:version="1.2" xmlns:x="urn:x")"
-        R"( xmlns:calcext="urn:org:documentfoundation:names:experimental:calc:xmlns:calcext:1.0")"
         R"( office:mimetype="application/vnd.oasis.opendocument.spreadsheet"><office:body><office:spreadsheet>)" +
         std::string(content) + "</office:spreadsheet></office:body></office:document>");
     return Opened(test::BytesOf(xml));
