@@ -168,8 +168,8 @@ public:
     std::string MediaType() const;
     /// The version of the format that the document tells, such as "1.2"; empty when it tells none.
     std::string Version() const;
-    /// The same of one member with a tree, such as "styles.xml"; empty when it tells none. `Save` raises it to
-    /// what the tree needs when the caller has added something that a later version brought.
+    /// The same of one member with a tree, such as "styles.xml"; empty when it tells none. `Save` raises it
+    /// to what the tree needs when the caller has added something that a later version brought.
     std::string VersionOf(std::string_view member) const;
 
     /// @name Trees
