@@ -6,6 +6,8 @@
 #include "json.h"
 #include "verb.h"
 
+#include <iostream>
+
 namespace command {
 namespace {
 
@@ -17,17 +19,18 @@ struct CheckOptions : Files {
     std::string version;
 };
 
-/// Checks each file, and prints each result at once or all of them as JSON.
+/// Checks each file, and prints each result at once or all of them as one JSON document.
 ExitCode ForEach(CheckOptions& options, auto check, auto print) {
-    std::vector<decltype(check(std::string()))> results;
+    nlohmann::json results = nlohmann::json::array();
     const ExitCode code = options.forEach([&](const std::string& path) {
-        auto result = check(path);
-        if (!options.isJson) print(result);
-        const ExitCode ofFile = result.code;
-        if (options.isJson) results.push_back(std::move(result));
-        return ofFile;
+        const auto result = check(path);
+        if (options.isJson)
+            results.push_back(ToJson(result));
+        else
+            print(result);
+        return result.code;
     });
-    if (options.isJson) PrintJson(results);
+    if (options.isJson) PrintJson({{"files", std::move(results)}}, std::cout);
     return code;
 }
 
@@ -65,7 +68,7 @@ void AddCheck(CLI::App& app, ExitCode& exitCode) {
                   "List also what is harmless: a document type that is dropped");
     verb.add_option("--version", options.version,
                     "List what readers of this version of the format don't know, instead of a round trip")
-        ->check(CLI::IsMember({"1.1", "1.2", "1.3", "1.4"}))
+        ->check(CLI::IsMember({"1.2", "1.3", "1.4"}))
         ->type_name("VERSION");
 }
 

@@ -10,7 +10,7 @@ namespace command {
 /// `text` on one line: control characters, line separators, the marks that turn the direction of text and
 /// bytes that aren't UTF-8 stand as escapes such as \n, \x1b or \u{202e}; a backslash is doubled.
 std::string Quoted(std::string_view text);
-/// Running text: line ends and tabs stay, all other control characters stand as escapes.
+/// Running text: line ends and tabs stay, all other control characters become escapes.
 std::string Printable(std::string_view text);
 
 /// Whether a document can hold `text`: UTF-8 without most control characters.

@@ -1,5 +1,5 @@
 # Packages for Debian, one for each component of what is installed: cpack in the build folder makes them.
-# Who the packages are from, as Debian's own tools are told.
+# The maintainer: the same variables as Debian's own tools read.
 if(DEFINED ENV{DEBEMAIL} AND DEFINED ENV{DEBFULLNAME})
   set(ODFMODEL_DEB_MAINTAINER "$ENV{DEBFULLNAME} <$ENV{DEBEMAIL}>")
 else()

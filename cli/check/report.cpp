@@ -1,7 +1,6 @@
 #include "check/report.h"
 
 #include "console.h"
-#include "json.h"
 
 #include <iostream>
 
@@ -28,6 +27,8 @@ nlohmann::json ToJson(const Finding& finding) {
     return json;
 }
 
+} // namespace
+
 nlohmann::json ToJson(const CheckResult& result) {
     nlohmann::json json{{"file", result.path}, {"exitCode", static_cast<int>(result.code)}};
     if (!result.error.empty()) {
@@ -45,8 +46,6 @@ nlohmann::json ToJson(const CheckResult& result) {
     }
     return json;
 }
-
-} // namespace
 
 void PrintReport(const CheckResult& result, bool isVerbose) {
     if (!result.error.empty()) {
@@ -67,13 +66,6 @@ void PrintReport(const CheckResult& result, bool isVerbose) {
             if (isVerbose || IsLoss(finding.kind)) PrintFinding(finding);
         if (harmless > 0 && !isVerbose) std::cout << "    " << harmless << " x harmless\n";
     }
-}
-
-void PrintJson(const std::vector<CheckResult>& results) {
-    nlohmann::json files = nlohmann::json::array();
-    for (const CheckResult& result : results)
-        files.push_back(ToJson(result));
-    PrintJson({{"files", files}}, std::cout);
 }
 
 } // namespace command

@@ -2,7 +2,6 @@
 
 #include "check/finding.h"
 #include "console.h"
-#include "json.h"
 #include "package/open_document.h"
 #include "package/reason.h"
 
@@ -25,6 +24,8 @@ void ReadAllTrees(ODF::Document& document, ODF::Result& result) {
             }
 }
 
+} // namespace
+
 nlohmann::json ToJson(const VersionResult& result) {
     nlohmann::json json{{"file", result.path}, {"exitCode", static_cast<int>(result.code)}};
     if (!result.error.empty()) json["error"] = result.error;
@@ -39,8 +40,6 @@ nlohmann::json ToJson(const VersionResult& result) {
     }
     return json;
 }
-
-} // namespace
 
 VersionResult CheckVersion(const std::string& path, ODF::FormatVersion version, const Passwords& passwords,
                            bool isStrict) {
@@ -83,13 +82,6 @@ void PrintReport(const VersionResult& result, ODF::FormatVersion version) {
             std::cout << "    " << use.count << " x " << Quoted(use.name) << " ("
                       << ODF::VersionName(use.since) << ")\n";
     }
-}
-
-void PrintJson(const std::vector<VersionResult>& results) {
-    nlohmann::json files = nlohmann::json::array();
-    for (const VersionResult& result : results)
-        files.push_back(ToJson(result));
-    PrintJson({{"files", files}}, std::cout);
 }
 
 } // namespace command

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "exit_code.h"
+#include "json.h"
 
 #include <odfmodel/document/format_use.h>
 
@@ -28,7 +29,6 @@ struct VersionResult {
 VersionResult CheckVersion(const std::string& path, ODF::FormatVersion version, const Passwords& passwords,
                            bool isStrict);
 void PrintReport(const VersionResult& result, ODF::FormatVersion version);
-/// Prints all results as one JSON document.
-void PrintJson(const std::vector<VersionResult>& results);
+nlohmann::json ToJson(const VersionResult& result);
 
 } // namespace command

@@ -33,7 +33,7 @@ unsigned Number(const CSDObject& object, std::string_view name, unsigned otherwi
     return error == std::errc() ? number : otherwise;
 }
 
-/// What stands in lines of its own, also when the file has it in a paragraph.
+/// What gets lines of its own, also when the file has it in a paragraph.
 bool IsBlock(const CSDObject& object) {
     const auto id = object.GetID();
     return id == ODF::CTextP::kId || id == ODF::CTextH::kId || id == ODF::CTextList::kId ||
@@ -391,7 +391,7 @@ std::vector<MarkupWalk::CellRun> MarkupWalk::runsOf(const ODF::SheetRow& row, st
     return runs;
 }
 
-/// The text of the shapes that lie on a sheet or hang on its cells.
+/// The text of the shapes on a sheet and of those anchored to its cells.
 void MarkupWalk::readShapes(const CSDObject& table) {
     std::vector<Level> open;
     open.push_back({&table, {}, 0, {}});

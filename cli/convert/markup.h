@@ -9,8 +9,8 @@
 
 namespace command {
 
-/// Receives the text of a document in reading order and writes it with markup. Each start has an end, and a
-/// block that stands in a paragraph, such as the text of a shape, comes after that paragraph.
+/// Writes the text of a document with markup, as `WriteMarkup` calls it in reading order. Each start has an
+/// end. A block inside a paragraph, such as the text of a shape, comes after that paragraph.
 class MarkupSink {
 public:
     MarkupSink() = default;
@@ -59,7 +59,7 @@ struct Markup {
     ODF::Result pictures{}; ///< why pictures are missing
 };
 
-/// Sends the text of a document to `sink`, without comments, deleted text, forms, embedded objects and
+/// Calls `sink` with the text of a document, without comments, deleted text, forms, embedded objects and
 /// speaker's notes. Copies of cells and blanks end at 64 MiB: it returns false when some are missing.
 bool WriteMarkup(ODF::Document& document, MarkupSink& sink);
 

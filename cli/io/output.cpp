@@ -34,7 +34,7 @@ ExitCode SaveDocument(ODF::Document& document, const std::string& target, const 
         ComplainNotes(target, saved.Notes());
         return ExitCode::Ok;
     }
-    // What is wrong with the standard output is told at the end.
+    // A fault of the standard output itself is reported once, when the program ends.
     if (target != kStandardStream || std::cout)
         Complain(target, WriteReason(target, saved.Code(), saved.Notes()));
     // A member that was to be copied and can't be read is a fault of the document.

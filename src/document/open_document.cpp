@@ -324,7 +324,8 @@ bool Document::State::writeTree(std::string_view member, Tree& tree, Bytes& byte
     }
     SetAttributeText(*tree.root, "office:version", VersionName(needed));
     const auto ofPackage = ParseVersion(package.version());
-    if (!isFlat && (!ofPackage || *ofPackage < needed)) package.setVersion(VersionName(needed));
+    const bool isOwn = !isFlat && member.find('/') == std::string_view::npos; // not of an embedded object
+    if (isOwn && (!ofPackage || *ofPackage < needed)) package.setVersion(VersionName(needed));
     bytes.resize(start);
     return WriteTree(*tree.root, bytes);
 }
@@ -595,7 +596,7 @@ Result Document::ReadMember(std::string_view name, std::vector<unsigned char>& b
         const auto at = state_->trees.find(name);
         if (at == state_->trees.end() || !at->second.root || state_->isFlat)
             return state_->package.read(name, bytes, diagnostics);
-        return WriteTree(*at->second.root, bytes) ? Status::Ok : Status::CouldNotWrite;
+        return state_->writeTree(name, at->second, bytes, diagnostics) ? Status::Ok : Status::CouldNotWrite;
     });
 }
 

@@ -79,7 +79,7 @@ TEST(Reflection, ClassesAreToldApartByIdAndName) {
         EXPECT_EQ(ODF::ClassOf(*object)->className(), info.className());
         EXPECT_EQ(ODF::ClassOfElement(info.elementName())->id(), info.id());
         unlisted += info.isInMaps() ? 0 : 1;
-        if (info.since() == ODF::FormatVersion::Base) {
+        if (test::IsListed(info)) {
             ++listed;
             lastListed = info.id();
         }
@@ -89,7 +89,6 @@ TEST(Reflection, ClassesAreToldApartByIdAndName) {
     EXPECT_EQ(unlisted, 1);
     EXPECT_EQ(listed, 719U);
     EXPECT_EQ(lastListed, 0x800002D0U);
-    EXPECT_GE(classes.at(listed).id(), 0x80000300U);
     for (const char* const name : {"text:foo", "text:", "text:list-", ""})
         EXPECT_FALSE(ODF::ClassOfElement(name)) << name;
     EXPECT_TRUE(ODF::ClassOfElement("draw:glue-point")->keys("draw:nothing").empty());

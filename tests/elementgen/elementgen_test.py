@@ -151,6 +151,9 @@ BROKEN = [
     ("added child without a version", extension('children = ["text:h"]'), 7, "has no version"),
     ("added child of an unknown version", extension('children = ["text:h since=9"]'), 7, "unknown version '9'"),
     ("extension of a date", extension('children = ["text:p since=1.2"]', element(more='base = "date"')), 6, "is a date"),
+    ("later attribute that isn't there", extension('later = ["text:a since=1.3"]'), 7, "no 'text:a' of its own"),
+    ("later attribute without a version", extension('later = ["text:a"]', attributes("text:a s")), 9, "unknown version ''"),
+    ("unknown version of an extension", extension('since = "1.5"'), 7, "unknown version '1.5'"),
     ("whole value of a text", extension('whole = ["text:a"]', attributes("text:a s")), 9, "no narrow type"),
     ("whole value of nothing", extension('whole = ["text:a"]'), 7, "no narrow type"),
     ("added key of nothing", '[added_keys]\nST_A = ["c since=1.2"]\n', 2, "unknown enumeration 'ST_A'"),
@@ -211,6 +214,8 @@ class Broken(unittest.TestCase):
             self.assertNotIn("SetTextH()", header)
 
 
+# Attributes that an older version has and a later one no longer.
+BEYOND = {"chart:plot-area": {"table:cell-range-address"}}
 # What the schemas have and the tables don't, with the reason.
 LEFT_OUT = {}
 # Their content is of other vocabularies.
@@ -235,6 +240,9 @@ class Schemas(unittest.TestCase):
                         self.assertEqual([word for word in words if word not in have], [], what)
                         late = [row for word in words if (row := have[word]).since not in KNOWN_TO[version]]
                         self.assertEqual([row.qname for row in late], [], f"{what} said to be later")
+                        known = {row.qname for row in rows if row.since in KNOWN_TO[version]}
+                        if what == "attribute" and element.since in KNOWN_TO[version]:
+                            self.assertEqual(known - set(words) - BEYOND.get(name, set()), set(), "said to be there")
 
     def test_enumerations_have_the_words_of_each_version(self):
         model = Model(TOOL.parents[1] / "src/elements")

@@ -1,9 +1,11 @@
 #include "support/element_xml.h"
 
 #include <odfmodel/core/reflection.h>
+#include <odfmodel/document/format_use.h>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace test {
@@ -36,6 +38,8 @@ constexpr std::pair<std::string_view, std::string_view> kNamespaces[] = {
     {"db", "urn:oasis:names:tc:opendocument:xmlns:database:1.0"},
     {"loext", "urn:org:documentfoundation:names:experimental:office:xmlns:loext:1.0"},
     {"calcext", "urn:org:documentfoundation:names:experimental:calc:xmlns:calcext:1.0"},
+    {"field", "urn:openoffice:names:experimental:ooo-ms-interop:xmlns:field:1.0"},
+    {"drawooo", "http://openoffice.org/2010/draw"},
     {"xhtml", "http://www.w3.org/1999/xhtml"},
     {"grddl", "http://www.w3.org/2003/g/data-view#"},
 };
@@ -92,6 +96,22 @@ std::string AttributeOf(const CSDObject& object, std::string_view name) {
     for (const ODF::AttributeText& attribute : ODF::AttributesOf(object))
         if (attribute.name == name) return attribute.value;
     return "(absent)";
+}
+
+bool IsListed(const ODF::ClassInfo& info) {
+    constexpr unsigned kFirstAdded = 0x80000300;
+    return info.id() < kFirstAdded;
+}
+
+bool IsListed(const ODF::ClassInfo& info, const ODF::AttributeInfo& attribute, std::string_view value) {
+    if (!IsListed(info) || !attribute.isListed) return false;
+    if (attribute.type != ODF::AttributeType::Enumeration) return true;
+    const std::unique_ptr<CSDObject> object(info.create());
+    ODF::SetAttributeText(*object, attribute.name, value);
+    const std::vector<ODF::LaterUse> uses = ODF::UsesAfter(ODF::FormatVersion::Base, *object);
+    return std::none_of(uses.begin(), uses.end(), [&](const ODF::LaterUse& use) {
+        return use.name.ends_with('=' + std::string(value));
+    });
 }
 
 } // namespace test

@@ -2,6 +2,7 @@
 
 #include <odfmodel/core/fidelity.h>
 #include <odfmodel/core/object.h>
+#include <odfmodel/core/reflection.h>
 
 #include <memory>
 #include <string>
@@ -28,5 +29,10 @@ std::string RoundTrip(std::string_view xml);
 std::vector<CSDObject*> ChildrenOf(const CSDObject& object);
 /// The text of an attribute as it would be written; "(absent)" when it wouldn't.
 std::string AttributeOf(const CSDObject& object, std::string_view name);
+
+/// Whether the class is one that trees of what the classes list have objects of.
+bool IsListed(const ODF::ClassInfo& info);
+/// Whether such a tree knows the attribute with that value, which may be a key that came later.
+bool IsListed(const ODF::ClassInfo& info, const ODF::AttributeInfo& attribute, std::string_view value);
 
 } // namespace test

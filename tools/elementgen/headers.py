@@ -54,7 +54,7 @@ def element_comment(element):
                          if element.base == "mixed" else "Its character content is its value.")
     if element.base == "date":
         lines += comment("Its character content is a date and time.")
-    if element.in_no_map and not element.since:
+    if element.in_no_map:
         lines += comment("No class lists it as a child, so in a document it counts as unknown.")
     elif element.parents:
         lines += comment("Child of " + shorten([f"`{parent}`" for parent in element.parents]) + ".")

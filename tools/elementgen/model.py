@@ -24,10 +24,10 @@ KINDS = {"s": "String", "b": "Bool", "B": "BoolWord", "u": "Unsigned", "i": "Sig
 BASES = {None: "CSDExtObject", "value": "CSDStringValueObject", "mixed": "CSDMixedContentObject",
          "date": "CSDDateTimeValueObject", "named": "CSDNamedObject"}
 PREFIXES = set(ID_RANGES) | {"fo", "smil", "xlink", "tableooo", "officeooo", "db", "xml", "xhtml", "grddl", "loext",
-                             "calcext"}
+                             "calcext", "drawooo", "field"}
 ELEMENT_KEYS = {"name", "id", "base", "class", "about", "section", "attributes", "children", "write_order",
                 "write_before", "in_no_map", "equality", "handwritten", "since"}
-EXTENSION_KEYS = {"name", "attributes", "children", "whole"}
+EXTENSION_KEYS = {"name", "attributes", "children", "whole", "since", "later"}
 FAMILY_KEYS = {"about", "child_groups", "attribute_groups", "enumerations", "element", "extension", "added_keys"}
 # The version of the format that brought something; "extended" is what office suites added on their own.
 VERSIONS = ("1.2", "1.3", "1.4", "extended")
@@ -253,9 +253,7 @@ class Model:
             family.fail(f"unknown base '{entry['base']}' of '{qname}'", "base", line)
         identifier = entry.get("id")
         self._check_id(family, qname, identifier, "since" in entry, line)
-        since = entry.get("since", "")
-        if since and since not in VERSIONS:
-            family.fail(f"unknown version '{since}' of '{qname}'", "since", line)
+        since = self._version(family, entry["since"], qname, line) if "since" in entry else ""
         attributes, children = self._read_rows(family, entry, qname, line)
         for row in (*attributes, *children):
             row.since = row.since or since
@@ -274,6 +272,12 @@ class Model:
             in_no_map=entry.get("in_no_map", False), equality=entry.get("equality", False),
             handwritten=entry.get("handwritten", []), since=since)
 
+    @staticmethod
+    def _version(family, since, qname, line, needle="since"):
+        if since not in VERSIONS:
+            family.fail(f"unknown version '{since}' of '{qname}'", needle, line)
+        return since
+
     def _read_rows(self, family, entry, qname, line):
         return ([self._read_attribute(family, qname, row, line)
                  for row in self._expand(family, entry.get("attributes", []), self.attribute_groups, line)],
@@ -281,7 +285,11 @@ class Model:
                  for row in self._expand(family, entry.get("children", []), self.child_groups, line)])
 
     def _read_extensions(self, family):
-        """What later versions and office suites added to the elements of other tables: after their own rows."""
+        """What later versions and office suites added to the elements of other tables, after their own rows.
+
+        An extension also tells where an element, or one of its own attributes, came later than the rest (`since`,
+        `later`): that is listed all the same.
+        """
         by_name = {element.qname: element for element in self.elements}
         line = 1
         for entry in family.data.get("extension", []):
@@ -312,6 +320,13 @@ class Model:
         element.children += children
         self._check_members(family, element.qname, element.attributes, element.children, line)
         by_name = {attribute.qname: attribute for attribute in element.attributes}
+        if "since" in entry:
+            element.since = self._version(family, entry["since"], element.qname, line)
+        for row in entry.get("later", []):
+            qname, _, since = row.partition(" since=")
+            if qname not in by_name or by_name[qname].is_added:
+                family.fail(f"'{element.qname}' has no '{qname}' of its own", qname, line)
+            by_name[qname].since = self._version(family, since, qname, line, qname)
         for qname in entry.get("whole", []):
             if qname not in by_name or by_name[qname].kind == "s":
                 family.fail(f"'{qname}' of '{element.qname}' has no narrow type", qname, line)

@@ -257,7 +257,9 @@ protected:
     bool UnsetAttribute(unsigned row) noexcept;
     /// A number as the format spells it, with all the digits that it has.
     static CTulStringW SpellNumber(double number);
+    /// All of a value that may be more than its type holds; nothing while it isn't set.
     std::optional<ODF::WholeValue> WholeAttribute(unsigned row) const;
+    /// Sets it from a string as reading a file does.
     void SetWholeAttribute(unsigned row, std::string_view value);
     /// True when both objects, of the class of `table`, agree in every attribute.
     static bool SameAttributes(const ODF::ClassDescriptor& table, const CSDObject& a,

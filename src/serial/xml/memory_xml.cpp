@@ -8,23 +8,26 @@
 #include <memory>
 
 namespace ODF {
+namespace {
 
-std::string ToXml(CSDObject& object, std::string_view name, Fidelity fidelity) {
+std::string Write(CSDObject& object, std::string_view name, Fidelity fidelity, FormatVersion* newest) {
     std::string result;
     xml::XmlWriter writer;
     writer.openText(result);
     writer.SetFidelity(fidelity);
-    return writer.writeTree(object, name) && writer.Close() >= 0 ? result : std::string();
+    const bool isWritten = writer.writeTree(object, name) && writer.Close() >= 0;
+    if (newest) *newest = writer.newest();
+    return isWritten ? result : std::string();
+}
+
+} // namespace
+
+std::string ToXml(CSDObject& object, std::string_view name, Fidelity fidelity) {
+    return Write(object, name, fidelity, nullptr);
 }
 
 std::string xml::ToXml(CSDObject& root, FormatVersion& newest) {
-    std::string result;
-    XmlWriter writer;
-    writer.openText(result);
-    writer.SetFidelity(Fidelity::Everything);
-    if (!writer.writeTree(root, {}) || writer.Close() < 0) return {};
-    newest = writer.newest();
-    return result;
+    return Write(root, {}, Fidelity::Everything, &newest);
 }
 
 bool FromXml(std::string_view xml, CSDObject& root, Fidelity fidelity) {
