@@ -9,9 +9,6 @@
 
 namespace command {
 
-/// The member that findings about a flat document are of, which has none.
-inline constexpr const char* kFlatMember = "(flat document)";
-
 /// What a round trip does to a member.
 enum class FindingKind {
     // Something is lost, or is there that wasn't.

@@ -1,6 +1,5 @@
 #include "check/version_check.h"
 
-#include "check/finding.h"
 #include "console.h"
 #include "package/open_document.h"
 #include "package/reason.h"

@@ -65,7 +65,7 @@ Comparison CompareDocuments(ODF::Document& before, ODF::Document& after, const s
     if (before.IsFlat() && after.IsFlat()) {
         std::vector<Difference> differences = CompareTrees(*before.Flat(), *after.Flat());
         if (!differences.empty())
-            comparison.found.push_back({"(flat document)", Kind::Tree, std::move(differences)});
+            comparison.found.push_back({kFlatMember, Kind::Tree, std::move(differences)});
         return comparison;
     }
     std::vector<std::string> names = before.Members();

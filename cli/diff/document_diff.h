@@ -1,6 +1,7 @@
 #pragma once
 
 #include "diff/tree_diff.h"
+#include "package/members.h"
 
 #include <odfmodel/document/open_document.h>
 
@@ -12,7 +13,7 @@ namespace command {
 /// What differs in one member of two documents.
 struct MemberDifference {
     enum class Kind { OnlyBefore, OnlyAfter, Bytes, Tree };
-    std::string member; ///< "(flat document)" for one of two XML files
+    std::string member; ///< `kFlatMember` for one of two XML files
     Kind kind;
     std::vector<Difference> differences; ///< of trees
 };

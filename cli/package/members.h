@@ -7,6 +7,9 @@
 
 namespace command {
 
+/// What a flat document, which has no members, is called among them.
+inline constexpr const char* kFlatMember = "(flat document)";
+
 /// One member of an archive.
 struct Member {
     std::string name;   ///< UTF-8, with `/` between folders
