@@ -293,18 +293,18 @@ TEST_F(Command, PrintsFactsAsJson) {
     const std::string one = writeText("<text:p>Hello</text:p>");
     std::filesystem::copy_file(one, file("two.odt"));
     RunCommand({"meta", "--set", "title=T", "--set", "keywords=a,b", "-i", file("two.odt")});
-    const auto json = [](const std::vector<std::string>& arguments) {
+    const auto printed = [](const std::vector<std::string>& arguments) {
         return nlohmann::json::parse(RunCommand(arguments).out);
     };
-    const nlohmann::json meta = json({"meta", "--json", one, file("two.odt")});
+    const nlohmann::json meta = printed({"meta", "--json", one, file("two.odt")});
     EXPECT_EQ(meta["files"][1]["metadata"]["title"], "T");
     EXPECT_EQ(meta["files"][1]["metadata"]["keywords"], (nlohmann::json{"a", "b"}));
-    EXPECT_EQ(json({"replace", "Hello", "x", "--json", "-i", file("two.odt")})["files"][0]["replaced"], 1);
-    const nlohmann::json diff = json({"diff", "--json", one, file("two.odt")});
+    EXPECT_EQ(printed({"replace", "Hello", "x", "--json", "-i", file("two.odt")})["files"][0]["replaced"], 1);
+    const nlohmann::json diff = printed({"diff", "--json", one, file("two.odt")});
     EXPECT_EQ(diff["members"][0]["differences"][0]["before"], "Hello");
     EXPECT_EQ(diff["members"][0]["differences"][0]["kind"], "text");
     EXPECT_EQ(diff["members"][1]["kind"], "member-added") << diff;
-    const nlohmann::json extract = json({"extract", "--json", one, "content.xml", "-o", file("out")});
+    const nlohmann::json extract = printed({"extract", "--json", one, "content.xml", "-o", file("out")});
     EXPECT_EQ(extract["members"][0]["member"], "content.xml");
 }
 

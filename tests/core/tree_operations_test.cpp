@@ -278,7 +278,7 @@ TEST(Clone, KeepsForeignMarkupCommentsRunsAndMarks) {
     EXPECT_TRUE(copy->GetIsFallback());
 }
 
-class OwnElement : public CSDCustomObject {};
+class CallersElement : public CSDCustomObject {};
 class CopyableElement : public CSDCustomObject {
 protected:
     CSDObject* CloneEmpty() const override { return new CopyableElement; }
@@ -294,7 +294,7 @@ TEST(Clone, OfACallersOwnClassNeedsItsHelp) {
     ASSERT_NE(copy, nullptr);
     EXPECT_EQ(std::ranges::distance(copy->Descendants()), 2);
     EXPECT_EQ(ODF::ToUtf8(copy->Children().begin()->GetElemName()), "my:own");
-    ASSERT_EQ(body->Append(std::make_unique<OwnElement>()), TreeChange::Done);
+    ASSERT_EQ(body->Append(std::make_unique<CallersElement>()), TreeChange::Done);
     EXPECT_EQ(body->Clone(), nullptr);
 }
 

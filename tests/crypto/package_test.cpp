@@ -1,5 +1,6 @@
 // Encrypted packages of our own writing side, whole and damaged.
 
+#include "crypto/view.h"
 #include "serial/crypto/package_encryption.h"
 #include "support/files.h"
 #include "zip/items.h"
@@ -19,6 +20,7 @@
 
 using namespace ODF;
 using test::Item;
+using test::View;
 
 namespace {
 
@@ -63,10 +65,6 @@ crypto::Bytes Deflated(const std::string& plain) {
     packed.resize(stream.total_out);
     deflateEnd(&stream);
     return packed;
-}
-
-crypto::ByteView View(std::string_view text) {
-    return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};
 }
 
 /// The members of a package with `plain` encrypted by our own writing side.

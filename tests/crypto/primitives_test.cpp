@@ -1,5 +1,6 @@
 // Published test vectors of the primitives, and the names and defaults of the manifest.
 
+#include "crypto/view.h"
 #include "serial/crypto/base64.h"
 #include "serial/crypto/crypto.h"
 #include "serial/crypto/manifest_reader.h"
@@ -10,6 +11,7 @@
 #include <string_view>
 
 using namespace ODF::crypto;
+using test::View;
 
 namespace {
 
@@ -18,10 +20,6 @@ Bytes FromHex(std::string_view text) {
     for (std::size_t at = 0; at + 1 < text.size(); at += 2)
         bytes.push_back(static_cast<unsigned char>(std::stoul(std::string(text.substr(at, 2)), nullptr, 16)));
     return bytes;
-}
-
-ByteView View(std::string_view text) {
-    return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};
 }
 
 Bytes ToBytes(const std::optional<Secret>& secret) {

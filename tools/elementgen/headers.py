@@ -68,6 +68,8 @@ def shorten(items, most=8):
 def optional_getter(attribute, kind, row):
     """The same value by the name alone, for all attributes alike: nothing while it isn't set."""
     name = attribute.accessor
+    if attribute.enumeration:  # its body would make a compiler instantiate the optional of each enumeration
+        return [f"    std::optional<{kind}> {name}() const;"]
     if attribute.optional:
         return [f"    std::optional<{kind}> {name}() const {{",
                 f"        {kind} value{{}};",

@@ -86,9 +86,13 @@ def accessors(element):
                       f"    const bool present = GetAttribute({table}, {row}, value);",
                       f"    out = static_cast<{kind}>(value);",
                       "    return present;", "}"]
+            lines += [f"std::optional<{kind}> {name}::{attribute.accessor}() const {{", f"    {kind} value{{}};",
+                      f"    if (Get{attribute.accessor}(value)) return value;", "    return {};", "}"]
         elif attribute.enumeration:
             lines += [f"{kind} {get}() const {{", "    int value = 0;",
                       f"    GetAttribute({table}, {row}, value);", f"    return static_cast<{kind}>(value);", "}"]
+            lines += [f"std::optional<{kind}> {name}::{attribute.accessor}() const {{",
+                      f"    if (HasAttribute({table}, {row})) return {get.split('::')[1]}();", "    return {};", "}"]
         elif attribute.optional:
             lines += [f"bool {get}({kind}& out) const {{", f"    return GetAttribute({table}, {row}, out);", "}"]
         else:
