@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tells which includes of the library go against the order of its layers; exits with 1 when one does."""
+"""Tells which includes of the library go against the order of its layers, or name a source; exits with 1 then."""
 import pathlib
 import re
 import sys
@@ -19,6 +19,8 @@ def main():
             if layer not in ORDER:
                 continue
             for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
+                if re.match(r'#include .*\.cpp[">]', line):
+                    faults.append(f"{path.relative_to(ROOT)}:{number}: a source is included")
                 found = re.match(r'#include [<"](?:odfmodel/)?(\w+)/', line)
                 if not found or found[1] not in ORDER:
                     continue
