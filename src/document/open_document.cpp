@@ -571,6 +571,14 @@ std::vector<std::string> Document::Trees() const {
     return names;
 }
 
+std::vector<CSDObject*> Document::Roots() {
+    std::vector<CSDObject*> roots;
+    if (state_)
+        for (const auto& [name, tree] : state_->trees)
+            if (tree.root) roots.push_back(tree.root.get());
+    return roots;
+}
+
 std::vector<std::string> Document::Members() const {
     return state_ ? state_->package.names() : std::vector<std::string>();
 }

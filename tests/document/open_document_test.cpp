@@ -9,6 +9,7 @@
 
 #include <odfmodel/odfmodel.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 
@@ -179,6 +180,7 @@ TEST_F(OpenDocument, FlatFilesAreReadAndWrittenAsOneTree) {
     EXPECT_EQ(document.Version(), "1.3");
     EXPECT_NE(document.Flat(), nullptr);
     EXPECT_EQ(document.Content(), nullptr);
+    EXPECT_EQ(document.Roots(), std::vector<CSDObject*>{document.Flat()});
     EXPECT_FALSE(document.SetPassword("p"));
     EXPECT_TRUE(document.Members().empty());
     document.Text()->SetTextP()->SetText("b");
@@ -200,6 +202,11 @@ TEST_F(OpenDocument, MembersAreListedReadAddedReplacedAndRemoved) {
     ASSERT_TRUE(document.WriteMember("own/data.bin", test::BytesOf("1"), "application/x-own"));
     EXPECT_FALSE(document.WriteMember("mimetype", test::BytesOf("x"))) << "follows by itself";
     EXPECT_EQ(document.Objects(), std::vector<std::string>{"Object 1"});
+    const std::size_t count = document.Roots().size();
+    CSDObject* const object = document.Root("Object 1/content.xml");
+    EXPECT_EQ(std::ranges::count(document.Roots(), object), 1) << "a tree once it was asked for";
+    EXPECT_EQ(document.Roots().size(), count + 1);
+    EXPECT_TRUE(Document().Roots().empty());
 
     Document again = open(save(document));
     EXPECT_EQ(read(again, "Pictures/logo.png"), kPng);

@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <map>
+#include <ranges>
 
 using namespace ODF;
 using Bytes = std::vector<unsigned char>;
@@ -215,14 +217,13 @@ TEST(Versions, HardlyAnythingOfRealDocumentsIsForeign) {
         Document document;
         if (sample.isDamaged() || !document.Open(sample.path, {.password = sample.password})) continue;
         ++documents;
-        for (const std::string& member : document.Trees()) {
+        for (const CSDObject* const root : document.Roots()) {
             const auto count = [&](const CSDObject& object) {
                 const std::size_t own = ForeignAttributesOf(object).size();
                 const bool isForeign = object.GetID() == kForeignElementId;
                 all += own + (ClassOf(object) ? 1 : 0) + (ClassOf(object) ? AttributesOf(object).size() : 0);
                 foreign += own + (isForeign ? 1 : 0);
             };
-            const CSDObject* const root = document.Root(member);
             count(*root);
             for (const CSDObject& object : root->Descendants())
                 count(object);
@@ -231,4 +232,27 @@ TEST(Versions, HardlyAnythingOfRealDocumentsIsForeign) {
     if (!test::HasCollection()) GTEST_SKIP() << "the collection isn't here";
     EXPECT_GT(documents, 50U);
     EXPECT_LT(static_cast<double>(foreign), 0.001 * static_cast<double>(all)) << foreign << " of " << all;
+}
+
+TEST(Versions, ChangedDocumentsOfEachKeepTheirsAndTheirTrees) {
+    if (!test::HasCollection()) GTEST_SKIP() << "the collection isn't here";
+    std::map<std::string, int> counts;
+    for (const test::Sample& sample : test::GoodSamples()) {
+        SCOPED_TRACE(sample.path);
+        Document document;
+        ASSERT_TRUE(document.Open(sample.path, {.password = sample.password}));
+        if (!document.Body() || std::ranges::empty(document.Body()->Descendants<CTextP>())) continue;
+        CTextP& paragraph = *document.Body()->Descendants<CTextP>().begin();
+        SetText(paragraph, "Of its version.");
+        document.RemovePassword();
+        CSDObject& changed = *document.Roots().front(); // the content comes first
+        Document again = Saved(document);
+        ASSERT_FALSE(again.Roots().empty());
+        EXPECT_EQ(ToXml(*again.Roots().front(), {}, Fidelity::Everything),
+                  ToXml(changed, {}, Fidelity::Everything));
+        EXPECT_EQ(again.Version(), document.Version());
+        ++counts[document.Version()];
+    }
+    for (const char* const version : {"1.0", "1.1", "1.2", "1.3", "1.4"})
+        EXPECT_GT(counts[version], 0) << version;
 }

@@ -191,6 +191,9 @@ public:
     CSDObject* Root(std::string_view member, Result* result = nullptr);
     /// The members that have a tree at present.
     std::vector<std::string> Trees() const;
+    /// The roots of those trees, in the same order; of a flat document its one. For what is to be done
+    /// wherever it is needed: in texts and in headers, in styles and in formats of single elements.
+    std::vector<CSDObject*> Roots();
     /// @}
 
     /// @name Members
