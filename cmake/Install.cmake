@@ -3,10 +3,25 @@ include(CMakePackageConfigHelpers)
 
 install(TARGETS odfmodel EXPORT odfmodelTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT dev
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT library)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/odfmodel" "${ODFMODEL_GENERATED}/include/odfmodel"
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev FILES_MATCHING PATTERN "*.h")
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT license)
+
+# A shared library has found its own; a static one leaves them to whoever links it.
+get_target_property(type odfmodel TYPE)
+set(ODFMODEL_IS_STATIC OFF)
+set(ODFMODEL_PC_REQUIRES "")
+set(ODFMODEL_PC_LIBS "")
+if(type STREQUAL "STATIC_LIBRARY")
+  set(ODFMODEL_IS_STATIC ON)
+  set(ODFMODEL_PC_REQUIRES "expat libzip libdeflate libgcrypt zlib")
+  if(ODFMODEL_USER_DATA)
+    string(APPEND ODFMODEL_PC_REQUIRES " libgsf-1")
+  endif()
+  set(ODFMODEL_PC_LIBS " -pthread")
+endif()
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/odfmodel")
 install(EXPORT odfmodelTargets NAMESPACE odfmodel:: DESTINATION ${package_dir} COMPONENT dev)
